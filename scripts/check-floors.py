@@ -1,0 +1,67 @@
+#!/usr/bin/env python3
+"""Fails on an include that climbs the house, or on the toolkit in the core."""
+import pathlib
+import re
+import sys
+
+FLOORS = [
+    {"base"},
+    {"controls", "kolib", "system", "bench"},
+    {"link", "history"},
+    {"light", "relay", "eeprom", "pwm", "update"},
+    {"shell"},
+    {"desktop"},
+    {"apps"},
+]
+# Doors between rooms that do not simply lie above one another.
+DOORS = {("bench", "kolib/wire"), ("light", "eeprom"), ("relay", "eeprom")}
+# Rooms that stand apart: what they may use is named in full.
+ONLY = {"bench": {"base", "kolib/wire"}}
+TOOLKIT_ROOMS = {"desktop", "apps"}
+TOOLKIT_PLACES = ("kolib/images/", "kolib/update/")
+
+FLOOR_OF = {room: floor for floor, rooms in enumerate(FLOORS) for room in rooms}
+OWN_INCLUDE = re.compile(r'\s*#\s*include\s+"([^"]+)"')
+TOOLKIT_INCLUDE = re.compile(r"\s*#\s*include\s+<Q\w*")
+
+
+def allowed(room: str, target: str) -> bool:
+    target_room = target.split("/")[0]
+    if target_room == room:
+        return True
+    place = "/".join(target.split("/")[:-1])
+    if room in ONLY:
+        return any(place == p or place.startswith(p + "/") for p in ONLY[room])
+    if any(room == a and (place == b or place.startswith(b + "/")) for a, b in DOORS):
+        return True
+    return FLOOR_OF[target_room] < FLOOR_OF[room]
+
+
+def main() -> int:
+    src = pathlib.Path(__file__).resolve().parent.parent / "src"
+    faults = []
+    for path in sorted(src.rglob("*")):
+        if path.suffix not in {".h", ".cpp"}:
+            continue
+        inside = path.relative_to(src).as_posix()
+        room = inside.split("/")[0]
+        if room not in FLOOR_OF:
+            faults.append(f"{inside}: the folder {room} is on no floor")
+            continue
+        for number, line in enumerate(path.read_text(encoding="utf-8").splitlines(), 1):
+            own = OWN_INCLUDE.match(line)
+            if own:
+                target = own.group(1)
+                if target.split("/")[0] not in FLOOR_OF:
+                    faults.append(f"{inside}:{number}: '{target}' is not written from src/")
+                elif not allowed(room, target):
+                    faults.append(f"{inside}:{number}: {room} must not use {target}")
+            elif TOOLKIT_INCLUDE.match(line):
+                if room not in TOOLKIT_ROOMS and not inside.startswith(TOOLKIT_PLACES):
+                    faults.append(f"{inside}:{number}: the toolkit in the core")
+    print("\n".join(faults) if faults else "The floors hold.")
+    return 1 if faults else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

@@ -1,0 +1,120 @@
+#include "apps/support/PickedDevice.h"
+#include "apps/support/Program.h"
+
+#include <CLI/CLI.hpp>
+
+#include <iostream>
+#include <optional>
+
+namespace {
+
+using namespace corvane;
+
+constexpr int Done = 0;
+constexpr int Failed = 1;
+constexpr int WrongUsage = 2;
+
+struct Options {
+    std::optional<int> device;
+    bool debug = false;
+};
+
+int fail(const std::string& reason) {
+    std::cerr << "corvanectl: " << reason << '\n';
+    return Failed;
+}
+
+/// What a command works with: the program's core, its log on the error output.
+class Session {
+  public:
+    explicit Session(const Options& options)
+        : program_(RunModes{.DebugMode = options.debug}, doorFor(options)),
+          onLine_(program_.debugger.WritingLine.connect(
+              [](const std::string& line) { std::cerr << line << '\n'; })) {}
+
+    Program& program() { return program_; }
+
+  private:
+    static Program::DeviceDoor doorFor(const Options& options) {
+        if (!options.device)
+            return {};
+        return [index = *options.device](KODevice& devices) {
+            return std::make_unique<PickedDevice>(devices, index);
+        };
+    }
+
+    Program program_;
+    Connection onLine_;
+};
+
+int listDevices(const Options& options) {
+    constexpr std::int32_t answerTime = 1000; // ms
+    Session session(options);
+    Program& program = session.program();
+    const std::uint32_t start = program.clock.now();
+    do {
+        program.device.EnumerateDevices();
+        program.device.WaitForData(1);
+    } while (program.device.EnumerationPending() &&
+             TimeDiff(program.clock.now(), start) < answerTime);
+    program.device.EnumerateDevices();
+    for (int index = 0; index < program.device.GetDeviceCount(); ++index) {
+        const DeviceInfo info = program.device.GetDeviceInfo(index);
+        std::cout << options.device.value_or(index) << '\t' << info.Description << '\t'
+                  << info.Manufacturer << '\t' << info.ManufacturerID << '\t' << info.SerialNumber
+                  << '\n';
+    }
+    return Done;
+}
+
+int identify(const Options& options) {
+    Session session(options);
+    Program& program = session.program();
+    KOCommLink& link = program.link;
+    if (!link.Connect(link.Class(), true)) {
+        if (!link.DriverExists())
+            return fail("The link may not be opened. Install the udev rule 60-corvane.rules, "
+                        "plug the link in again, and try again.");
+        return fail(link.IsConnected() ? "The product behind the link does not answer. Check its "
+                                         "cable and its power."
+                                       : "No Corvane is connected.");
+    }
+    const KOProductProfile* product = program.products.ByDeviceType(link.deviceType());
+    const std::string type = link.deviceType().ToString();
+    const std::string firmware = link.firmwareVersion().ToString();
+    link.DisconnectAndBlock(false);
+    if (product == nullptr)
+        return fail("Unrecognized product.");
+    std::cout << product->Name << '\t' << type << '\t' << firmware << '\n';
+    return Done;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    Options options;
+    int result = Done;
+
+    CLI::App app("Works with Corvane links and the products behind them, for scripts and "
+                 "production benches.");
+    app.set_version_flag("--version", std::string("corvanectl " CORVANE_VERSION));
+    app.require_subcommand(1);
+    app.fallthrough();
+    app.add_option("--device", options.device, "Index of the link to use, as 'devices' lists it")
+        ->check(CLI::NonNegativeNumber);
+    app.add_flag("--debug", options.debug, "Write the log of the link to the error output");
+    app.footer("Exit status: 0 done, 1 failed with the reason on the error output, 2 wrong usage.");
+
+    app.add_subcommand("devices", "List the links that are plugged in: index, description, "
+                                  "manufacturer, manufacturer ID, serial number")
+        ->callback([&] { result = listDevices(options); });
+    app.add_subcommand("identify", "Print name, device type and firmware of the product")
+        ->callback([&] { result = identify(options); });
+
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        return app.exit(error) == 0 ? Done : WrongUsage;
+    }
+    return result;
+}

@@ -1,0 +1,49 @@
+#include "apps/support/Program.h"
+
+#include "kolib/devices/UsbLinkSource.h"
+#include "kolib/devices/VirtualLinkSource.h"
+
+namespace corvane {
+
+namespace {
+
+DebugCallbacks callbacksTo(const KODebug& debug) {
+    const auto lineWith = [&debug](const char* prefix) {
+        return [&debug, prefix](std::span<const std::uint8_t> bytes) {
+            debug.DebugWriteBytes(prefix, bytes);
+        };
+    };
+    return {lineWith("DBG: RECV: "), lineWith("DBG: SEND: "), lineWith("DBG: SNDT: "),
+            lineWith("DBG: OOB: ")};
+}
+
+// Virtual links come first, so that real hardware has the higher index and is preferred.
+std::vector<std::unique_ptr<LinkSource>> allSources(const Clock& clock) {
+    std::vector<std::unique_ptr<LinkSource>> sources;
+    sources.push_back(std::make_unique<VirtualLinkSource>(VirtualLinkSource::userFolder(), clock));
+    sources.push_back(std::make_unique<UsbLinkSource>());
+    return sources;
+}
+
+} // namespace
+
+Program::Program(const RunModes& runModes, const DeviceDoor& door)
+    : modes(runModes),
+      debug(modes),
+      session_(clock, callbacksTo(debug)),
+      devices_(allSources(clock), session_, debug),
+      door_(door ? door(devices_) : nullptr),
+      pause_(door_ ? *door_ : devices_),
+      device(pause_.device),
+      products(ProgramVendor(), debug),
+      link({device, session_, products, modes, clock, debug, pause_}) {
+    debug.SetDebugger(&debugger);
+}
+
+void Program::DevicePause::pause() {
+    device.WaitForData(1);
+    if (repaint)
+        repaint();
+}
+
+} // namespace corvane

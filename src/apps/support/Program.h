@@ -1,0 +1,53 @@
+#pragma once
+
+#include "base/KODebug.h"
+#include "kolib/devices/LinkDevices.h"
+#include "kolib/wire/HostSession.h"
+#include "link/KOCommLink.h"
+#include "system/SystemClock.h"
+
+#include <functional>
+#include <memory>
+
+namespace corvane {
+
+/// All that a process has one of, put together over the real devices and the real clock. Made
+/// once in `main` and handed down by reference.
+class Program {
+  public:
+    /// Puts another door before the devices, such as one that lets a single device through.
+    using DeviceDoor = std::function<std::unique_ptr<KODevice>(KODevice& devices)>;
+
+    explicit Program(const RunModes& modes, const DeviceDoor& door = {});
+    Program(const Program&) = delete;
+    Program& operator=(const Program&) = delete;
+
+    /// Called again and again during blocking operations, for repainting.
+    void setRepaint(std::function<void()> repaint) { pause_.repaint = std::move(repaint); }
+
+    const RunModes modes;
+    KODebugger debugger;
+    KODebug debug;
+    SystemClock clock;
+
+  private:
+    struct DevicePause final : Pause {
+        explicit DevicePause(KODevice& openDevice) : device(openDevice) {}
+        void pause() override;
+
+        KODevice& device;
+        std::function<void()> repaint;
+    };
+
+    wire::HostSession session_;
+    LinkDevices devices_;
+    std::unique_ptr<KODevice> door_;
+    DevicePause pause_;
+
+  public:
+    KODevice& device;
+    KOProductList products;
+    KOCommLink link;
+};
+
+} // namespace corvane

@@ -1,0 +1,96 @@
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <memory>
+#include <utility>
+#include <vector>
+
+namespace corvane {
+
+namespace detail {
+struct SlotState {
+    bool connected = true;
+};
+} // namespace detail
+
+/// One listener's tie to an event. The listener is called no more once this object ends.
+class Connection {
+  public:
+    Connection() = default;
+    explicit Connection(std::shared_ptr<detail::SlotState> slot) : slot_(std::move(slot)) {}
+    Connection(Connection&& other) noexcept : slot_(std::move(other.slot_)) {}
+    Connection& operator=(Connection&& other) noexcept {
+        if (this != &other) {
+            disconnect();
+            slot_ = std::move(other.slot_);
+        }
+        return *this;
+    }
+    Connection(const Connection&) = delete;
+    Connection& operator=(const Connection&) = delete;
+    ~Connection() { disconnect(); }
+
+    void disconnect() {
+        if (slot_)
+            slot_->connected = false;
+        slot_.reset();
+    }
+
+  private:
+    std::shared_ptr<detail::SlotState> slot_;
+};
+
+/// A synchronous event. Listeners may come, go, or destroy the event itself while it is raised;
+/// those that come during a raising are first called by the next one.
+template<class... Args>
+class Event {
+  public:
+    using Listener = std::function<void(Args...)>;
+
+    [[nodiscard]] Connection connect(Listener listener) {
+        auto slot = std::make_shared<Slot>();
+        slot->listener = std::move(listener);
+        if (!list_)
+            list_ = std::make_shared<List>();
+        list_->dropDisconnected();
+        list_->slots.push_back(slot);
+        return Connection(std::move(slot));
+    }
+
+    void raise(Args... args) const {
+        if (!list_)
+            return;
+        const std::shared_ptr<List> list = list_;
+        ++list->raising;
+        const Lowered lowered{*list};
+        const std::size_t count = list->slots.size();
+        for (std::size_t i = 0; i < count; ++i) {
+            const std::shared_ptr<Slot> slot = list->slots[i];
+            if (slot->connected)
+                slot->listener(args...);
+        }
+    }
+
+  private:
+    struct Slot : detail::SlotState {
+        Listener listener;
+    };
+    struct List {
+        std::vector<std::shared_ptr<Slot>> slots;
+        int raising = 0;
+
+        void dropDisconnected() {
+            if (raising == 0)
+                std::erase_if(slots, [](const auto& slot) { return !slot->connected; });
+        }
+    };
+    struct Lowered {
+        List& list;
+        ~Lowered() { --list.raising; }
+    };
+
+    std::shared_ptr<List> list_;
+};
+
+} // namespace corvane

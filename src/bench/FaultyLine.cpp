@@ -1,0 +1,122 @@
+#include "bench/FaultyLine.h"
+
+#include <algorithm>
+#include <charconv>
+
+namespace corvane::bench {
+
+namespace {
+
+// Bytes without an end mark are passed on in pieces of this size.
+constexpr std::size_t LongestPiece = 4096;
+
+template<class Number>
+std::optional<Number> numberFrom(std::string_view text, Number lowest, Number highest) {
+    Number value{};
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (error != std::errc() || end != text.data() + text.size() || !(value >= lowest) ||
+        !(value <= highest))
+        return std::nullopt;
+    return value;
+}
+
+bool setFault(Faults& faults, std::string_view name, std::string_view value) {
+    if (name == "drop" || name == "corrupt") {
+        const auto probability = numberFrom<double>(value, 0, 1);
+        (name == "drop" ? faults.drop : faults.corrupt) = probability.value_or(0);
+        return probability.has_value();
+    }
+    const auto count = numberFrom<int>(value, 0, 1'000'000'000);
+    if (name == "delay")
+        faults.delay = std::chrono::milliseconds(count.value_or(0));
+    else if (name == "mute-after")
+        faults.muteAfter = count;
+    else if (name == "unplug-after")
+        faults.unplugAfter = count;
+    else
+        return false;
+    return count.has_value();
+}
+
+} // namespace
+
+std::optional<Faults> parseFaults(std::string_view text) {
+    Faults faults;
+    while (!text.empty()) {
+        const std::string_view part = text.substr(0, text.find(','));
+        text.remove_prefix(std::min(text.size(), part.size() + 1));
+        const std::size_t equals = part.find('=');
+        if (equals == std::string_view::npos ||
+            !setFault(faults, part.substr(0, equals), part.substr(equals + 1)))
+            return std::nullopt;
+    }
+    return faults;
+}
+
+void FaultyLine::send(ByteView bytes, Time now) {
+    while (!bytes.empty()) {
+        const auto mark = std::find(bytes.begin(), bytes.end(), std::uint8_t{0});
+        const bool ended = mark != bytes.end();
+        const auto length = static_cast<std::size_t>(mark - bytes.begin()) + (ended ? 1 : 0);
+        unfinished_.insert(unfinished_.end(), bytes.begin(),
+                           bytes.begin() + static_cast<std::ptrdiff_t>(length));
+        bytes = bytes.subspan(length);
+        if (ended || unfinished_.size() >= LongestPiece) {
+            Bytes frame;
+            frame.swap(unfinished_);
+            sendFrame(std::move(frame), now);
+        }
+    }
+}
+
+Bytes FaultyLine::arrived(Time now) {
+    Bytes bytes;
+    while (!underWay_.empty() && underWay_.front().due <= now) {
+        bytes.insert(bytes.end(), underWay_.front().bytes.begin(), underWay_.front().bytes.end());
+        underWay_.pop_front();
+    }
+    return bytes;
+}
+
+std::optional<Time> FaultyLine::nextArrival() const {
+    if (underWay_.empty())
+        return std::nullopt;
+    return underWay_.front().due;
+}
+
+void FaultyLine::clear() {
+    unfinished_.clear();
+    underWay_.clear();
+}
+
+void FaultyLine::sendFrame(Bytes frame, Time now) {
+    if (state_.baud > 0) {
+        const auto onTheWire =
+            Time(std::int64_t{10'000'000} * static_cast<std::int64_t>(frame.size()) / state_.baud);
+        busyUntil_ = std::max(busyUntil_, now) + onTheWire;
+    } else {
+        busyUntil_ = now;
+    }
+    const bool muted = state_.muted();
+    ++state_.frames;
+    if (muted || happens(state_.faults.drop)) {
+        watcher_(frame, "lost");
+        return;
+    }
+    if (frame.size() > 1 && happens(state_.faults.corrupt)) {
+        watcher_(frame, "damaged");
+        std::uniform_int_distribution<std::size_t> anyByte(0, frame.size() - 2);
+        std::uniform_int_distribution<int> anyChange(1, 255);
+        frame[anyByte(state_.random)] ^= static_cast<std::uint8_t>(anyChange(state_.random));
+    } else {
+        watcher_(frame, {});
+    }
+    underWay_.push_back({busyUntil_ + state_.faults.delay, std::move(frame)});
+}
+
+bool FaultyLine::happens(double probability) {
+    return probability > 0 &&
+           std::uniform_real_distribution<double>(0, 1)(state_.random) < probability;
+}
+
+} // namespace corvane::bench

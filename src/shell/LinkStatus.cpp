@@ -1,0 +1,43 @@
+#include "shell/LinkStatus.h"
+
+namespace corvane {
+
+LinkStatus::LinkStatus(KOCommLink& link, const KOProductList& products)
+    : link_(link),
+      products_(products),
+      onConnected_(link.ConnectedChanged.connect([this] { refresh(); })),
+      onReady_(link.ReadyStateChanged.connect([this] { refresh(); })),
+      onClass_(link.ClassChanged.connect([this] { refresh(); })) {
+    refresh();
+}
+
+void LinkStatus::refresh() {
+    if (!link_.DriverExists())
+        return tell(State::NoPermission, "The link may not be opened",
+                    "Install the drivers, then plug the link in again.");
+    if (!link_.IsConnected())
+        return tell(State::NoDevice, "No link is plugged in", "Plug in a Corvane link to begin.");
+    if (!link_.ready())
+        return tell(State::Waiting, "A link is plugged in",
+                    link_.MaintainConnection() ? "Looking for the product behind it."
+                                               : "It is free until you program or read.");
+    if (!link_.IsLinkDevice())
+        return tell(State::Ready, "Link hardware is plugged in", "It can be programmed.");
+    const KOProductProfile* product = products_.ByDeviceType(link_.deviceType());
+    if (product == nullptr)
+        return tell(State::Ready, "Unrecognized product",
+                    "This version of the program does not know the product behind the link.");
+    tell(State::Ready, product->Name + " " + link_.deviceType().ToString(),
+         "Firmware " + link_.firmwareVersion().ToString());
+}
+
+void LinkStatus::tell(State state, std::string headline, std::string detail) {
+    if (state == state_ && headline == headline_ && detail == detail_)
+        return;
+    state_ = state;
+    headline_ = std::move(headline);
+    detail_ = std::move(detail);
+    Changed.raise();
+}
+
+} // namespace corvane

@@ -1,0 +1,381 @@
+#include "support/LinkBench.h"
+
+#include <gtest/gtest.h>
+
+namespace corvane {
+namespace {
+
+constexpr const char* Light = "Corvane.LumoraControl";
+constexpr const char* Relay = "Corvane.PactorControl";
+
+TEST(KOCommLink, FindsNegotiatesAndNamesTheProduct) {
+    LinkBench bench;
+    bench.plugIn("pactor-3.1");
+    int classChanges = 0;
+    std::vector<bool> readyChanges;
+    const Connection onClass = bench.link.ClassChanged.connect([&] { ++classChanges; });
+    const Connection onReady =
+        bench.link.ReadyStateChanged.connect([&] { readyChanges.push_back(bench.link.ready()); });
+    bench.link.setMaintainConnection(true);
+    bench.run(200);
+    EXPECT_TRUE(bench.link.ready());
+    EXPECT_EQ(bench.link.Class(), Relay);
+    EXPECT_EQ(bench.link.deviceType().ToString(), "3.1");
+    EXPECT_EQ(bench.link.firmwareVersion().ToString(), "3.7");
+    EXPECT_EQ(classChanges, 1);
+    EXPECT_EQ(readyChanges, std::vector<bool>{true});
+    const std::vector<std::string> log = bench.takeLog();
+    const std::vector<std::string> beginning(log.begin(), log.begin() + 8);
+    EXPECT_EQ(beginning, (std::vector<std::string>{
+                             "1 device(s).", "  Candidate device 0:", "    Description: Corvane",
+                             "    Manufacturer: Ortaline Works", "    Manufacturer ID: KO",
+                             "    Serial Number: KO0000001", "Connected to device 0.", ""}));
+    EXPECT_EQ(log.back(), "Detected product 'Pactor'.");
+}
+
+TEST(KOCommLink, DoesNotNegotiateUnasked) {
+    LinkBench bench;
+    bench.plugIn("lumora-1.2");
+    bench.run(2000);
+    EXPECT_TRUE(bench.link.IsConnected());
+    EXPECT_FALSE(bench.link.ready());
+    EXPECT_FALSE(bench.link.Negotiated());
+}
+
+TEST(KOCommLink, ConnectsToTheClassAskedFor) {
+    LinkBench bench;
+    bench.plugIn("lumora-1.2");
+    EXPECT_TRUE(bench.link.Connect(Light, false));
+    EXPECT_TRUE(bench.logged("Got 'Corvane.LumoraControl', good."));
+    EXPECT_FALSE(bench.link.Connect(Relay, false)); // compares at once, as it is connected
+    EXPECT_TRUE(bench.logged("Already connected to a device."));
+    EXPECT_TRUE(bench.logged(
+        "Wrong product: got 'Corvane.LumoraControl', needed 'Corvane.PactorControl'."));
+    EXPECT_TRUE(bench.link.MaintainConnection());
+    EXPECT_TRUE(bench.link.Connect(Relay, true));
+}
+
+TEST(KOCommLink, AcceptsAnUnrecognizedProductIfAnyWillDo) {
+    LinkBench bench;
+    bench.plugIn("quillon");
+    EXPECT_TRUE(bench.link.Connect(Relay, true));
+    EXPECT_TRUE(bench.logged("Unrecognized product."));
+    EXPECT_EQ(bench.link.Class(), Light); // still the start class
+    EXPECT_TRUE(bench.link.deviceType().Equals(Version()));
+
+    LinkBench other({.DebugMode = true}, "RQ");
+    other.plugIn("quillon");
+    EXPECT_TRUE(other.link.Connect("Corvane.QuillonControl", false));
+}
+
+TEST(KOCommLink, WithoutADeviceGivesUpAfterFiveSecondsWithoutAReset) {
+    LinkBench bench;
+    const std::uint32_t start = bench.clock.now();
+    EXPECT_FALSE(bench.link.Connect(Light, true));
+    EXPECT_NEAR(TimeDiff(bench.clock.now(), start), 5000, 5);
+    EXPECT_TRUE(bench.logged("Connection to 'Corvane.LumoraControl' timed out."));
+    EXPECT_FALSE(bench.logged("Trying resetting the device."));
+    EXPECT_FALSE(bench.link.MaintainConnection());
+}
+
+TEST(KOCommLink, WithASilentProductResetsOnceAndGivesUpAfterTenSeconds) {
+    LinkBench bench({.DebugMode = true}, "KO", 0xFFFFFFFFULL - 3000); // the clock wraps meanwhile
+    bench.plugIn("silent");
+    const std::uint32_t start = bench.clock.now();
+    EXPECT_FALSE(bench.link.Connect(Light, true));
+    EXPECT_NEAR(TimeDiff(bench.clock.now(), start), 10000, 10);
+    EXPECT_EQ(bench.timesLogged("Trying resetting the device."), 1);
+    EXPECT_EQ(bench.timesLogged("Resetting device."), 1);
+    EXPECT_TRUE(bench.link.IsConnected());
+    // Hellos are spaced: each missed echo waits more than 500 ms.
+    EXPECT_NEAR(bench.timesLogged("Echo missed."), 20, 1);
+    EXPECT_NEAR(bench.timesLogged("False alarm."), 9, 1);
+}
+
+TEST(KOCommLink, LetsTheProductGoAfterItsAcknowledgement) {
+    LinkBench bench;
+    bench.plugIn("lumora-1.2");
+    ASSERT_TRUE(bench.link.Connect(Light, false));
+    const std::uint32_t start = bench.clock.now();
+    bench.link.Disconnect(false);
+    EXPECT_TRUE(bench.link.ready()); // until the first exit request
+    bench.link.DisconnectAndBlock(false);
+    EXPECT_NEAR(TimeDiff(bench.clock.now(), start), 253, 4);
+    EXPECT_FALSE(bench.link.ready());
+    EXPECT_EQ(bench.timesLogged("Unnegotiating..."), 1);
+    EXPECT_TRUE(bench.logged("Received packet acknowledging exit request."));
+    EXPECT_TRUE(bench.logged("Unnegotiation complete."));
+    EXPECT_FALSE(bench.logged("Resetting device."));
+    bench.takeLog();
+    bench.link.DisconnectAndBlock(true); // nothing to let go: at once, and nothing is sent
+    EXPECT_TRUE(bench.takeLog().empty());
+    EXPECT_TRUE(bench.link.Connect(Light, false));
+    bench.link.DisconnectAndBlock(true);
+    EXPECT_TRUE(bench.logged("Resetting device."));
+}
+
+/// A transport whose packets are laid in by hand, for the states that a sound product never shows.
+struct ByHand final : KODevice, KOPackets {
+    std::vector<std::pair<int, std::vector<std::uint8_t>>> incoming;
+    std::vector<int> sent; // channels
+    int errors = 0;
+    int unsent = 0;
+    int resets = 0;
+    std::size_t taken = 0;
+    int hellos = 0;
+    bool acceptsHellos = true;
+    bool echoes = false;
+    bool driver = true;
+
+    void EnumerateDevices() override {}
+    int GetDeviceCount() const override { return 1; }
+    DeviceInfo GetDeviceInfo(int) const override { return {"Corvane", "Ortaline Works", "", ""}; }
+    bool EnumerationPending() const override { return false; }
+    void OpenDevice(int) override {}
+    void CloseDevice() override {}
+    int GetDeviceState2() override { return -1; }
+    void ResetDevice() override { ++resets; }
+    bool CheckForDriver() override { return driver; }
+    bool ProgramDevice(const DeviceInfo&) override { return false; }
+    void WaitForData(int) override {}
+    bool SendHello(int value) override {
+        hellos += value == 125 ? 1 : 0;
+        return acceptsHellos;
+    }
+    bool ReceivedHello() override { return echoes; }
+    bool SendPacket(int channel, std::span<const std::uint8_t>) override {
+        sent.push_back(channel);
+        return true;
+    }
+    int SendQueue(int& errorCount) override {
+        errorCount = errors;
+        return unsent;
+    }
+    bool ReceivePacket(int& channel, int& length) override {
+        if (taken == incoming.size())
+            return false;
+        channel = incoming[taken].first;
+        length = static_cast<int>(incoming[taken].second.size());
+        ++taken;
+        return true;
+    }
+    void ReceivePacketData(std::span<std::uint8_t> target) override {
+        std::copy_n(incoming[taken - 1].second.begin(), target.size(), target.begin());
+    }
+};
+
+class LinkByHand : public testing::Test {
+  protected:
+    LinkBench bench; // its clock, log and products only
+    ByHand door;
+    StepPause pause{bench.clock};
+    KOCommLink link{{door, door, bench.products, bench.modes, bench.clock, bench.debug, pause}};
+
+    void receive(int channel, std::vector<std::uint8_t> data = {}) {
+        door.incoming.emplace_back(channel, std::move(data));
+        link.Update();
+    }
+    void negotiate() {
+        link.Update();
+        link.setMaintainConnection(true);
+        receive(0, {1, 2, 3, 7, 13});
+        ASSERT_TRUE(link.ready());
+        bench.takeLog();
+    }
+};
+
+TEST_F(LinkByHand, WhileEchoesComeAHelloGoesOutAtEveryStep) {
+    door.echoes = true;
+    link.setMaintainConnection(true);
+    for (int i = 0; i < 6; ++i)
+        link.Update();
+    EXPECT_EQ(door.hellos, 5); // the first step found the device
+    EXPECT_EQ(bench.timesLogged("Echo received."), 5);
+    EXPECT_FALSE(link.Negotiated());
+    door.acceptsHellos = false;
+    link.Update();
+    EXPECT_TRUE(bench.logged("Hello send failed."));
+}
+
+TEST_F(LinkByHand, WithoutADriverConnectingFailsAtOnce) {
+    door.driver = false;
+    EXPECT_FALSE(link.Connect(Light, false));
+    EXPECT_TRUE(bench.logged("Driver does not exist."));
+    EXPECT_FALSE(link.MaintainConnection());
+}
+
+TEST_F(LinkByHand, OnlySomeChannelsAreSignsOfLife) {
+    std::vector<int> passedOn;
+    const Connection onPacket = link.PacketReceived.connect(
+        [&](const KOPacket& packet) { passedOn.push_back(packet.Channel()); });
+    link.Update();
+    link.setMaintainConnection(true);
+    receive(1, {5});
+    receive(127);
+    EXPECT_FALSE(link.Negotiated());
+    receive(0); // too short a record is no product, but a sign of life
+    EXPECT_TRUE(link.Negotiated());
+    EXPECT_TRUE(bench.logged("Unrecognized product."));
+    receive(80, {1, 2});
+    receive(126);
+    receive(1);
+    EXPECT_EQ(passedOn, (std::vector<int>{80, 126}));
+    EXPECT_TRUE(bench.logged("Received packet on channel 80 (length 2)."));
+}
+
+TEST_F(LinkByHand, AnUnansweredExitRequestIsSentTenTimesAndThenItIsOver) {
+    negotiate();
+    link.setMaintainConnection(false);
+    std::vector<std::uint32_t> times;
+    std::size_t seen = 0;
+    const std::uint32_t start = bench.clock.now();
+    while (link.Negotiated()) {
+        link.Update();
+        if (door.sent.size() != seen) {
+            seen = door.sent.size();
+            times.push_back(bench.clock.now() - start);
+        }
+        bench.clock.advance(1);
+    }
+    EXPECT_EQ(door.sent, std::vector<int>(10, 127));
+    EXPECT_EQ(times.front(), 251U);
+    EXPECT_EQ(times.back(), 2510U);
+    EXPECT_EQ(bench.clock.now() - start, 2512U); // completes at the very next step
+    EXPECT_EQ(bench.timesLogged("Unnegotiating..."), 10);
+    EXPECT_TRUE(bench.logged("Unnegotiation complete."));
+    EXPECT_EQ(door.resets, 0);
+}
+
+TEST_F(LinkByHand, QueuedPacketsGoBeforeTheHandshakeEnds) {
+    negotiate();
+    link.setMaintainConnection(false);
+    door.unsent = 2;
+    receive(126);
+    bench.clock.advance(5000);
+    link.Update();
+    EXPECT_TRUE(link.Negotiated());
+    EXPECT_TRUE(door.sent.empty());
+    door.unsent = 0;
+    link.Update();
+    EXPECT_FALSE(link.Negotiated());
+    EXPECT_TRUE(bench.logged("Unnegotiation complete."));
+}
+
+TEST_F(LinkByHand, ErrorsInTheQueueEndTheHandshakeWithAReset) {
+    negotiate();
+    link.setMaintainConnection(false);
+    door.errors = 1;
+    link.Update();
+    EXPECT_TRUE(bench.logged("Unnegotiation complete, with errors."));
+    EXPECT_EQ(door.resets, 1);
+    EXPECT_FALSE(link.Negotiated());
+    // And the link can negotiate again, for good.
+    door.errors = 0;
+    link.setMaintainConnection(true);
+    receive(0, {1, 2, 3, 7, 13});
+    link.Update();
+    link.Update();
+    EXPECT_TRUE(link.ready());
+}
+
+TEST_F(LinkByHand, NegotiatingAgainDuringTheHandshakeStartsANewSession) {
+    negotiate();
+    link.setMaintainConnection(false);
+    link.setMaintainConnection(true); // before the first request: still the same session
+    link.Update();
+    EXPECT_TRUE(link.ready());
+    link.setMaintainConnection(false);
+    bench.clock.advance(251);
+    link.Update();
+    EXPECT_FALSE(link.ready());
+    link.setMaintainConnection(true);
+    link.Update();
+    EXPECT_FALSE(link.Negotiated());
+    receive(0, {1, 2, 3, 7, 13});
+    link.Update();
+    EXPECT_TRUE(link.ready());
+    link.ResetDevice();
+    EXPECT_FALSE(link.Negotiated());
+}
+
+TEST(KOCommLink, NoticesAnUnpluggingAndConnectsAgain) {
+    LinkBench bench;
+    LinkBench::Plugged& first = bench.plugIn("lumora-1.2");
+    bench.link.setMaintainConnection(true);
+    bench.run(200);
+    ASSERT_TRUE(bench.link.ready());
+    bench.unplug(first);
+    bench.run(100);
+    EXPECT_FALSE(bench.link.IsConnected());
+    EXPECT_FALSE(bench.link.ready());
+    EXPECT_TRUE(bench.logged("Disconnected."));
+    EXPECT_EQ(bench.link.deviceType().ToString(), "1.2"); // survives
+    bench.plugIn("pactor-2.1");
+    bench.run(700); // the spacing of the hellos may last until the next one
+    EXPECT_TRUE(bench.link.ready());
+    EXPECT_EQ(bench.link.Class(), Relay);
+}
+
+TEST(KOCommLink, PrefersTheHighestIndexAndLeavesStrangersAlone) {
+    LinkBench bench;
+    LinkBench::Plugged& one = bench.plugIn("lumora-1.1");
+    LinkBench::Plugged& two = bench.plugIn("pactor-2.1");
+    LinkBench::Plugged& blank = bench.plugIn("blank");
+    bench.run(100);
+    EXPECT_TRUE(two.inUse);
+    EXPECT_FALSE(one.inUse);
+    EXPECT_FALSE(blank.inUse);
+
+    LinkBench strangers;
+    LinkBench::Plugged& only = strangers.plugIn("blank");
+    strangers.run(100);
+    EXPECT_FALSE(only.inUse);
+    EXPECT_EQ(strangers.timesLogged("No viable candidates found."), 2); // looks at every step
+}
+
+TEST(KOCommLink, ProgrammingModesTakeBlankHardware) {
+    LinkBench bench({.ProgramMode = true});
+    bench.plugIn("lumora-1.1");
+    LinkBench::Plugged& blank = bench.plugIn("blank");
+    EXPECT_EQ(bench.link.Class(), "Corvane.DefaultControl");
+    bench.run(100);
+    EXPECT_TRUE(blank.inUse);
+    EXPECT_TRUE(bench.link.ready());
+    EXPECT_FALSE(bench.link.IsLinkDevice());
+    EXPECT_EQ(bench.link.Class(), "Corvane.ProgrammerControl");
+
+    LinkBench any({.ProgramMode = true, .ProgramAnyDevice = true});
+    any.plugIn("lumora-1.1");
+    any.run(100);
+    EXPECT_TRUE(any.link.ready());
+    EXPECT_FALSE(any.link.IsLinkDevice());
+}
+
+TEST(KOCommLink, IdentifiesThroughLostAndDamagedFrames) {
+    for (unsigned seed = 1; seed <= 50; ++seed) {
+        LinkBench bench;
+        bench.plugIn("lumora-1.2", "drop=0.1,corrupt=0.05", seed);
+        EXPECT_TRUE(bench.link.Connect(Light, false)) << seed;
+        bench.link.DisconnectAndBlock(false);
+        EXPECT_FALSE(bench.link.Negotiated());
+    }
+}
+
+TEST(KOCommLink, SurvivesAProductThatGoesMuteOrAwayAtAnyFrame) {
+    for (const char* fault : {"mute-after=", "unplug-after="}) {
+        for (int frames = 0; frames < 8; ++frames) {
+            LinkBench bench;
+            LinkBench::Plugged& plugged =
+                bench.plugIn("lumora-1.2", fault + std::to_string(frames));
+            static_cast<void>(bench.link.Connect(Light, false));
+            bench.link.DisconnectAndBlock(false);
+            bench.unplug(plugged);
+            bench.run(100);
+            bench.plugIn("lumora-1.2");
+            EXPECT_TRUE(bench.link.Connect(Light, false)) << fault << frames;
+        }
+    }
+}
+
+} // namespace
+} // namespace corvane

@@ -1,0 +1,72 @@
+#include "shell/Startup.h"
+
+#include "link/KOCommLink.h"
+#include "system/File.h"
+
+#include <gtest/gtest.h>
+
+namespace corvane {
+namespace {
+
+TEST(CommandLine, KnowsItsOptionsInAnyCase) {
+    EXPECT_TRUE(ReadCommandLine("-debug").modes.DebugMode);
+    EXPECT_TRUE(ReadCommandLine("-DEBUG2").modes.DebugMode);
+    EXPECT_TRUE(ReadCommandLine("-program").modes.ProgramMode);
+    EXPECT_FALSE(ReadCommandLine("-program").modes.ProgramAnyDevice);
+    EXPECT_TRUE(ReadCommandLine("-Program2").modes.ProgramMode);
+    EXPECT_TRUE(ReadCommandLine("-program2").modes.ProgramAnyDevice);
+    EXPECT_TRUE(ReadCommandLine("-eeprom").modes.EEPROMMode);
+    EXPECT_TRUE(ReadCommandLine("-register").registerOnly);
+    for (const char* option : {"-debug", "-slow", "-program2", "-register"})
+        EXPECT_EQ(ReadCommandLine(option).fileToOpen, "") << option;
+}
+
+TEST(CommandLine, AnythingElseIsAFile) {
+    const std::vector<std::pair<std::string, std::string>> cases{
+        {"-debug -program", "-debug -program"},
+        {" -debug", "-debug"},
+        {"Night Flight.lumora", "Night Flight.lumora"},
+        {"\"Night Flight.lumora\"", "Night Flight.lumora"},
+        {"\" padded \"", "padded"},
+        {"\"", "\""},
+        {"\"\"", ""},
+        {"   ", ""},
+        {"", ""},
+    };
+    for (const auto& [line, file] : cases) {
+        const Launch launch = ReadCommandLine(line);
+        EXPECT_EQ(launch.fileToOpen, file) << line;
+        EXPECT_FALSE(launch.modes.DebugMode);
+    }
+}
+
+TEST(CommandLine, DecidesTheFirstControl) {
+    const RunModes modes;
+    const KODebug debug(modes);
+    const KOProductList products("KO", debug);
+    const auto classOf = [&](const char* line) {
+        return FirstControlClass(ReadCommandLine(line), products);
+    };
+    EXPECT_EQ(classOf(""), "Corvane.LumoraControl");
+    EXPECT_EQ(classOf("-program2"), "Corvane.DefaultControl");
+    EXPECT_EQ(classOf("-eeprom"), "Corvane.EEPROMEditorControl");
+    EXPECT_EQ(classOf("/home/me/a.RELAY"), "Corvane.PactorControl");
+    EXPECT_EQ(classOf("C:\\a.b\\x.ko_eeprom"), "Corvane.EEPROMEditorControl");
+    EXPECT_EQ(classOf("notes.txt"), "Corvane.LumoraControl");
+    EXPECT_EQ(StartClass({.ProgramMode = true, .EEPROMMode = true}), "Corvane.EEPROMEditorControl");
+}
+
+TEST(File, ComesApartAtEitherSeparator) {
+    const File file("/home/me.old\\dir/night.flight.lumora");
+    EXPECT_EQ(file.Directory(), "/home/me.old\\dir/");
+    EXPECT_EQ(file.filename(), "night.flight.lumora");
+    EXPECT_EQ(file.Extension(), "lumora");
+    EXPECT_EQ(KOIOExtension("C:\\a.b\\name"), "");
+    EXPECT_EQ(KOIOExtension("/a.b/name"), "");
+    EXPECT_EQ(KOIODirectory("name"), "");
+    EXPECT_EQ(KOIOFilename("name"), "name");
+    EXPECT_EQ(KOIOExtension("name."), "");
+}
+
+} // namespace
+} // namespace corvane

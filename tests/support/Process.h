@@ -1,0 +1,46 @@
+#pragma once
+
+#include <csignal>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace corvane {
+
+/// A folder that is empty at first and gone at the end.
+class TemporaryFolder {
+  public:
+    TemporaryFolder();
+    ~TemporaryFolder();
+    TemporaryFolder(const TemporaryFolder&) = delete;
+    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
+
+    [[nodiscard]] const std::filesystem::path& path() const { return path_; }
+
+  private:
+    std::filesystem::path path_;
+};
+
+/// Another program that runs beside the test, and is killed with it at the latest.
+class Process {
+  public:
+    /// The program stands among those that were built with the tests.
+    explicit Process(const std::string& program, const std::vector<std::string>& arguments);
+    ~Process();
+    Process(const Process&) = delete;
+    Process& operator=(const Process&) = delete;
+
+    void signal(int number) const;
+    /// Exit status, or -1 if a signal ended it.
+    int wait();
+    [[nodiscard]] bool running();
+    /// What it has written to its two outputs; whole after `wait`.
+    [[nodiscard]] std::string output() const;
+    [[nodiscard]] std::string errors() const;
+
+  private:
+    TemporaryFolder folder_;
+    int pid_ = -1;
+};
+
+} // namespace corvane
