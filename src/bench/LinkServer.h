@@ -30,7 +30,7 @@ class LinkServer {
     struct Connection {
         int descriptor = -1;
         MessageReader reader;
-        Bytes waiting; // to be sent
+        Bytes waiting;         // to be sent
         bool readable = false; // there may be something to read
         bool open = false;
         bool ended = false;

@@ -20,8 +20,8 @@ class KODevice {
     virtual ~KODevice() = default;
 
     /// Brings the list of devices up to date. Cheap enough for every tick: it looks again only
-    /// where the system has told of a change. A change shows once every device has told its strings,
-    /// after a second at most; the list is empty until then.
+    /// where the system has told of a change. A change shows once every device has told its
+    /// strings, after a second at most; the list is empty until then.
     virtual void EnumerateDevices() = 0;
     [[nodiscard]] virtual int GetDeviceCount() const = 0;
     /// `index` from 0, as of the last `EnumerateDevices`.

@@ -39,6 +39,10 @@ TEST(Cobs, RefusesWhatNoEncoderMakes) {
     EXPECT_FALSE(cobsDecode(Bytes{0}));
 }
 
+TEST(Frame, HasTheBytesThatTheDocumentsShow) {
+    EXPECT_EQ(encodeFrame({FrameType::Hello, 125, 0, {}}), (Bytes{5, 3, 0x7D, 0x66, 0xE7, 0}));
+}
+
 TEST(Frame, CrcIsTheStandardOne) {
     const std::string check = "123456789";
     EXPECT_EQ(crc16(Bytes(check.begin(), check.end())), 0x29B1);

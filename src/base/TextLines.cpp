@@ -1,0 +1,130 @@
+#include "base/TextLines.h"
+
+#include <cstring>
+
+namespace corvane {
+
+namespace {
+
+constexpr std::string_view Named = "\\tnr0";
+constexpr std::string_view Meant{"\\\t\n\r\0", 5};
+
+/// Length of the well-formed sequence at the start of the bytes, 0 if there is none.
+std::size_t sequenceLength(std::string_view bytes) {
+    const auto at = [&bytes](std::size_t i) { return static_cast<unsigned char>(bytes[i]); };
+    const unsigned char lead = at(0);
+    if (lead < 0x80)
+        return 1;
+    const std::size_t length = lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : 2;
+    if (lead < 0xC2 || lead > 0xF4 || bytes.size() < length)
+        return 0;
+    // The second byte decides over overlong forms, surrogates and what lies beyond the last
+    // character.
+    const unsigned char lowest = lead == 0xE0 ? 0xA0 : lead == 0xF0 ? 0x90 : 0x80;
+    const unsigned char highest = lead == 0xED ? 0x9F : lead == 0xF4 ? 0x8F : 0xBF;
+    if (at(1) < lowest || at(1) > highest)
+        return 0;
+    for (std::size_t i = 2; i < length; ++i)
+        if ((at(i) & 0xC0U) != 0x80U)
+            return 0;
+    return length;
+}
+
+bool isSoundLine(std::string_view line) {
+    for (std::size_t i = line.find('\\'); i != std::string_view::npos; i = line.find('\\', i + 2))
+        if (i + 1 == line.size() || Named.find(line[i + 1]) == std::string_view::npos)
+            return false;
+    return line.find('\r') == std::string_view::npos;
+}
+
+std::string_view lineAt(std::string_view bytes, std::size_t start) {
+    const std::string_view rest = bytes.substr(start);
+    std::string_view line = rest.substr(0, rest.find('\n'));
+    if (line.size() < rest.size() && !line.empty() && line.back() == '\r')
+        line.remove_suffix(1);
+    return line;
+}
+
+void unescape(std::string_view text, std::string& target) {
+    target.clear();
+    for (std::size_t at = 0; at < text.size();) {
+        const std::size_t mark = std::min(text.find('\\', at), text.size());
+        target.append(text.substr(at, mark - at));
+        if (mark < text.size())
+            target += Meant[Named.find(text[mark + 1])];
+        at = mark + 2;
+    }
+}
+
+} // namespace
+
+bool IsUtf8(std::string_view bytes) {
+    while (!bytes.empty()) {
+        // Most text is plain: whole words of it are passed over at once.
+        for (std::uint64_t word = 0; bytes.size() >= sizeof word;) {
+            std::memcpy(&word, bytes.data(), sizeof word);
+            if ((word & 0x8080808080808080U) != 0)
+                break;
+            bytes.remove_prefix(sizeof word);
+        }
+        if (bytes.empty())
+            return true;
+        const std::size_t length = sequenceLength(bytes);
+        if (length == 0)
+            return false;
+        bytes.remove_prefix(length);
+    }
+    return true;
+}
+
+std::optional<TextLines> TextLines::parse(std::string bytes) {
+    if (bytes.find('\0') != std::string::npos || !IsUtf8(bytes))
+        return std::nullopt;
+    TextLines lines;
+    for (std::size_t at = 0; at < bytes.size();) {
+        if (!isSoundLine(lineAt(bytes, at)))
+            return std::nullopt;
+        lines.starts_.push_back(at);
+        const std::size_t end = bytes.find('\n', at);
+        at = end == std::string::npos ? bytes.size() : end + 1;
+    }
+    lines.bytes_ = std::move(bytes);
+    return lines;
+}
+
+void TextLines::read(std::size_t line, std::vector<std::string>& arguments) const {
+    std::string_view rest = lineAt(bytes_, starts_[line]);
+    std::size_t count = 0;
+    for (bool more = true; more; ++count) {
+        const std::size_t tab = rest.find('\t');
+        more = tab != std::string_view::npos;
+        if (count == arguments.size())
+            arguments.emplace_back();
+        unescape(rest.substr(0, tab), arguments[count]);
+        rest.remove_prefix(more ? tab + 1 : rest.size());
+    }
+    arguments.resize(count);
+}
+
+bool TextLines::append(std::string& target, const std::vector<std::string>& arguments) {
+    for (const std::string& argument : arguments)
+        if (!IsUtf8(argument))
+            return false;
+    bool first = true;
+    for (const std::string& argument : arguments) {
+        if (!first)
+            target += '\t';
+        first = false;
+        for (const char c : argument) {
+            const std::size_t special = Meant.find(c);
+            if (special == std::string_view::npos)
+                target += c;
+            else
+                (target += '\\') += Named[special];
+        }
+    }
+    target += '\n';
+    return true;
+}
+
+} // namespace corvane

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace corvane {
+
+/// A text file of lines, each a list of one or more arguments. Between two arguments stands a TAB;
+/// within one, \\ \t \n \r and \0 stand for the characters that can't stand for themselves.
+class TextLines {
+  public:
+    /// Nothing if the bytes are no such lines: not UTF-8, a NUL, a carriage return without a line
+    /// feed, or a backslash that stands for nothing.
+    [[nodiscard]] static std::optional<TextLines> parse(std::string bytes);
+
+    [[nodiscard]] std::size_t count() const { return starts_.size(); }
+    /// Fills `arguments` from a line, counted from 0; there is always at least one.
+    void read(std::size_t line, std::vector<std::string>& arguments) const;
+
+    /// Appends a line to `target`. False, and nothing is appended, if an argument is not UTF-8.
+    [[nodiscard]] static bool append(std::string& target,
+                                     const std::vector<std::string>& arguments);
+
+  private:
+    std::string bytes_;
+    std::vector<std::size_t> starts_;
+};
+
+/// Whether the bytes are well-formed UTF-8.
+[[nodiscard]] bool IsUtf8(std::string_view bytes);
+
+} // namespace corvane

@@ -1,0 +1,126 @@
+#include "history/History.h"
+
+#include "base/Assert.h"
+#include "base/Text.h"
+#include "system/File.h"
+
+namespace corvane {
+
+std::string History::GetCaption(const std::string& basicTitle, bool shortened) const {
+    std::string caption = basicTitle;
+    if (const std::string path(Trim(savePath_)); !path.empty())
+        caption += " - " + (shortened ? KOIOFilename(path) : path);
+    if (saveDirty_)
+        caption += "*";
+    return caption;
+}
+
+void History::Record(std::unique_ptr<UndoableChange> action, bool dontCountAsDirty) {
+    Assert(action != nullptr);
+    changes_.resize(static_cast<std::size_t>(position_));
+    changes_.push_back(std::move(action));
+    ++position_;
+    Freeze();
+    if (!dontCountAsDirty)
+        saveDirty_ = true;
+    change(position_).Redo();
+    UndoStateChanged.raise();
+    SaveStateChanged.raise();
+    Unfreeze();
+    Changed.raise();
+}
+
+void History::Undo(bool dontCountAsDirty) {
+    Assert(position_ >= 1);
+    if (!dontCountAsDirty && refused(change(position_), true))
+        return;
+    Freeze();
+    change(position_).Undo();
+    --position_;
+    if (undoStopPoint_ > position_)
+        undoStopPoint_ = position_;
+    if (!dontCountAsDirty) {
+        saveDirty_ = true;
+        SaveStateChanged.raise();
+    }
+    UndoStateChanged.raise();
+    Unfreeze();
+    Changed.raise();
+}
+
+void History::Redo(bool dontCountAsDirty) {
+    Assert(CanRedo());
+    if (!dontCountAsDirty && refused(change(position_ + 1), false))
+        return;
+    Freeze();
+    ++position_;
+    change(position_).Redo();
+    if (!dontCountAsDirty) {
+        saveDirty_ = true;
+        SaveStateChanged.raise();
+    }
+    UndoStateChanged.raise();
+    Unfreeze();
+    Changed.raise();
+}
+
+bool History::NewHistory() {
+    if (!mayBeLost())
+        return false;
+    {
+        const BusyScope busy(with_.pointer);
+        reset();
+    }
+    saveDirty_ = false;
+    savePath_.clear();
+    UndoStateChanged.raise();
+    SaveStateChanged.raise();
+    NewFileCreating.raise();
+    NewFileCreated.raise();
+    return true;
+}
+
+void History::Freeze() {
+    if (freezeCount_ == 0)
+        Freezing.raise();
+    ++freezeCount_;
+}
+
+void History::Unfreeze() {
+    --freezeCount_;
+    if (freezeCount_ == 0)
+        Unfreezing.raise(false);
+}
+
+bool History::refused(UndoableChange& next, bool undoing) {
+    bool cancel = false;
+    FilteringRequested.raise(next, undoing, cancel);
+    return cancel;
+}
+
+bool History::mayBeLost() {
+    if (!saveDirty_)
+        return true;
+    switch (with_.dialogs.Message({"Corvane",
+                                   "Changes have been made. Would you like to save them?",
+                                   MessageBox::Icon::Question, MessageBox::Buttons::YesNoCancel})) {
+    case Answer::Yes:
+        return SaveHistoryAs();
+    case Answer::No:
+        return true;
+    default:
+        return false;
+    }
+}
+
+void History::reset() {
+    {
+        const FreezeScope frozen(*this);
+        while (position_ >= 1)
+            Undo(true);
+    }
+    ResettingToDefaults.raise();
+    changes_.clear();
+}
+
+} // namespace corvane

@@ -1,0 +1,143 @@
+#pragma once
+
+#include "base/Event.h"
+#include "controls/Dialogs.h"
+#include "history/UndoableChange.h"
+#include "kolib/KOText.h"
+
+#include <cstdint>
+#include <optional>
+
+namespace corvane {
+
+/// What hosts a history: the document that its changes write to. A change finds its own kind of
+/// document by a cast.
+class HistoryHost {
+  public:
+    virtual ~HistoryHost() = default;
+};
+
+/// A document as a list of changes, of which the first `position` are applied; those behind are
+/// what can be redone. The file holds the same list. Asks the person before anything is lost.
+/// Everything is done inside the calls, and the events are raised from within them.
+class History {
+  public:
+    struct Surroundings {
+        Dialogs& dialogs;
+        BusyPointer& pointer;
+        KOText& text;
+    };
+
+    /// Host and surroundings must outlive the history.
+    History(HistoryHost& managingControl, Surroundings surroundings)
+        : host_(managingControl), with_(surroundings) {}
+    History(const History&) = delete;
+    History& operator=(const History&) = delete;
+
+    Event<> Changed; ///< Last step of every recording, undo and redo.
+    Event<> NewFileCreating;
+    Event<> NewFileCreated;
+    Event<const std::string&> FileOpened;
+    /// An opening ended without a document although a name was given or chosen.
+    Event<const std::string&> FileOpenFailed;
+    /// The new name and the one before, empty for a document that was never saved.
+    Event<const std::string&, const std::string&> FileSaved;
+    /// Before a person's undo (true) or redo (false) of this change; the last argument refuses it.
+    Event<UndoableChange&, bool, bool&> FilteringRequested;
+    Event<> Freezing;
+    Event<> ResettingToDefaults;
+    Event<> SaveStateChanged;
+    Event<> UndoStateChanged;
+    Event<bool> Unfreezing; ///< True if no repaint is wanted.
+
+    // Set by the product before files are saved or opened.
+    [[nodiscard]] const std::string& Filter() const { return filter_; }
+    void setFilter(std::string filter) { filter_ = std::move(filter); }
+    [[nodiscard]] const std::string& TypeCode() const { return typeCode_; }
+    void setTypeCode(std::string code) { typeCode_ = std::move(code); }
+    [[nodiscard]] std::int32_t VersionCode() const { return versionCode_; }
+    void setVersionCode(std::int32_t code) { versionCode_ = code; }
+    [[nodiscard]] const HistoryLoader* Loader() const { return loader_.get(); }
+    void setLoader(std::unique_ptr<HistoryLoader> loader) { loader_ = std::move(loader); }
+
+    [[nodiscard]] bool CanUndo() const { return position_ > undoStopPoint_; }
+    [[nodiscard]] bool CanRedo() const { return position_ < Length(); }
+    /// Changes in all, those that can be redone included.
+    [[nodiscard]] int Length() const { return static_cast<int>(changes_.size()); }
+    [[nodiscard]] int position() const { return position_; }
+    [[nodiscard]] int undoStopPoint() const { return undoStopPoint_; }
+    [[nodiscard]] bool SaveDirty() const { return saveDirty_; }
+    /// Empty for a document that was never saved.
+    [[nodiscard]] const std::string& savePath() const { return savePath_; }
+    [[nodiscard]] HistoryHost& ManagingControl() const { return host_; }
+    /// The window title: with the path, or the file name alone, and a star for unsaved changes.
+    [[nodiscard]] std::string GetCaption(const std::string& basicTitle, bool shortened) const;
+
+    /// Applies a change through its `Redo` and keeps it; what could be redone is dropped.
+    void Record(std::unique_ptr<UndoableChange> action, bool dontCountAsDirty = false);
+    /// Needs an applied change, but does not mind the stop point.
+    void Undo(bool dontCountAsDirty = false);
+    /// Needs `CanRedo`.
+    void Redo(bool dontCountAsDirty = false);
+    void SetUndoStopPoint() { undoStopPoint_ = position_; }
+
+    /// False if the person would rather keep the document.
+    bool NewHistory();
+    /// Asks for a file if `filename` is empty. False if no other document was opened; the present
+    /// one then stands as it was.
+    bool OpenHistory(std::string filename);
+    void SaveHistory();
+    /// False if nothing was saved.
+    bool SaveHistoryAs();
+    /// Whether the document may be left.
+    [[nodiscard]] bool ExitHistory() { return mayBeLost(); }
+
+    /// Between the outermost pair nothing is repainted.
+    void Freeze();
+    void Unfreeze();
+    /// Lift the freeze for a moment, without a repaint: first `QuickUnfreeze`, then `QuickFreeze`.
+    void QuickFreeze() { Freezing.raise(); }
+    void QuickUnfreeze() { Unfreezing.raise(true); }
+
+  private:
+    struct Loaded {
+        UndoableChanges changes;
+        int position = 0;
+        int stopPoint = 0;
+    };
+    struct FreezeScope {
+        explicit FreezeScope(History& history) : frozen(history) { frozen.Freeze(); }
+        ~FreezeScope() { frozen.Unfreeze(); }
+        FreezeScope(const FreezeScope&) = delete;
+        FreezeScope& operator=(const FreezeScope&) = delete;
+        History& frozen;
+    };
+
+    [[nodiscard]] UndoableChange& change(int index) const {
+        return *changes_[static_cast<std::size_t>(index) - 1];
+    }
+    [[nodiscard]] bool refused(UndoableChange& next, bool undoing);
+    [[nodiscard]] bool mayBeLost();
+    void reset();
+    [[nodiscard]] std::string dialogFilter() const;
+    [[nodiscard]] bool writeTo(const std::string& path);
+    [[nodiscard]] std::optional<Loaded> readFrom(const std::string& path);
+    /// Fills `loaded`, or gives the message of what is wrong with the file.
+    [[nodiscard]] std::string parse(const std::string& path, Loaded& loaded);
+    void replay(Loaded loaded, const std::string& filename);
+
+    HistoryHost& host_;
+    Surroundings with_;
+    std::string filter_;
+    std::string typeCode_;
+    std::int32_t versionCode_ = 0;
+    std::unique_ptr<HistoryLoader> loader_;
+    UndoableChanges changes_;
+    int position_ = 0;
+    int undoStopPoint_ = 0;
+    int freezeCount_ = 0;
+    bool saveDirty_ = false;
+    std::string savePath_;
+};
+
+} // namespace corvane

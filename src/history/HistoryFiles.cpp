@@ -1,0 +1,166 @@
+#include "base/Assert.h"
+#include "base/Numbers.h"
+#include "history/History.h"
+#include "history/KOIO.h"
+
+namespace corvane {
+
+namespace {
+
+constexpr const char* NotUnderstood = "Can't understand the file format.";
+
+struct Header {
+    std::int32_t length = 0;
+    std::int32_t position = 0;
+    std::int32_t stopPoint = 0;
+    std::int32_t version = 0;
+};
+
+Header headerOf(const std::vector<std::string>& values) {
+    return {ReadInteger(values[0]), ReadInteger(values[1]), ReadInteger(values[2]),
+            ReadInteger(values[3])};
+}
+
+bool isSound(const Header& header, int lines) {
+    return header.length >= 0 && header.length <= lines && header.position >= 0 &&
+           header.position <= header.length && header.stopPoint >= 0 &&
+           header.stopPoint <= header.length;
+}
+
+} // namespace
+
+void History::SaveHistory() {
+    if (savePath_.empty())
+        SaveHistoryAs();
+    else
+        static_cast<void>(writeTo(savePath_)); // has told what went wrong
+}
+
+bool History::SaveHistoryAs() {
+    Assert(!filter_.empty());
+    const std::optional<std::string> path = with_.dialogs.SaveFile(dialogFilter(), savePath_);
+    return path && writeTo(*path);
+}
+
+bool History::OpenHistory(std::string filename) {
+    bool opened = false;
+    if (mayBeLost()) {
+        Assert(!filter_.empty());
+        if (filename.empty()) {
+            const std::optional<std::string> chosen = with_.dialogs.OpenFile(dialogFilter());
+            if (!chosen)
+                return false;
+            filename = *chosen;
+        }
+        with_.pointer.set(true);
+        if (std::optional<Loaded> loaded = readFrom(filename)) {
+            replay(std::move(*loaded), filename);
+            with_.pointer.set(false);
+            opened = true;
+        }
+    }
+    if (!opened && !filename.empty())
+        FileOpenFailed.raise(filename);
+    return opened;
+}
+
+std::string History::dialogFilter() const {
+    return filter_ + "|All Files (*.*)|*.*";
+}
+
+bool History::writeTo(const std::string& path) {
+    Assert(!typeCode_.empty());
+    const std::string previousFilename = savePath_;
+    int result = 0;
+    {
+        const BusyScope busy(with_.pointer);
+        KOIOWriter writer(with_.text);
+        writer.WriteArray(typeCode_,
+                          {std::to_string(Length()), std::to_string(position_),
+                           std::to_string(undoStopPoint_), std::to_string(versionCode_)});
+        std::string prefix;
+        std::vector<std::string> data;
+        for (const auto& change : changes_) {
+            data.clear();
+            change->Serialize(prefix, data);
+            writer.WriteArray(prefix, data);
+        }
+        result = writer.Save(path);
+    }
+    if (result != 0) {
+        with_.dialogs.ShowError("Can't save the file.");
+        return false;
+    }
+    saveDirty_ = false;
+    savePath_ = path;
+    SaveStateChanged.raise();
+    UndoStateChanged.raise();
+    FileSaved.raise(savePath_, previousFilename);
+    return true;
+}
+
+std::optional<History::Loaded> History::readFrom(const std::string& path) {
+    Assert(loader_ != nullptr && !typeCode_.empty());
+    Loaded loaded;
+    const std::string problem = parse(path, loaded);
+    if (problem.empty())
+        return loaded;
+    with_.pointer.set(false);
+    with_.dialogs.ShowError(problem);
+    return std::nullopt;
+}
+
+std::string History::parse(const std::string& path, Loaded& loaded) {
+    constexpr std::size_t headerValues = 4;
+    KOIOReader reader(with_.text);
+    if (const int result = reader.Load(path); result != 0)
+        return result == 1 ? "File not found." : NotUnderstood;
+    std::string prefix;
+    std::vector<std::string> data;
+    if (!reader.More())
+        return NotUnderstood;
+    reader.ReadArray(prefix, data);
+    if (data.size() < headerValues || prefix != typeCode_)
+        return NotUnderstood;
+    const Header header = headerOf(data);
+    if (header.version > versionCode_)
+        return "This file was made with a newer version of the program.\r\n\r\nYou will need to "
+               "get the new version to view it.";
+    if (!isSound(header, reader.Remaining()))
+        return NotUnderstood;
+    loaded.position = header.position;
+    loaded.stopPoint = header.stopPoint;
+    loaded.changes.reserve(static_cast<std::size_t>(header.length));
+    while (static_cast<int>(loaded.changes.size()) < header.length) {
+        reader.ReadArray(prefix, data);
+        std::unique_ptr<UndoableChange> change;
+        if (prefix == KODoNothingChange::Prefix)
+            change = std::make_unique<KODoNothingChange>();
+        else
+            change = loader_->Load(prefix);
+        if (change == nullptr)
+            return "Can't understand the file format (unrecognized prefix).";
+        if (!change->Deserialize(*this, prefix, data))
+            return "Can't understand the file format (deserialization error).";
+        loaded.changes.push_back(std::move(change));
+    }
+    return loader_->FitTogether(loaded.changes) ? "" : NotUnderstood;
+}
+
+void History::replay(Loaded loaded, const std::string& filename) {
+    savePath_ = filename;
+    saveDirty_ = false;
+    const FreezeScope frozen(*this);
+    reset();
+    changes_ = std::move(loaded.changes);
+    while (position_ < loaded.position) {
+        Redo(true);
+        if (position_ == loaded.stopPoint)
+            SetUndoStopPoint();
+    }
+    UndoStateChanged.raise();
+    SaveStateChanged.raise();
+    FileOpened.raise(filename);
+}
+
+} // namespace corvane

@@ -1,0 +1,91 @@
+#include "system/Programs.h"
+
+#include "base/Text.h"
+#include "system/File.h"
+
+#include <fcntl.h>
+#include <filesystem>
+#include <sstream>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <vector>
+
+namespace corvane {
+
+namespace {
+
+std::string programFile() {
+    std::error_code error;
+    return std::filesystem::read_symlink("/proc/self/exe", error).string();
+}
+
+/// The program that stands for a name of the form "Corvane.exe".
+std::string programFor(const std::string& path) {
+    std::string name = KOIOFilename(path);
+    if (LowerCase(KOIOExtension(name)) == "exe")
+        name.resize(name.size() - 4);
+    const std::string exact = KOIODirectory(path) + name;
+    return ::access(exact.c_str(), X_OK) == 0 ? exact : KOIODirectory(path) + LowerCase(name);
+}
+
+/// Starts a program that this one neither waits for nor is the parent of.
+bool startDetached(const std::vector<std::string>& words) {
+    std::vector<char*> argv;
+    for (const std::string& word : words)
+        argv.push_back(const_cast<char*>(word.c_str()));
+    argv.push_back(nullptr);
+    // The pipe closes by itself when the program starts; a byte in it says that it did not.
+    int report[2];
+    if (::pipe2(report, O_CLOEXEC) != 0)
+        return false;
+    const pid_t child = ::fork();
+    if (child == 0) {
+        ::setsid();
+        if (::fork() == 0) {
+            ::execvp(argv[0], argv.data());
+            static_cast<void>(!::write(report[1], "x", 1));
+        }
+        ::_exit(0);
+    }
+    ::close(report[1]);
+    char failed = 0;
+    const bool started = child > 0 && ::read(report[0], &failed, 1) == 0;
+    ::close(report[0]);
+    if (child > 0)
+        ::waitpid(child, nullptr, 0);
+    return started;
+}
+
+} // namespace
+
+bool SystemPrograms::Start(const std::string& path, const std::string& arguments) {
+    std::vector<std::string> words{programFor(path)};
+    std::istringstream rest(arguments);
+    for (std::string word; rest >> word;)
+        words.push_back(word);
+    return startDetached(words);
+}
+
+void SystemPrograms::OpenInBrowser(const std::string& target) {
+    static_cast<void>(startDetached({"xdg-open", target}));
+}
+
+std::string SystemPrograms::ProgramDirectory() const {
+    return KOIODirectory(programFile());
+}
+
+std::string KOIOExecutablePath() {
+    return ExecutablePathFor(programFile());
+}
+
+std::string ExecutablePathFor(std::string programFile) {
+    constexpr std::size_t limit = 4096;
+    if (programFile.size() >= limit)
+        return {};
+    const std::size_t size = programFile.size();
+    if (size >= 4 && LowerCase(programFile.substr(size - 4)) == ".bin")
+        programFile.replace(size - 4, 4, ".exe");
+    return programFile;
+}
+
+} // namespace corvane

@@ -1,0 +1,112 @@
+#include "system/SettingsStore.h"
+
+#include "base/Numbers.h"
+#include "base/Text.h"
+#include "base/TextLines.h"
+#include "system/UserFolders.h"
+
+#include <algorithm>
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
+namespace corvane {
+
+namespace {
+
+constexpr char lower(char c) {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
+std::vector<std::string> record(const std::string& name, const SettingValue& value) {
+    if (const auto* number = std::get_if<std::int32_t>(&value))
+        return {"integer", name, std::to_string(*number)};
+    if (const auto* text = std::get_if<std::string>(&value))
+        return {"text", name, *text};
+    std::vector<std::string> record{"texts", name};
+    const auto& texts = std::get<std::vector<std::string>>(value);
+    record.insert(record.end(), texts.begin(), texts.end());
+    return record;
+}
+
+std::optional<SettingValue> valueOf(const std::vector<std::string>& record) {
+    if (record[0] == "texts" && record.size() >= 2)
+        return std::vector<std::string>(record.begin() + 2, record.end());
+    if (record.size() != 3)
+        return std::nullopt;
+    if (record[0] == "integer")
+        return ReadInteger(record[2]);
+    if (record[0] == "text")
+        return record[2];
+    return std::nullopt;
+}
+
+} // namespace
+
+bool CaselessLess::operator()(std::string_view a, std::string_view b) const {
+    return std::lexicographical_compare(
+        a.begin(), a.end(), b.begin(), b.end(),
+        [](char left, char right) { return lower(left) < lower(right); });
+}
+
+std::optional<SettingKeys> ParseSettings(std::string bytes) {
+    const std::optional<TextLines> lines = TextLines::parse(std::move(bytes));
+    if (!lines)
+        return std::nullopt;
+    SettingKeys keys;
+    SettingValues* key = nullptr;
+    std::vector<std::string> fields;
+    for (std::size_t i = 0; i < lines->count(); ++i) {
+        lines->read(i, fields);
+        if (fields[0] == "key" && fields.size() == 2) {
+            key = &keys[fields[1]];
+            continue;
+        }
+        std::optional<SettingValue> value = valueOf(fields);
+        if (key == nullptr || !value)
+            return std::nullopt;
+        (*key)[fields[1]] = std::move(*value);
+    }
+    return keys;
+}
+
+std::string WriteSettings(const SettingKeys& keys) {
+    std::string bytes;
+    for (const auto& [path, values] : keys) {
+        if (!TextLines::append(bytes, {"key", path}))
+            continue; // text that is no text can't be kept
+        for (const auto& [name, value] : values)
+            static_cast<void>(TextLines::append(bytes, record(name, value)));
+    }
+    return bytes;
+}
+
+SettingsStore::SettingsStore(std::filesystem::path folder, FileDoor& files)
+    : folder_(std::move(folder)), files_(files) {}
+
+SettingKeys SettingsStore::read() {
+    std::string bytes;
+    if (files_.ReadWhole(file().string(), bytes) != FileDoor::ReadResult::Done)
+        return {};
+    if (std::optional<SettingKeys> keys = ParseSettings(std::move(bytes)))
+        return std::move(*keys);
+    std::error_code error;
+    std::filesystem::rename(file(), folder_ / "settings.damaged", error);
+    return {};
+}
+
+int SettingsStore::acquire() const {
+    if (!MakePrivateFolder(folder_))
+        return -1;
+    const int lock = ::open((folder_ / "settings.lock").c_str(), O_CREAT | O_RDWR | O_CLOEXEC, 0600);
+    if (lock >= 0)
+        ::flock(lock, LOCK_EX);
+    return lock;
+}
+
+void SettingsStore::release(int lock) {
+    if (lock >= 0)
+        ::close(lock); // lets the lock go
+}
+
+} // namespace corvane

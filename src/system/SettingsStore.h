@@ -1,0 +1,66 @@
+#pragma once
+
+#include "base/FileDoor.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <map>
+#include <optional>
+#include <string>
+#include <variant>
+#include <vector>
+
+namespace corvane {
+
+/// Orders texts without regard to the case of ASCII letters.
+struct CaselessLess {
+    using is_transparent = void;
+    [[nodiscard]] bool operator()(std::string_view a, std::string_view b) const;
+};
+
+using SettingValue = std::variant<std::int32_t, std::string, std::vector<std::string>>;
+using SettingValues = std::map<std::string, SettingValue, CaselessLess>;
+/// Values by the path of their key, parts joined by backslashes. A key may be empty of values.
+using SettingKeys = std::map<std::string, SettingValues, CaselessLess>;
+
+/// Reads the text of a store; nothing if it is damaged.
+[[nodiscard]] std::optional<SettingKeys> ParseSettings(std::string bytes);
+[[nodiscard]] std::string WriteSettings(const SettingKeys& keys);
+
+/// The user's settings in one file, which several running programs may share. Each reading sees
+/// the file as it is then; each change is made under a lock and replaces the file whole. A damaged
+/// file is set aside under another name, and the settings start anew.
+class SettingsStore {
+  public:
+    /// The folder is made when something is first written.
+    SettingsStore(std::filesystem::path folder, FileDoor& files);
+
+    [[nodiscard]] SettingKeys read();
+    /// Lets `change` work on the current settings and writes them. False if that failed.
+    template<class Change>
+    [[nodiscard]] bool write(Change change) {
+        return underLock([&] {
+            SettingKeys keys = read();
+            change(keys);
+            return files_.ReplaceWhole(file().string(), WriteSettings(keys));
+        });
+    }
+
+    [[nodiscard]] std::filesystem::path file() const { return folder_ / "settings"; }
+
+  private:
+    template<class Work>
+    [[nodiscard]] bool underLock(Work work) {
+        const int lock = acquire();
+        const bool done = lock >= 0 && work();
+        release(lock);
+        return done;
+    }
+    [[nodiscard]] int acquire() const;
+    static void release(int lock);
+
+    std::filesystem::path folder_;
+    FileDoor& files_;
+};
+
+} // namespace corvane
