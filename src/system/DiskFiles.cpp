@@ -133,6 +133,9 @@ bool DiskFiles::ReplaceWhole(const std::string& path, std::string_view bytes) {
     if (path.empty())
         return false;
     const fs::path target = followed(path);
+    std::error_code error;
+    if (fs::is_symlink(fs::symlink_status(target, error)))
+        return false; // a circle
     struct stat old {};
     const bool exists = ::stat(target.c_str(), &old) == 0;
     // Renaming would get round the protection of a single file.

@@ -1,36 +1,11 @@
 #include "support/Process.h"
 
-#include <cstdlib>
 #include <fcntl.h>
-#include <fstream>
-#include <sstream>
-#include <stdexcept>
 #include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 namespace corvane {
-
-namespace {
-std::string textOf(const std::filesystem::path& file) {
-    std::ifstream stream(file);
-    std::ostringstream text;
-    text << stream.rdbuf();
-    return text.str();
-}
-} // namespace
-
-TemporaryFolder::TemporaryFolder() {
-    std::string name = (std::filesystem::temp_directory_path() / "corvane-test-XXXXXX").string();
-    if (::mkdtemp(name.data()) == nullptr)
-        throw std::runtime_error("no temporary folder");
-    path_ = name;
-}
-
-TemporaryFolder::~TemporaryFolder() {
-    std::error_code ignored;
-    std::filesystem::remove_all(path_, ignored);
-}
 
 Process::Process(const std::string& program, const std::vector<std::string>& arguments) {
     const std::string path = std::string(CORVANE_PROGRAMS) + "/" + program;
@@ -74,11 +49,11 @@ bool Process::running() {
 }
 
 std::string Process::output() const {
-    return textOf(folder_.path() / "out");
+    return folder_.content("out");
 }
 
 std::string Process::errors() const {
-    return textOf(folder_.path() / "err");
+    return folder_.content("err");
 }
 
 } // namespace corvane

@@ -1,25 +1,12 @@
 #pragma once
 
+#include "support/TemporaryFolder.h"
+
 #include <csignal>
-#include <filesystem>
 #include <string>
 #include <vector>
 
 namespace corvane {
-
-/// A folder that is empty at first and gone at the end.
-class TemporaryFolder {
-  public:
-    TemporaryFolder();
-    ~TemporaryFolder();
-    TemporaryFolder(const TemporaryFolder&) = delete;
-    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-
-    [[nodiscard]] const std::filesystem::path& path() const { return path_; }
-
-  private:
-    std::filesystem::path path_;
-};
 
 /// Another program that runs beside the test, and is killed with it at the latest.
 class Process {

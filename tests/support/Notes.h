@@ -1,0 +1,69 @@
+#pragma once
+
+#include "history/History.h"
+#include "kolib/text/TextFiles.h"
+#include "support/Person.h"
+#include "system/DiskFiles.h"
+
+namespace corvane {
+
+/// The simplest document there can be: lines of text, appended by changes.
+class Notes final : public HistoryHost {
+  public:
+    explicit Notes(Person& person, FileDoor& files)
+        : text_(files), history(*this, {person, person, text_}) {
+        history.setFilter("Notes (*.note)|*.note");
+        history.setTypeCode("Notes");
+        history.setVersionCode(2);
+        history.setLoader(std::make_unique<Loader>());
+        onReset_ = history.ResettingToDefaults.connect([this] { lines.clear(); });
+    }
+
+    void add(const std::string& line, bool dontCountAsDirty = false) {
+        auto change = std::make_unique<Addition>();
+        change->notes = this;
+        change->line = line;
+        history.Record(std::move(change), dontCountAsDirty);
+    }
+
+    std::vector<std::string> lines;
+
+  private:
+    struct Addition final : UndoableChange {
+        Notes* notes = nullptr;
+        std::string line;
+
+        void Redo() override { notes->lines.push_back(line); }
+        void Undo() override { notes->lines.pop_back(); }
+        void Serialize(std::string& prefix, std::vector<std::string>& Data) const override {
+            prefix = "Note";
+            Data = {line};
+        }
+        bool Deserialize(History& history, std::string_view,
+                         const std::vector<std::string>& Data) override {
+            notes = dynamic_cast<Notes*>(&history.ManagingControl());
+            if (Data.size() != 1)
+                return false;
+            line = Data[0];
+            return true;
+        }
+    };
+    struct Loader final : HistoryLoader {
+        std::unique_ptr<UndoableChange> Load(std::string_view prefix) const override {
+            return prefix == "Note" ? std::make_unique<Addition>() : nullptr;
+        }
+        bool FitTogether(const UndoableChanges& changes) const override {
+            return changes.size() != 13;
+        }
+    };
+
+    TextFiles text_;
+
+  public:
+    History history;
+
+  private:
+    Connection onReset_;
+};
+
+} // namespace corvane
