@@ -1,0 +1,35 @@
+#pragma once
+
+#include "controls/ChildControl.h"
+#include "link/KOInterface.h"
+#include "system/Programs.h"
+
+namespace corvane {
+
+/// The start screen: asks to plug in a product or to choose one, and lets the link look for
+/// products by itself. Makes way for any other control.
+class DefaultControl final : public ProductControl {
+  public:
+    DefaultControl(KOCommLink& link, Programs& programs);
+
+    void ProcessPacket(const KOPacket&) override {}
+    void UpdateReadyState(bool) override {}
+    bool UnloadUI() override { return true; }
+    void setInterfaceChanger(KOInterfaceChanger& changer) override { changer_ = &changer; }
+
+    Button Logo;
+    Label PleaseLabel{"Please plug in a supported Ortaline Works product, or choose one from "
+                      "below:"};
+    Button LumoraPicture{"Lumora"};
+    Button DervanPicture{"Dervan/Maltrex"};
+
+  private:
+    void choose(const char* className) const;
+
+    KOInterfaceChanger* changer_ = nullptr;
+    Connection onLogo_;
+    Connection onLumora_;
+    Connection onDervan_;
+};
+
+} // namespace corvane

@@ -1,0 +1,28 @@
+#pragma once
+
+#include "controls/Dialogs.h"
+#include "kolib/KOText.h"
+#include "link/KOCommLink.h"
+#include "system/KORegistry.h"
+#include "system/Programs.h"
+
+namespace corvane {
+
+/// What all screens of the running program share. All of it outlives them.
+struct Workplace {
+    KOCommLink& link;
+    KODevice& device;
+    const KOProductList& products;
+    const RunModes& modes;
+    const Clock& clock;
+    Pause& pause;
+    const KODebug& debug;
+    const KODebugger& debugger;
+    Dialogs& dialogs;
+    BusyPointer& pointer;
+    KOText& text;
+    Programs& programs;
+    const KORegistry& registry;
+};
+
+} // namespace corvane

@@ -1,0 +1,327 @@
+#include "shell/MainForm.h"
+
+#include "shell/KOFlash.h"
+#include "system/File.h"
+
+#include <algorithm>
+
+namespace corvane {
+
+namespace {
+
+constexpr const char* NoOptions = "(No Options)";
+
+std::string withoutAccessKeys(const std::string& text) {
+    std::string doubled;
+    for (const char c : text)
+        doubled.append(c == '&' ? 2 : 1, c);
+    return doubled;
+}
+
+} // namespace
+
+MainForm::MainForm(const Workplace& place, const ProductControls& controls,
+                   Application& application)
+    : about(application),
+      place_(place),
+      controls_(controls),
+      application_(application),
+      options_(place.registry),
+      interface_(std::make_unique<KOInterface>(place.link)),
+      recentFiles_(std::make_unique<MRUList>(place.registry, place.products)) {
+    noOptions_.Add(NoOptions);
+    connections_.push_back(interface_->InterfaceSwapRequested.connect(
+        [this](std::unique_ptr<ProductControl>& current, const std::string& newName) {
+            swapControl(current, newName);
+        }));
+    connections_.push_back(interface_->InterfaceChanged.connect([this] {
+        setHistoryObject(interface_->InterfaceHistory());
+        doLayout();
+    }));
+    connections_.push_back(recentFiles_->Changed.connect([this] { updateRecentFiles(); }));
+    connections_.push_back(tmrUpdate.Fired.connect([this] { place_.link.Update(); }));
+    recentFiles_->Initialize(*interface_);
+    connectMenu();
+}
+
+MainForm::~MainForm() = default;
+
+void MainForm::connectMenu() {
+    const auto on = [this](MenuItem& item, auto command) {
+        connections_.push_back(item.Click.connect(command));
+    };
+    on(menu.mnuFileNew, [this] { history_->NewHistory(); });
+    on(menu.mnuFileOpen, [this] { OpenFile({}); });
+    on(menu.mnuFileSave, [this] { history_->SaveHistory(); });
+    on(menu.mnuFileSaveAs, [this] { history_->SaveHistoryAs(); });
+    on(menu.mnuFileExit, [this] { Unload(); });
+    on(menu.mnuEditUndo, [this] { history_->Undo(); });
+    on(menu.mnuEditRedo, [this] { history_->Redo(); });
+    on(menu.mnuEditCut, [this] { clipboard_->Clipboard_Cut(); });
+    on(menu.mnuEditCopy, [this] { clipboard_->Clipboard_Copy(); });
+    on(menu.mnuEditPaste, [this] { clipboard_->Clipboard_Paste(); });
+    on(menu.mnuEditDelete, [this] { clipboard_->Clipboard_Delete(); });
+    on(menu.mnuOptionsAutopatch, [this] { toggleAutopatch(); });
+    on(menu.mnuHelpTroubleshootingPowerCycle, [this] { powerCycle(); });
+    on(menu.mnuHelpTroubleshootingReinstallCorvaneDrivers, [this] { reinstallDrivers(); });
+    on(menu.mnuHelpTroubleshootingReprogramCorvaneEEPROM, [this] { reprogramEEPROM(); });
+    on(menu.mnuHelpTroubleshootingRestartCorvaneInDebugMode, [this] { restart("-debug2"); });
+    on(menu.mnuHelpTroubleshootingRestartCorvaneNormally, [this] { restart({}); });
+    on(menu.mnuHelpAbout, [this] { about.show(); });
+    connections_.push_back(menu.mnuFileMRU.Click.connect([this](int place) {
+        const std::string file = recentFiles_->filename(place); // the list changes meanwhile
+        OpenFile(file);
+    }));
+    connections_.push_back(menu.mnuOptionsList.Click.connect(
+        [this](int place) { optionsMenu_->SelectItem(optionsMenu_->Item(place)); }));
+}
+
+void MainForm::Initialize(const std::string& fileToOpen) {
+    updateTitle();
+    menu.mnuOptionsAutopatch.setVisible(true);
+    menu.mnuOptionsAutopatch.setChecked(options_.AutopatchEnabled());
+    const std::string name = ProgramName;
+    menu.mnuHelpTroubleshootingPowerCycle.setCaption("Power &Cycle " + name + "-Attached Device");
+    menu.mnuHelpTroubleshootingReinstallCorvaneDrivers.setCaption("Reinstall " + name +
+                                                                  " &Drivers");
+    menu.mnuHelpTroubleshootingReprogramCorvaneEEPROM.setCaption("Reprogram " + name + " &EEPROM");
+    menu.mnuHelpTroubleshootingRestartCorvane.setCaption("&Restart " + name);
+    const KOProductProfile* product = place_.products.ByExtension(KOIOExtension(fileToOpen));
+    interface_->Initialize(product == nullptr ? std::string() : product->Class);
+    updateAllMenus();
+    updateOptionsMenu();
+    if (!fileToOpen.empty())
+        OpenFile(fileToOpen);
+}
+
+void MainForm::OpenFile(const std::string& filename) {
+    if (history_ != nullptr)
+        history_->OpenHistory(filename);
+}
+
+void MainForm::setHistoryObject(History* history) {
+    historyConnections_.clear();
+    history_ = history;
+    const bool has = history != nullptr;
+    for (MenuItem* item : {&menu.mnuFileNew, &menu.mnuFileSep1, &menu.mnuFileOpen,
+                           &menu.mnuFileSave, &menu.mnuFileSaveAs, &menu.mnuFileSep2})
+        item->setVisible(has);
+    for (MenuItem* item :
+         {&menu.mnuFileNew, &menu.mnuFileOpen, &menu.mnuFileSave, &menu.mnuFileSaveAs})
+        item->setEnabled(has);
+    if (has) {
+        historyConnections_.push_back(
+            history->UndoStateChanged.connect([this] { updateUndoMenu(); }));
+        historyConnections_.push_back(history->SaveStateChanged.connect([this] { updateTitle(); }));
+        historyConnections_.push_back(history->FileOpened.connect(
+            [this](const std::string& file) { recentFiles_->AddFile(file); }));
+        historyConnections_.push_back(history->FileOpenFailed.connect(
+            [this](const std::string& file) { recentFiles_->RemoveFile(file); }));
+        historyConnections_.push_back(history->FileSaved.connect(
+            [this](const std::string& file, const std::string& previous) {
+                if (!previous.empty() && previous != file)
+                    recentFiles_->RenameFile(previous, file);
+                else
+                    recentFiles_->AddFile(file);
+            }));
+    }
+    updateAllMenus();
+}
+
+void MainForm::setBand(BottomBand& band) {
+    band_ = &band;
+    onBand_ = band.Moved.connect([this] { doLayout(); });
+    doLayout();
+}
+
+void MainForm::Resize(TwipSize clientSize) {
+    clientSize_ = clientSize;
+    doLayout();
+}
+
+bool MainForm::Unload() {
+    if (unloaded_)
+        return true;
+    if (history_ != nullptr && !history_->ExitHistory())
+        return false;
+    unloaded_ = true;
+    tmrUpdate.setEnabled(false);
+    place_.device.CloseDevice();
+    about.close();
+    ControlLeaving.raise();
+    setHistoryObject(nullptr);
+    onClipboard_.disconnect();
+    onOptions_.disconnect();
+    clipboard_ = nullptr;
+    optionsMenu_ = &noOptions_;
+    recentFiles_.reset();
+    application_.ShutDownApplication();
+    Closed.raise();
+    return true;
+}
+
+void MainForm::swapControl(std::unique_ptr<ProductControl>& current, const std::string& newName) {
+    ControlLeaving.raise();
+    onClipboard_.disconnect();
+    clipboard_ = nullptr;
+    setHistoryObject(nullptr);
+    onOptions_.disconnect();
+    optionsMenu_ = &noOptions_;
+    current.reset();
+    current = controls_.create(newName);
+    clipboard_ = current->Clipboard();
+    if (clipboard_ != nullptr)
+        onClipboard_ = clipboard_->Clipboard_Messenger().MessageReceived.connect(
+            [this](std::string_view message, const void*, MessageValue&) {
+                if (message == "Update")
+                    updateClipboardMenu();
+            });
+    adoptOptionsMenu();
+    current->SetDebugger(place_.debugger);
+    ControlChanged.raise();
+    const std::optional<TwipSize> wanted = current->GetSuggestedClientSize();
+    if (wanted && wanted->width >= 1 && wanted->height >= 1)
+        ClientSizeWanted.raise(*wanted);
+    updateTitle();
+}
+
+void MainForm::adoptOptionsMenu() {
+    if (MenuList* own = control()->OptionsMenu())
+        optionsMenu_ = own;
+    onOptions_ = optionsMenu_->Changed.connect([this] { updateOptionsMenu(); });
+    updateOptionsMenu();
+}
+
+void MainForm::updateAllMenus() {
+    updateClipboardMenu();
+    updateUndoMenu();
+    updateTitle();
+}
+
+void MainForm::updateClipboardMenu() {
+    const bool has = clipboard_ != nullptr;
+    menu.mnuEditCut.setEnabled(has && clipboard_->Clipboard_CanCut(), "Nothing is selected.");
+    menu.mnuEditCopy.setEnabled(has && clipboard_->Clipboard_CanCopy(), "Nothing is selected.");
+    menu.mnuEditPaste.setEnabled(has && clipboard_->Clipboard_CanPaste(),
+                                 "Nothing that fits here has been copied.");
+    menu.mnuEditDelete.setEnabled(has && clipboard_->Clipboard_CanDelete(),
+                                  "Nothing is selected.");
+    menu.mnuEdit.setVisible(has || history_ != nullptr);
+    for (MenuItem* item : {&menu.mnuEditCutPasteSeparator, &menu.mnuEditCut, &menu.mnuEditCopy,
+                           &menu.mnuEditPaste, &menu.mnuEditDelete})
+        item->setVisible(has);
+}
+
+void MainForm::updateUndoMenu() {
+    menu.mnuEditUndo.setEnabled(history_ != nullptr && history_->CanUndo(),
+                                "There is nothing to undo.");
+    menu.mnuEditRedo.setEnabled(history_ != nullptr && history_->CanRedo(),
+                                "There is nothing to redo.");
+}
+
+void MainForm::updateTitle() {
+    std::string title = ProgramName;
+    if (control() != nullptr)
+        title = control()->ProductName().value_or(title);
+    if (history_ != nullptr)
+        title = history_->GetCaption(title, false);
+    if (title == title_)
+        return;
+    title_ = title;
+    TitleChanged.raise();
+}
+
+void MainForm::updateRecentFiles() {
+    const int count = recentFiles_->count();
+    menu.mnuFileMRU.setCount(count);
+    menu.mnuFileMRUSeparator.setVisible(count > 0);
+    bool oneDirectory = true;
+    for (int i = 2; i <= count; ++i)
+        oneDirectory = oneDirectory && KOIODirectory(recentFiles_->filename(i)) ==
+                                           KOIODirectory(recentFiles_->filename(1));
+    for (int i = 1; i <= count; ++i) {
+        const std::string& path = recentFiles_->filename(i);
+        menu.mnuFileMRU.item(i).setCaption(
+            "&" + std::to_string(i) + " " +
+            withoutAccessKeys(oneDirectory ? KOIOFilename(path) : path));
+        menu.mnuFileMRU.item(i).setToolTipText(path);
+    }
+}
+
+void MainForm::updateOptionsMenu() {
+    const bool autopatch = menu.mnuOptionsAutopatch.Visible();
+    int count = optionsMenu_->count();
+    if (count == 1 && optionsMenu_->Item(1) == NoOptions && autopatch)
+        count = 0;
+    menu.mnuOptionsList.setCount(count);
+    for (int i = 1; i <= count; ++i)
+        menu.mnuOptionsList.item(i).setCaption(optionsMenu_->Item(i));
+    menu.mnuOptionsSeparator.setVisible(count > 0 && autopatch);
+    menu.mnuOptions.setVisible(count > 0 || autopatch);
+}
+
+void MainForm::toggleAutopatch() {
+    options_.setAutopatchEnabled(!options_.AutopatchEnabled());
+    menu.mnuOptionsAutopatch.setChecked(options_.AutopatchEnabled());
+}
+
+void MainForm::doLayout() {
+    if (history_ != nullptr)
+        history_->Freeze();
+    if (control() != nullptr) {
+        BandPlace place;
+        int freeHeight = clientSize_.height;
+        if (band_ != nullptr) {
+            place.visible = band_->DesiredTop() < 0;
+            if (place.visible)
+                freeHeight += band_->DesiredTop();
+            place.top = freeHeight;
+            place.height = band_->DesiredHeight();
+            place.width = clientSize_.width;
+        }
+        bandPlace_ = place;
+        control()->setSize({clientSize_.width, std::max(0, freeHeight)});
+    }
+    LayoutChanged.raise();
+    if (history_ != nullptr)
+        history_->Unfreeze();
+}
+
+void MainForm::powerCycle() const {
+    const BusyScope busy(place_.pointer);
+    place_.link.DisconnectAndBlock(true);
+    place_.link.ResetDevice();
+    place_.link.UpdateReadyState();
+}
+
+void MainForm::reinstallDrivers() const {
+    application_.RunFromProgramDirectory("Install Drivers.exe", {});
+    place_.dialogs.Message(
+        {"Restart Needed", "You will need to restart Corvane to use the newly installed drivers.",
+         MessageBox::Icon::Information, MessageBox::Buttons::Ok});
+}
+
+void MainForm::reprogramEEPROM() const {
+    if (!place_.link.IsConnected()) {
+        place_.dialogs.ShowError("No Corvane is connected.");
+        return;
+    }
+    bool done = false;
+    {
+        const BusyScope busy(place_.pointer);
+        done = ProgramLinkDevice(place_.device);
+    }
+    place_.dialogs.Message(
+        done ? MessageBox{"Success", "Corvane EEPROM reprogramming complete.\r\n\r\nPlease "
+                                     "disconnect and reconnect the Corvane for the change to take "
+                                     "effect."}
+             : MessageBox{"Error", "An error occured reprogramming the Corvane EEPROM."});
+}
+
+void MainForm::restart(const std::string& arguments) {
+    application_.setPendingRestart("Corvane.exe", arguments);
+    Unload();
+    application_.clearPendingRestart();
+}
+
+} // namespace corvane
