@@ -1,8 +1,8 @@
 #include "apps/support/Program.h"
-#include "desktop/LinkWindow.h"
+#include "desktop/EventLoop.h"
+#include "desktop/MainWindow.h"
+#include "desktop/QtDialogs.h"
 #include "shell/Startup.h"
-
-#include <QApplication>
 
 #include <iostream>
 
@@ -15,13 +15,24 @@ int main(int argc, char** argv) {
     if (launch.registerOnly)
         return 0;
 
-    QApplication application(argc, argv);
+    DesktopApplication desktop(argc, argv);
+    QApplication::setApplicationName("corvane");
+    QApplication::setApplicationDisplayName("Corvane");
     Program program(launch.modes);
+    program.setRepaint(RepaintWithoutInput);
     const Connection onLine = program.debugger.WritingLine.connect(
         [](const std::string& line) { std::cerr << line << '\n'; });
-    program.link.setMaintainConnection(true);
+
+    QtDialogs dialogs;
+    const Workplace place = program.workplace(dialogs, dialogs);
+    const ProductControls controls(place);
+    Application application(program.programs, dialogs);
+    MainForm form(place, controls, application);
     LinkStatus status(program.link, program.products);
-    LinkWindow window(program.link, status);
-    window.QWidget::show();
-    return QApplication::exec();
+    MainWindow window(form, status);
+    dialogs.setParent(&window);
+    // The window first: a file that can't be opened is told over it.
+    window.show();
+    form.Initialize(launch.fileToOpen);
+    return form.control() == nullptr ? 0 : DesktopApplication::exec();
 }

@@ -1,3 +1,4 @@
+#include "apps/support/DocumentCommands.h"
 #include "apps/support/PickedDevice.h"
 #include "apps/support/Program.h"
 
@@ -94,6 +95,8 @@ int identify(const Options& options) {
 int main(int argc, char** argv) {
     Options options;
     int result = Done;
+    std::string file;
+    std::string target;
 
     CLI::App app("Works with Corvane links and the products behind them, for scripts and "
                  "production benches.");
@@ -110,6 +113,16 @@ int main(int argc, char** argv) {
         ->callback([&] { result = listDevices(options); });
     app.add_subcommand("identify", "Print name, device type and firmware of the product")
         ->callback([&] { result = identify(options); });
+
+    CLI::App* check = app.add_subcommand(
+        "check", "Open a document and print its type, version, number of changes, position and "
+                 "stop point");
+    check->add_option("FILE", file)->required();
+    check->callback([&] { result = CheckDocument(Session(options).program(), file); });
+    CLI::App* convert = app.add_subcommand("convert", "Open a document and save it as another");
+    convert->add_option("IN", file)->required();
+    convert->add_option("OUT", target)->required();
+    convert->callback([&] { result = ConvertDocument(Session(options).program(), file, target); });
 
     try {
         app.parse(argc, argv);

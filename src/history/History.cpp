@@ -73,6 +73,7 @@ bool History::NewHistory() {
     }
     saveDirty_ = false;
     savePath_.clear();
+    fileVersion_.reset();
     UndoStateChanged.raise();
     SaveStateChanged.raise();
     NewFileCreating.raise();
@@ -101,9 +102,9 @@ bool History::refused(UndoableChange& next, bool undoing) {
 bool History::mayBeLost() {
     if (!saveDirty_)
         return true;
-    switch (with_.dialogs.Message({"Corvane",
-                                   "Changes have been made. Would you like to save them?",
-                                   MessageBox::Icon::Question, MessageBox::Buttons::YesNoCancel})) {
+    switch (
+        with_.dialogs.Message({"Corvane", "Changes have been made. Would you like to save them?",
+                               MessageBox::Icon::Question, MessageBox::Buttons::YesNoCancel})) {
     case Answer::Yes:
         return SaveHistoryAs();
     case Answer::No:

@@ -69,6 +69,8 @@ class History {
     [[nodiscard]] bool SaveDirty() const { return saveDirty_; }
     /// Empty for a document that was never saved.
     [[nodiscard]] const std::string& savePath() const { return savePath_; }
+    /// The version that the opened file was written by; the present one for a new document.
+    [[nodiscard]] std::int32_t fileVersion() const { return fileVersion_.value_or(versionCode_); }
     [[nodiscard]] HistoryHost& ManagingControl() const { return host_; }
     /// The window title: with the path, or the file name alone, and a star for unsaved changes.
     [[nodiscard]] std::string GetCaption(const std::string& basicTitle, bool shortened) const;
@@ -104,6 +106,7 @@ class History {
         UndoableChanges changes;
         int position = 0;
         int stopPoint = 0;
+        std::int32_t version = 0;
     };
     struct FreezeScope {
         explicit FreezeScope(History& history) : frozen(history) { frozen.Freeze(); }
@@ -138,6 +141,7 @@ class History {
     int freezeCount_ = 0;
     bool saveDirty_ = false;
     std::string savePath_;
+    std::optional<std::int32_t> fileVersion_;
 };
 
 } // namespace corvane

@@ -93,6 +93,7 @@ bool History::writeTo(const std::string& path) {
     }
     saveDirty_ = false;
     savePath_ = path;
+    fileVersion_.reset();
     SaveStateChanged.raise();
     UndoStateChanged.raise();
     FileSaved.raise(savePath_, previousFilename);
@@ -130,6 +131,7 @@ std::string History::parse(const std::string& path, Loaded& loaded) {
         return NotUnderstood;
     loaded.position = header.position;
     loaded.stopPoint = header.stopPoint;
+    loaded.version = header.version;
     loaded.changes.reserve(static_cast<std::size_t>(header.length));
     while (static_cast<int>(loaded.changes.size()) < header.length) {
         reader.ReadArray(prefix, data);
@@ -149,6 +151,7 @@ std::string History::parse(const std::string& path, Loaded& loaded) {
 
 void History::replay(Loaded loaded, const std::string& filename) {
     savePath_ = filename;
+    fileVersion_ = loaded.version;
     saveDirty_ = false;
     const FreezeScope frozen(*this);
     reset();

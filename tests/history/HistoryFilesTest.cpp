@@ -17,7 +17,7 @@ class HistoryFiles : public testing::Test {
     TemporaryFolder folder;
     Person person;
     DiskFiles files;
-    Notes notes{person, files};
+    Notes notes{person, person, files};
     History& history = notes.history;
     Lines events;
 
@@ -194,7 +194,7 @@ TEST_F(HistoryFiles, AFailedSaveLeavesEverythingAndCountsAsCancelled) {
 }
 
 TEST_F(HistoryFiles, NeedWhatTheProductSets) {
-    Notes other(person, files);
+    Notes other(person, person, files);
     other.history.setFilter("");
     EXPECT_THROW(other.history.SaveHistoryAs(), AssertionFailed);
     TextFiles text(files);

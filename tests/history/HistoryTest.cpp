@@ -14,7 +14,7 @@ class HistoryTest : public testing::Test {
   protected:
     Person person;
     DiskFiles files;
-    Notes notes{person, files};
+    Notes notes{person, person, files};
     History& history = notes.history;
     Lines events;
 

@@ -2,6 +2,7 @@
 
 #include "kolib/devices/UsbLinkSource.h"
 #include "kolib/devices/VirtualLinkSource.h"
+#include "system/UserFolders.h"
 
 namespace corvane {
 
@@ -30,6 +31,7 @@ std::vector<std::unique_ptr<LinkSource>> allSources(const Clock& clock) {
 Program::Program(const RunModes& runModes, const DeviceDoor& door)
     : modes(runModes),
       debug(modes),
+      settings(ConfigurationFolder(), files),
       session_(clock, callbacksTo(debug)),
       devices_(allSources(clock), session_, debug),
       door_(door ? door(devices_) : nullptr),
@@ -38,6 +40,11 @@ Program::Program(const RunModes& runModes, const DeviceDoor& door)
       products(ProgramVendor(), debug),
       link({device, session_, products, modes, clock, debug, pause_}) {
     debug.SetDebugger(&debugger);
+}
+
+Workplace Program::workplace(Dialogs& dialogs, BusyPointer& pointer) {
+    return {link,     device,  products, modes, clock,    pause_,  debug,
+            debugger, dialogs, pointer,  text,  programs, registry};
 }
 
 void Program::DevicePause::pause() {

@@ -2,8 +2,10 @@
 
 #include "base/KODebug.h"
 #include "kolib/devices/LinkDevices.h"
+#include "kolib/text/TextFiles.h"
 #include "kolib/wire/HostSession.h"
-#include "link/KOCommLink.h"
+#include "link/Workplace.h"
+#include "system/DiskFiles.h"
 #include "system/SystemClock.h"
 
 #include <functional>
@@ -25,10 +27,18 @@ class Program {
     /// Called again and again during blocking operations, for repainting.
     void setRepaint(std::function<void()> repaint) { pause_.repaint = std::move(repaint); }
 
+    /// All of it for screens that use these dialogs and this pointer.
+    [[nodiscard]] Workplace workplace(Dialogs& dialogs, BusyPointer& pointer);
+
     const RunModes modes;
     KODebugger debugger;
     KODebug debug;
     SystemClock clock;
+    DiskFiles files;
+    TextFiles text{files};
+    SystemPrograms programs;
+    SettingsStore settings;
+    KORegistry registry{settings};
 
   private:
     struct DevicePause final : Pause {

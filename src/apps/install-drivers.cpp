@@ -1,0 +1,75 @@
+// Lets the person at the screen use link devices: puts the udev rule in its place, asking for the
+// rights in the system's own way, and says what it did.
+#include "udev-rules.h"
+
+#include <QApplication>
+#include <QMessageBox>
+#include <QProcess>
+#include <QStandardPaths>
+
+#include <cstdio>
+#include <unistd.h>
+
+namespace {
+
+constexpr const char* RulePath = "/etc/udev/rules.d/60-corvane.rules";
+
+struct Outcome {
+    bool done = false;
+    QString text;
+};
+
+/// Runs as root: what is to be written comes in by the standard input.
+QString installScript() {
+    return QString("umask 022 && cat > %1 && { udevadm control --reload-rules && "
+                   "udevadm trigger --subsystem-match=usb --attr-match=idVendor=0403 || true; }")
+        .arg(RulePath);
+}
+
+Outcome install() {
+    QString program = "/bin/sh";
+    QStringList arguments{"-c", installScript()};
+    if (::geteuid() != 0) {
+        const QString pkexec = QStandardPaths::findExecutable("pkexec");
+        if (pkexec.isEmpty())
+            return {false, "The rights to write " + QString(RulePath) +
+                               " can't be asked for, since pkexec is not installed. Install it, "
+                               "or copy the file 60-corvane.rules to /etc/udev/rules.d yourself."};
+        arguments.prepend(program);
+        program = pkexec;
+    }
+    QProcess process;
+    process.start(program, arguments);
+    process.write(corvane::UdevRules);
+    process.closeWriteChannel();
+    process.waitForFinished(-1);
+    if (process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0)
+        return {true, "The rule that lets you use Corvane links now stands in " +
+                          QString(RulePath) + ".\n\nUnplug the link and plug it in again."};
+    const QString details = QString::fromLocal8Bit(process.readAllStandardError()).trimmed();
+    return {false, "The rule that lets you use Corvane links could not be written to " +
+                       QString(RulePath) + ".\n\n" +
+                       (details.isEmpty() ? "The rights were not given. Try again, and enter the "
+                                            "password when the system asks for it."
+                                          : details)};
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    const bool display =
+        qEnvironmentVariableIsSet("DISPLAY") || qEnvironmentVariableIsSet("WAYLAND_DISPLAY");
+    if (!display) {
+        const QCoreApplication application(argc, argv);
+        const Outcome outcome = install();
+        std::fprintf(outcome.done ? stdout : stderr, "%s\n", qPrintable(outcome.text));
+        return outcome.done ? 0 : 1;
+    }
+    const QApplication application(argc, argv);
+    const Outcome outcome = install();
+    if (outcome.done)
+        QMessageBox::information(nullptr, "Corvane Drivers", outcome.text);
+    else
+        QMessageBox::critical(nullptr, "Corvane Drivers", outcome.text);
+    return outcome.done ? 0 : 1;
+}

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "controls/Dialogs.h"
+
+namespace corvane {
+
+/// Stands for the dialogs where nobody looks at a screen: messages go to the error output, one line
+/// each, and every question is answered with Cancel or No.
+class ConsoleDialogs : public Dialogs, public BusyPointer {
+  public:
+    Answer Message(const MessageBox& box) override;
+    std::optional<std::string> OpenFile(const std::string&) override { return std::nullopt; }
+    std::optional<std::string> SaveFile(const std::string&, const std::string&) override {
+        return std::exchange(saveName_, std::nullopt);
+    }
+    std::optional<int> PickColor(int) override { return std::nullopt; }
+    std::optional<std::string> Input(const std::string&, const std::string&,
+                                     const std::string&) override {
+        return std::nullopt;
+    }
+    void set(bool) override {}
+
+    /// The answer to the next question for a name to save under.
+    void setSaveName(const std::string& name) { saveName_ = name; }
+
+  private:
+    std::optional<std::string> saveName_;
+};
+
+} // namespace corvane

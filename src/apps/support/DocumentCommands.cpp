@@ -1,0 +1,79 @@
+#include "apps/support/DocumentCommands.h"
+
+#include "apps/support/ConsoleDialogs.h"
+#include "shell/ProductDocuments.h"
+#include "system/File.h"
+
+#include <iostream>
+
+namespace corvane {
+
+namespace {
+
+constexpr int Done = 0;
+constexpr int Failed = 1;
+
+/// A document that a command works on, opened from a file.
+class OpenedDocument {
+  public:
+    OpenedDocument(Program& program, const std::string& file) {
+        const KOProductProfile* product = program.products.ByExtension(KOIOExtension(file));
+        if (product != nullptr)
+            document_ = ProductDocuments().create(product->Class, {dialogs, dialogs, program.text});
+        if (document_ == nullptr)
+            dialogs.ShowError("No product owns files like " + file + ".");
+        else if (!document_->history().OpenHistory(file))
+            document_.reset();
+    }
+
+    [[nodiscard]] bool opened() const { return document_ != nullptr; }
+    [[nodiscard]] History& history() const { return document_->history(); }
+
+    ConsoleDialogs dialogs;
+
+  private:
+    std::unique_ptr<ProductDocument> document_;
+};
+
+} // namespace
+
+Answer ConsoleDialogs::Message(const MessageBox& box) {
+    std::string line;
+    for (const char c : box.text) {
+        if (c == '\r' || c == '\n')
+            line += line.empty() || line.back() == ' ' ? "" : " ";
+        else
+            line += c;
+    }
+    std::cerr << "corvanectl: " << line << '\n';
+    switch (box.buttons) {
+    case MessageBox::Buttons::Ok:
+        return Answer::Ok;
+    case MessageBox::Buttons::YesNo:
+        return Answer::No;
+    case MessageBox::Buttons::YesNoCancel:
+        return Answer::Cancel;
+    }
+    return Answer::Cancel;
+}
+
+int CheckDocument(Program& program, const std::string& file) {
+    const OpenedDocument document(program, file);
+    if (!document.opened())
+        return Failed;
+    const History& history = document.history();
+    std::cout << "type\t" << history.TypeCode() << "\nversion\t" << history.fileVersion()
+              << "\nchanges\t" << history.Length() << "\nposition\t" << history.position()
+              << "\nstop point\t" << history.undoStopPoint() << '\n';
+    return Done;
+}
+
+int ConvertDocument(Program& program, const std::string& from, const std::string& to) {
+    OpenedDocument document(program, from);
+    if (!document.opened())
+        return Failed;
+    document.dialogs.setSaveName(to);
+    return document.history().SaveHistoryAs() ? Done : Failed;
+}
+
+} // namespace corvane

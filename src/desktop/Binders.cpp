@@ -1,0 +1,144 @@
+#include "desktop/Binders.h"
+
+#include "desktop/EventLoop.h"
+#include "desktop/Theme.h"
+
+#include <QAbstractButton>
+#include <QAction>
+#include <QLabel>
+#include <QMenu>
+#include <QMenuBar>
+#include <QTimer>
+
+namespace corvane {
+
+namespace {
+
+QKeySequence keySequence(const std::string& shortcut) {
+    return QKeySequence(QString::fromStdString(shortcut), QKeySequence::PortableText);
+}
+
+void bindArray(QMenu* menu, MenuArray& array, QAction* before) {
+    auto* actions = new QObject(menu); // owns what is made at run time
+    const auto refill = [menu, &array, before, actions] {
+        QList<QAction*> present = actions->findChildren<QAction*>(Qt::FindDirectChildrenOnly);
+        while (present.size() > array.count())
+            delete present.takeLast();
+        while (present.size() < array.count()) {
+            auto* action = new QAction(actions);
+            Bind(action, array.item(static_cast<int>(present.size()) + 1));
+            menu->insertAction(before, action);
+            present.push_back(action);
+        }
+    };
+    On(actions, array.CountChanged, refill);
+    refill();
+}
+
+} // namespace
+
+void Follow(QObject* object, ChildControl& child, std::function<void()> follow) {
+    follow();
+    On(object, child.Changed, std::move(follow));
+}
+
+void BindWidget(QWidget* widget, ChildControl& child) {
+    Follow(widget, child, [widget, &child] {
+        if (widget->isVisibleTo(widget->parentWidget()) != child.Visible())
+            widget->setVisible(child.Visible());
+        widget->setEnabled(child.Enabled());
+        widget->setToolTip(QString::fromStdString(child.ToolTipText()));
+    });
+}
+
+void Bind(QLabel* label, Label& child) {
+    BindWidget(label, child);
+    Follow(label, child, [label, &child] {
+        label->setText(QString::fromStdString(child.Caption()));
+        QPalette palette =
+            label->parentWidget() == nullptr ? QPalette() : label->parentWidget()->palette();
+        if (child.ForeColor() != 0)
+            palette.setColor(QPalette::WindowText, Theme::textColor(palette, child.ForeColor()));
+        label->setPalette(palette);
+    });
+}
+
+void Bind(QAbstractButton* button, Button& child) {
+    BindWidget(button, child);
+    Follow(button, child,
+           [button, &child] { button->setText(QString::fromStdString(child.Caption())); });
+    QObject::connect(button, &QAbstractButton::clicked, button, [&child] { child.press(); });
+}
+
+void Bind(QObject* object, Timer& child) {
+    auto* timer = new QTimer(object);
+    QObject::connect(timer, &QTimer::timeout, object, [&child] {
+        if (!InsideRepaint())
+            child.Fired.raise();
+    });
+    Follow(object, child, [timer, &child] {
+        if (child.Enabled() && !timer->isActive())
+            timer->start(child.Interval());
+        else if (!child.Enabled())
+            timer->stop();
+    });
+}
+
+void Bind(QAction* action, MenuItem& child) {
+    Follow(action, child, [action, &child] {
+        if (child.Caption() == "-")
+            action->setSeparator(true);
+        else
+            action->setText(QString::fromStdString(child.Caption()));
+        action->setEnabled(child.Enabled());
+        action->setVisible(child.Visible());
+        action->setToolTip(QString::fromStdString(child.ToolTipText()));
+        if (child.Checked())
+            action->setCheckable(true);
+        action->setChecked(child.Checked());
+    });
+    if (child.Shortcut() == "Ctrl+Y")
+        action->setShortcuts({keySequence("Ctrl+Y"), keySequence("Ctrl+Shift+Z")});
+    else if (!child.Shortcut().empty())
+        action->setShortcut(keySequence(child.Shortcut()));
+    // The control alone decides whether it is checked.
+    QObject::connect(action, &QAction::triggered, action, [action, &child] {
+        action->setChecked(child.Checked());
+        child.choose();
+    });
+}
+
+void Bind(QMenuBar* bar, const std::vector<MenuPlace>& places) {
+    for (const MenuPlace& place : places) {
+        QMenu* menu = bar->addMenu(QString());
+        Bind(menu->menuAction(), *place.item);
+        Bind(menu, place.submenu);
+    }
+}
+
+void Bind(QMenu* menu, const std::vector<MenuPlace>& places) {
+    menu->setToolTipsVisible(true);
+    std::vector<std::pair<MenuArray*, std::size_t>> arrays;
+    std::vector<QAction*> actions;
+    for (const MenuPlace& place : places) {
+        if (place.array != nullptr) {
+            arrays.emplace_back(place.array, actions.size());
+            continue;
+        }
+        QAction* action = nullptr;
+        if (place.submenu.empty()) {
+            action = new QAction(menu);
+            menu->addAction(action);
+        } else {
+            QMenu* submenu = menu->addMenu(QString());
+            Bind(submenu, place.submenu);
+            action = submenu->menuAction();
+        }
+        Bind(action, *place.item);
+        actions.push_back(action);
+    }
+    for (const auto& [array, index] : arrays)
+        bindArray(menu, *array, index < actions.size() ? actions[index] : nullptr);
+}
+
+} // namespace corvane

@@ -1,0 +1,38 @@
+#include "desktop/EventLoop.h"
+
+#include "base/Assert.h"
+
+#include <QElapsedTimer>
+#include <QMessageBox>
+
+namespace corvane {
+
+namespace {
+constexpr qint64 RepaintInterval = 30; // ms
+bool insideRepaint = false;
+} // namespace
+
+bool DesktopApplication::notify(QObject* receiver, QEvent* event) {
+    try {
+        return QApplication::notify(receiver, event);
+    } catch (const AssertionFailed& failure) {
+        QMessageBox::critical(nullptr, "Corvane", failure.what());
+        return true;
+    }
+}
+
+void RepaintWithoutInput() {
+    static QElapsedTimer last;
+    if (insideRepaint || (last.isValid() && last.elapsed() < RepaintInterval))
+        return;
+    insideRepaint = true;
+    QCoreApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+    insideRepaint = false;
+    last.start();
+}
+
+bool InsideRepaint() {
+    return insideRepaint;
+}
+
+} // namespace corvane

@@ -1,0 +1,20 @@
+#pragma once
+
+#include <QApplication>
+
+namespace corvane {
+
+/// The desktop's event loop. A caller's fault is told in a message box and ends the operation, not
+/// the program.
+class DesktopApplication final : public QApplication {
+  public:
+    using QApplication::QApplication;
+    bool notify(QObject* receiver, QEvent* event) override;
+};
+
+/// Lets windows repaint in the middle of a blocking operation, some times a second at most. Input
+/// waits, and timers that are bound to a control's stand still meanwhile.
+void RepaintWithoutInput();
+[[nodiscard]] bool InsideRepaint();
+
+} // namespace corvane

@@ -1,0 +1,151 @@
+#include "desktop/MainWindow.h"
+
+#include "desktop/AboutWindow.h"
+#include "desktop/Binders.h"
+#include "desktop/Theme.h"
+#include "desktop/Views.h"
+
+#include <QCloseEvent>
+#include <QLabel>
+#include <QMenuBar>
+#include <QMimeData>
+#include <QScreen>
+
+namespace corvane {
+
+namespace {
+
+constexpr int TwipsPerPixel = 15;
+
+TwipSize toTwips(QSize size) {
+    return {size.width() * TwipsPerPixel, size.height() * TwipsPerPixel};
+}
+
+QSize toPixels(TwipSize size) {
+    return {size.width / TwipsPerPixel, size.height / TwipsPerPixel};
+}
+
+} // namespace
+
+MainWindow::MainWindow(MainForm& form, LinkStatus& status)
+    : form_(form), area_(new QWidget(this)), sign_(new QLabel(this)) {
+    setWindowIcon(Theme::programIcon());
+    setWindowTitle(QString::fromStdString(form.Title()));
+    setAcceptDrops(true);
+    setCentralWidget(area_);
+    area_->installEventFilter(this);
+    Bind(menuBar(), form.menu.layout());
+    sign_->setContentsMargins(Theme::Spacing, 0, Theme::Spacing, 0);
+    menuBar()->setCornerWidget(sign_);
+    Bind(this, form.tmrUpdate);
+
+    const auto on = [this](auto& event, auto react) {
+        connections_.push_back(event.connect(react));
+    };
+    on(form.TitleChanged, [this] { setWindowTitle(QString::fromStdString(form_.Title())); });
+    on(form.ControlLeaving, [this] { dropView(); });
+    on(form.ControlChanged, [this] { showControl(); });
+    on(form.LayoutChanged, [this] { place(); });
+    on(form.ClientSizeWanted, [this](TwipSize size) { takeSize(size); });
+    on(form.Closed, [this] { close(); });
+    on(form.about.Shown, [this] { showAbout(); });
+    on(status.Changed, [this, &status] { showStatus(status); });
+    showStatus(status);
+    takeSize({11010, 7770});
+    if (form.control() != nullptr)
+        showControl();
+}
+
+MainWindow::~MainWindow() {
+    dropView();
+}
+
+void MainWindow::closeEvent(QCloseEvent* event) {
+    event->setAccepted(form_.Unload());
+}
+
+void MainWindow::dragEnterEvent(QDragEnterEvent* event) {
+    const QList<QUrl> urls = event->mimeData()->urls();
+    if (form_.HistoryObject() != nullptr && urls.size() == 1 && urls.front().isLocalFile())
+        event->acceptProposedAction();
+}
+
+void MainWindow::dropEvent(QDropEvent* event) {
+    event->acceptProposedAction();
+    const std::string file = event->mimeData()->urls().value(0).toLocalFile().toStdString();
+    // Once the drag is over: opening may ask.
+    QMetaObject::invokeMethod(
+        this, [this, file] { form_.OpenFile(file); }, Qt::QueuedConnection);
+}
+
+bool MainWindow::eventFilter(QObject* watched, QEvent* event) {
+    if (watched == area_ && event->type() == QEvent::Resize)
+        form_.Resize(toTwips(area_->size()));
+    return QMainWindow::eventFilter(watched, event);
+}
+
+void MainWindow::showControl() {
+    view_ = MakeView(*form_.control(), area_);
+    place();
+    view_->show();
+}
+
+void MainWindow::dropView() {
+    if (view_ == nullptr)
+        return;
+    // The view may be in the middle of an event of its own, so it only lets go of its control now.
+    QWidget* leaving = view_;
+    view_ = nullptr;
+    leaving->hide();
+    for (QObject* child : leaving->findChildren<QObject*>())
+        if (auto* held = dynamic_cast<HeldConnection*>(child))
+            delete held;
+    leaving->disconnect();
+    leaving->deleteLater();
+}
+
+void MainWindow::place() {
+    if (view_ != nullptr && form_.control() != nullptr)
+        view_->setGeometry(QRect(QPoint(0, 0), toPixels(form_.control()->size())));
+}
+
+void MainWindow::takeSize(TwipSize clientSize) {
+    if (isMaximized() || isFullScreen())
+        showNormal();
+    const QSize around = size() - area_->size();
+    const bool known = isVisible() && around.width() >= 0 && around.height() >= 0;
+    resize(toPixels(clientSize) + (known ? around : QSize(0, menuBar()->sizeHint().height())));
+    if (const QScreen* onScreen = screen()) {
+        QRect frame = frameGeometry();
+        frame.moveCenter(onScreen->availableGeometry().center());
+        move(frame.topLeft());
+    }
+}
+
+void MainWindow::showStatus(const LinkStatus& status) {
+    const QString mark = status.state() == LinkStatus::State::NoDevice       ? "○"
+                         : status.state() == LinkStatus::State::NoPermission ? "⚠"
+                         : status.state() == LinkStatus::State::Waiting      ? "◐"
+                                                                             : "●";
+    const QString headline = QString::fromStdString(status.headline());
+    const QString detail = QString::fromStdString(status.detail());
+    sign_->setText(mark + " " + headline);
+    sign_->setToolTip(detail);
+    sign_->setAccessibleName("Link: " + headline + ". " + detail);
+    menuBar()->setCornerWidget(sign_); // makes room for the new text
+    sign_->show();
+}
+
+void MainWindow::showAbout() {
+    auto* window = new AboutWindow(form_.about, this);
+    about_ = window;
+    window->setAttribute(Qt::WA_DeleteOnClose);
+    On(window, form_.about.Closed, [window] { window->close(); });
+    On(window, form_.about.FocusWanted, [window] {
+        window->raise();
+        window->activateWindow();
+    });
+    window->show();
+}
+
+} // namespace corvane

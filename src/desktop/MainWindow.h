@@ -1,0 +1,44 @@
+#pragma once
+
+#include "shell/LinkStatus.h"
+#include "shell/MainForm.h"
+
+#include <QMainWindow>
+#include <QPointer>
+
+class QLabel;
+
+namespace corvane {
+
+/// The main window's looks: a menu bar with a sign of the link at its right end, and the view of
+/// the product control on show. Form and status must outlive it.
+class MainWindow final : public QMainWindow {
+  public:
+    MainWindow(MainForm& form, LinkStatus& status);
+    ~MainWindow() override;
+
+    [[nodiscard]] QWidget* view() const { return view_; }
+
+  protected:
+    void closeEvent(QCloseEvent* event) override;
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+  private:
+    void showControl();
+    void dropView();
+    void place();
+    void takeSize(TwipSize clientSize);
+    void showStatus(const LinkStatus& status);
+    void showAbout();
+
+    MainForm& form_;
+    QWidget* area_; // what the menu bar leaves
+    QLabel* sign_;
+    QPointer<QWidget> view_;
+    QPointer<QWidget> about_;
+    std::vector<Connection> connections_;
+};
+
+} // namespace corvane

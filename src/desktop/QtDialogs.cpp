@@ -1,0 +1,135 @@
+#include "desktop/QtDialogs.h"
+
+#include "desktop/Theme.h"
+
+#include <QApplication>
+#include <QColorDialog>
+#include <QFileDialog>
+#include <QInputDialog>
+#include <QMessageBox>
+#include <QStandardPaths>
+
+namespace corvane {
+
+namespace {
+
+QMessageBox::Icon iconOf(MessageBox::Icon icon) {
+    switch (icon) {
+    case MessageBox::Icon::Information:
+        return QMessageBox::Information;
+    case MessageBox::Icon::Question:
+        return QMessageBox::Question;
+    case MessageBox::Icon::Warning:
+        return QMessageBox::Warning;
+    case MessageBox::Icon::Critical:
+        return QMessageBox::Critical;
+    }
+    return QMessageBox::NoIcon;
+}
+
+QMessageBox::StandardButtons buttonsOf(MessageBox::Buttons buttons) {
+    switch (buttons) {
+    case MessageBox::Buttons::Ok:
+        return QMessageBox::Ok;
+    case MessageBox::Buttons::YesNo:
+        return QMessageBox::Yes | QMessageBox::No;
+    case MessageBox::Buttons::YesNoCancel:
+        return QMessageBox::Yes | QMessageBox::No | QMessageBox::Cancel;
+    }
+    return QMessageBox::Ok;
+}
+
+} // namespace
+
+QString ToolkitFilter(const std::string& filter) {
+    const QStringList parts = QString::fromStdString(filter).split('|');
+    QStringList filters;
+    for (qsizetype i = 0; i + 1 < parts.size(); i += 2) {
+        const QString name = parts[i].section(" (", 0, 0);
+        const QString pattern = parts[i + 1] == "*.*" ? "*" : parts[i + 1];
+        filters.push_back(name + " (" + QString(pattern).replace(';', ' ') + ")");
+    }
+    return filters.join(";;");
+}
+
+Answer QtDialogs::Message(const MessageBox& box) {
+    QMessageBox message(iconOf(box.icon), QString::fromStdString(box.title),
+                        QString::fromStdString(box.text).replace("\r\n", "\n"),
+                        buttonsOf(box.buttons), parent());
+    message.setTextFormat(Qt::PlainText);
+    switch (message.exec()) {
+    case QMessageBox::Yes:
+        return Answer::Yes;
+    case QMessageBox::No:
+        return Answer::No;
+    case QMessageBox::Ok:
+        return Answer::Ok;
+    default:
+        switch (box.buttons) {
+        case MessageBox::Buttons::Ok:
+            return Answer::Ok;
+        case MessageBox::Buttons::YesNo:
+            return Answer::No;
+        case MessageBox::Buttons::YesNoCancel:
+            return Answer::Cancel;
+        }
+        return Answer::Cancel;
+    }
+}
+
+std::optional<std::string> QtDialogs::OpenFile(const std::string& filter) {
+    QFileDialog dialog(parent(), "Open", folder_, ToolkitFilter(filter));
+    dialog.setFileMode(QFileDialog::ExistingFile);
+    return dialog.exec() == QDialog::Accepted ? chosen(dialog.selectedFiles().value(0))
+                                              : std::nullopt;
+}
+
+std::optional<std::string> QtDialogs::SaveFile(const std::string& filter,
+                                               const std::string& initialName) {
+    QFileDialog dialog(parent(), "Save As", folder_, ToolkitFilter(filter));
+    dialog.setAcceptMode(QFileDialog::AcceptSave);
+    if (!initialName.empty())
+        dialog.selectFile(QString::fromStdString(initialName));
+    return dialog.exec() == QDialog::Accepted ? chosen(dialog.selectedFiles().value(0))
+                                              : std::nullopt;
+}
+
+std::optional<int> QtDialogs::PickColor(int initial) {
+    const QColor color = QColorDialog::getColor(Theme::fromRgb(initial), parent());
+    if (!color.isValid())
+        return std::nullopt;
+    return color.red() | (color.green() << 8) | (color.blue() << 16);
+}
+
+std::optional<std::string> QtDialogs::Input(const std::string& prompt, const std::string& title,
+                                            const std::string& initial) {
+    bool accepted = false;
+    const QString text = QInputDialog::getText(parent(), QString::fromStdString(title),
+                                               QString::fromStdString(prompt), QLineEdit::Normal,
+                                               QString::fromStdString(initial), &accepted);
+    return accepted ? std::optional(text.toStdString()) : std::nullopt;
+}
+
+void QtDialogs::set(bool busy) {
+    if (busy == busy_)
+        return;
+    busy_ = busy;
+    if (busy)
+        QGuiApplication::setOverrideCursor(Qt::WaitCursor);
+    else
+        QGuiApplication::restoreOverrideCursor();
+}
+
+QWidget* QtDialogs::parent() const {
+    QWidget* active = QApplication::activeWindow();
+    return active == nullptr ? parent_ : active;
+}
+
+std::optional<std::string> QtDialogs::chosen(const QString& path) {
+    if (path.isEmpty())
+        return std::nullopt;
+    folder_ = QFileInfo(path).absolutePath();
+    return path.toStdString();
+}
+
+} // namespace corvane

@@ -1,0 +1,75 @@
+#include "desktop/Theme.h"
+
+#include <QIcon>
+#include <QPainter>
+#include <QPixmap>
+#include <QSvgRenderer>
+
+#include <algorithm>
+#include <cmath>
+
+namespace corvane::Theme {
+
+namespace {
+
+constexpr double ReadableContrast = 4.5;
+
+double luminance(const QColor& color) {
+    const auto linear = [](double value) {
+        return value <= 0.04045 ? value / 12.92 : std::pow((value + 0.055) / 1.055, 2.4);
+    };
+    return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) +
+           0.0722 * linear(color.blueF());
+}
+
+} // namespace
+
+bool isDark(const QPalette& palette) {
+    return palette.color(QPalette::Window).lightness() < 128;
+}
+
+QColor fromRgb(int color) {
+    return {color & 0xFF, (color >> 8) & 0xFF, (color >> 16) & 0xFF};
+}
+
+double contrast(const QColor& a, const QColor& b) {
+    const auto [darker, lighter] = std::minmax(luminance(a), luminance(b));
+    return (lighter + 0.05) / (darker + 0.05);
+}
+
+QColor textColor(const QPalette& palette, int color) {
+    const QColor ground = palette.color(QPalette::Window);
+    const QColor goal = isDark(palette) ? Qt::white : Qt::black;
+    const QColor start = fromRgb(color);
+    QColor readable = start;
+    for (int step = 0; step < 20 && contrast(readable, ground) < ReadableContrast; ++step) {
+        const double share = (step + 1) / 20.0;
+        const auto mix = [share](int from, int to) {
+            return from + static_cast<int>(share * (to - from));
+        };
+        readable.setRgb(mix(start.red(), goal.red()), mix(start.green(), goal.green()),
+                        mix(start.blue(), goal.blue()));
+    }
+    return readable;
+}
+
+QIcon programIcon() {
+    QIcon icon;
+    for (const int size : {16, 24, 32, 48, 64, 128, 256})
+        icon.addPixmap(picture("logo", QSize(size, size), 1));
+    return icon;
+}
+
+QPixmap picture(const QString& name, QSize size, qreal devicePixelRatio) {
+    QPixmap pixmap(size * devicePixelRatio);
+    pixmap.fill(Qt::transparent);
+    QSvgRenderer renderer(":/pictures/" + name + ".svg");
+    renderer.setAspectRatioMode(Qt::KeepAspectRatio);
+    QPainter painter(&pixmap);
+    renderer.render(&painter);
+    painter.end();
+    pixmap.setDevicePixelRatio(devicePixelRatio);
+    return pixmap;
+}
+
+} // namespace corvane::Theme

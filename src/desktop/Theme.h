@@ -1,0 +1,28 @@
+#pragma once
+
+#include <QColor>
+#include <QPalette>
+
+class QIcon;
+
+namespace corvane {
+
+/// The program's own colours, for a light or a dark desktop as the palette tells, and its pictures.
+/// Colours given as numbers have red in the low byte.
+namespace Theme {
+
+inline constexpr int Spacing = 8; // pixels, between parts and round groups
+
+[[nodiscard]] bool isDark(const QPalette& palette);
+[[nodiscard]] QColor fromRgb(int color);
+/// A colour of the core for text, brightened on a dark ground until it can be read.
+[[nodiscard]] QColor textColor(const QPalette& palette, int color);
+[[nodiscard]] double contrast(const QColor& a, const QColor& b);
+
+[[nodiscard]] QIcon programIcon();
+/// A drawn picture by its name, such as "logo", in this size of logical pixels.
+[[nodiscard]] QPixmap picture(const QString& name, QSize size, qreal devicePixelRatio);
+
+} // namespace Theme
+
+} // namespace corvane

@@ -1,0 +1,209 @@
+#include "desktop/MainWindow.h"
+
+#include "desktop/DefaultView.h"
+#include "desktop/QtDialogs.h"
+#include "desktop/Theme.h"
+#include "support/NotesControl.h"
+#include "support/Screen.h"
+
+#include <QAccessible>
+#include <QDialogButtonBox>
+#include <QFileDialog>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
+#include <QMenuBar>
+#include <QMessageBox>
+#include <QMimeData>
+#include <QPushButton>
+#include <QTest>
+#include <gtest/gtest.h>
+
+namespace corvane {
+namespace {
+
+class MainWindowTest : public testing::Test {
+  protected:
+    explicit MainWindowTest(RunModes modes = {.DebugMode = true}) : desk(modes) {
+        dialogs.setFolder(QString::fromStdString(desk.folder.path()));
+        controls.add("Corvane.LumoraControl", [this] {
+            // Its questions are asked in real boxes.
+            return std::make_unique<NotesControl>(desk, &dialogs);
+        });
+    }
+    void open(const std::string& file = {}) {
+        window.show();
+        EXPECT_TRUE(QTest::qWaitForWindowExposed(&window));
+        form.Initialize(file);
+    }
+    Notes& notes() { return dynamic_cast<NotesControl&>(*form.control()).notes; }
+
+    /// Opens menus one after another by their captions and chooses the last entry.
+    void choose(const QStringList& path) {
+        QWidget* menu = window.menuBar();
+        for (const QString& caption : path) {
+            QAction* action = entry(*menu, caption);
+            ASSERT_NE(action, nullptr) << caption.toStdString();
+            if (auto* bar = qobject_cast<QMenuBar*>(menu))
+                QTest::mouseClick(bar, Qt::LeftButton, {}, bar->actionGeometry(action).center());
+            else
+                QTest::mouseClick(menu, Qt::LeftButton, {},
+                                  dynamic_cast<QMenu&>(*menu).actionGeometry(action).center());
+            if (action->menu() != nullptr)
+                menu = action->menu();
+        }
+    }
+    static QAction* entry(const QWidget& menu, const QString& caption) {
+        for (QAction* action : menu.actions())
+            if (action->text() == caption)
+                return action;
+        return nullptr;
+    }
+
+    Desk desk;
+    QtDialogs dialogs;
+    Application application{desk.programs, dialogs};
+    ProductControls controls{desk.place};
+    MainForm form{desk.place, controls, application};
+    LinkStatus status{desk.bench.link, desk.bench.products};
+    MainWindow window{form, status};
+};
+
+class StartWindow : public MainWindowTest {
+  protected:
+    StartWindow() : MainWindowTest({.ProgramMode = true}) {}
+};
+
+TEST_F(MainWindowTest, SavesThroughTheRealMenuAndDialog) {
+    open();
+    notes().add("one");
+    EXPECT_EQ(window.windowTitle(), "Notes*");
+    whenShown<QFileDialog>([](QFileDialog& dialog) {
+        EXPECT_EQ(dialog.nameFilters(), (QStringList{"Notes (*.note)", "All Files (*)"}));
+        dialog.findChild<QLineEdit*>("fileNameEdit")->setText("mine.note");
+        QTest::keyClick(&dialog, Qt::Key_Return);
+    });
+    choose({"&File", "Save &As..."});
+    EXPECT_EQ(desk.folder.content("mine.note"), "Notes\t1\t1\t0\t2\nNote\tone\n");
+    EXPECT_EQ(window.windowTitle(),
+              "Notes - " + QString::fromStdString(desk.folder.path() / "mine.note"));
+}
+
+TEST_F(MainWindowTest, KeysUndoAndRedo) {
+    open();
+    notes().add("one");
+    QTest::keyClick(&window, Qt::Key_Z, Qt::ControlModifier);
+    EXPECT_TRUE(notes().lines.empty());
+    QTest::keyClick(&window, Qt::Key_Z, Qt::ControlModifier | Qt::ShiftModifier);
+    EXPECT_EQ(notes().lines.size(), 1U);
+    QTest::keyClick(&window, Qt::Key_Z, Qt::ControlModifier);
+    QTest::keyClick(&window, Qt::Key_Y, Qt::ControlModifier);
+    EXPECT_EQ(notes().lines.size(), 1U);
+    EXPECT_EQ(entry(*window.findChild<QMenuBar*>(), "&Edit")->menu()->actions()[1]->toolTip(),
+              "There is nothing to redo.");
+}
+
+TEST_F(MainWindowTest, AsksBeforeItCloses) {
+    open();
+    notes().add("one");
+    whenShown<QMessageBox>([this](QMessageBox& box) {
+        EXPECT_EQ(box.text(), "Changes have been made. Would you like to save them?");
+        shoot(box, "question");
+        QTest::keyClick(&box, Qt::Key_Escape);
+    });
+    EXPECT_FALSE(window.close());
+    EXPECT_TRUE(window.isVisible());
+    whenShown<QMessageBox>(
+        [](QMessageBox& box) { QTest::mouseClick(box.button(QMessageBox::No), Qt::LeftButton); });
+    choose({"&File", "E&xit"});
+    EXPECT_FALSE(window.isVisible());
+}
+
+TEST_F(MainWindowTest, AFileDroppedOnItOpens) {
+    open();
+    QMimeData data;
+    data.setUrls({QUrl::fromLocalFile(
+        QString::fromStdString(desk.folder.file("x.note", "Notes\t1\t1\t0\t2\nNote\tdropped\n")))});
+    QDragEnterEvent enter(QPoint(50, 50), Qt::CopyAction, &data, Qt::LeftButton, {});
+    QApplication::sendEvent(&window, &enter);
+    EXPECT_TRUE(enter.isAccepted());
+    QDropEvent drop(QPointF(50, 50), Qt::CopyAction, &data, Qt::LeftButton, {});
+    QApplication::sendEvent(&window, &drop);
+    QApplication::processEvents();
+    EXPECT_EQ(notes().lines, std::vector<std::string>{"dropped"});
+}
+
+TEST_F(MainWindowTest, TellsWhatIsWrongWithAFile) {
+    std::string told;
+    whenShown<QMessageBox>([&](QMessageBox& box) {
+        told = box.text().toStdString();
+        shoot(box, "error");
+        QTest::mouseClick(box.button(QMessageBox::Ok), Qt::LeftButton);
+    });
+    open(desk.folder.file("x.lumora", "nonsense"));
+    EXPECT_EQ(told, "Can't understand the file format.");
+}
+
+TEST_F(MainWindowTest, ShowsTheAboutBoxBesideIt) {
+    open();
+    choose({"&Help", "&About..."});
+    auto* about = window.findChild<QDialog*>();
+    ASSERT_NE(about, nullptr);
+    EXPECT_FALSE(about->isModal());
+    shoot(*about, "about");
+    QTest::keyClick(about, Qt::Key_Escape);
+    EXPECT_FALSE(form.about.open());
+    choose({"&Help", "&About..."});
+    EXPECT_TRUE(form.about.open());
+}
+
+TEST_F(StartWindow, GivesWayToAChoiceAndEverythingHasAName) {
+    open();
+    shoot(window, "start");
+    auto* view = dynamic_cast<DefaultView*>(window.view());
+    ASSERT_NE(view, nullptr);
+    for (QAbstractButton* button : view->findChildren<QAbstractButton*>())
+        EXPECT_FALSE(button->accessibleName().isEmpty());
+    EXPECT_EQ(QAccessible::queryAccessibleInterface(window.menuBar()->cornerWidget())
+                  ->text(QAccessible::Name),
+              "Link: No link is plugged in. Plug in a Corvane link to begin.");
+    auto* lumora = view->findChildren<QAbstractButton*>().at(1);
+    lumora->setFocus();
+    QTest::keyClick(lumora, Qt::Key_Space);
+    EXPECT_EQ(form.interface().InterfaceClass(), "Corvane.LumoraControl");
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    EXPECT_EQ(dynamic_cast<DefaultView*>(window.view()), nullptr);
+    EXPECT_EQ(window.windowTitle(), "Notes");
+}
+
+TEST_F(StartWindow, ShowsTheLinkAsItComesAndGoes) {
+    open();
+    const auto sign = [this] {
+        return dynamic_cast<QLabel&>(*window.menuBar()->cornerWidget()).text().mid(2);
+    };
+    LinkBench::Plugged& plugged = desk.bench.plugIn("blank");
+    EXPECT_TRUE(QTest::qWaitFor([&] { return sign() == "Link hardware is plugged in"; }));
+    desk.bench.unplug(plugged);
+    EXPECT_TRUE(QTest::qWaitFor([&] { return sign() == "No link is plugged in"; }));
+}
+
+TEST(ToolkitFilter, TakesTheFormOfTheToolkit) {
+    EXPECT_EQ(ToolkitFilter("Pictures (*.bmp;*.png)|*.bmp;*.png|All Files (*.*)|*.*"),
+              "Pictures (*.bmp *.png);;All Files (*)");
+    EXPECT_EQ(ToolkitFilter(""), "");
+}
+
+TEST(Theme, TextColoursCanBeReadOnEitherGround) {
+    const QPalette light;
+    for (const QPalette& palette : {light, darkPalette()})
+        for (const int color : {0xFF0000, 0x0000FF, 0x9F009F, 255, 0})
+            EXPECT_GE(
+                Theme::contrast(Theme::textColor(palette, color), palette.color(QPalette::Window)),
+                3.9)
+                << color;
+    EXPECT_EQ(Theme::textColor(light, 0xFF0000), QColor(0, 0, 255));
+    EXPECT_TRUE(Theme::isDark(darkPalette()));
+}
+
+} // namespace
+} // namespace corvane

@@ -1,0 +1,364 @@
+#include "shell/MainForm.h"
+
+#include "link/DefaultControl.h"
+#include "support/Desk.h"
+#include "support/NotesControl.h"
+
+#include <gmock/gmock.h>
+
+namespace corvane {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using Texts = std::vector<std::string>;
+constexpr const char* Light = "Corvane.LumoraControl";
+constexpr const char* Relay = "Corvane.PactorControl";
+
+class MainFormTest : public testing::Test {
+  protected:
+    explicit MainFormTest(RunModes modes = {.DebugMode = true}) : desk(modes) {
+        for (const char* name : {Light, Relay})
+            controls.add(name, [this, name] {
+                auto made = std::make_unique<NotesControl>(desk);
+                if (arrange)
+                    arrange(*made);
+                made->notes.history.setFilter(name);
+                return made;
+            });
+        form = std::make_unique<MainForm>(desk.place, controls, application);
+    }
+
+    NotesControl& shown() { return dynamic_cast<NotesControl&>(*form->control()); }
+    void tick(int milliseconds) {
+        for (int i = 0; i < milliseconds; i += 50) {
+            form->tmrUpdate.Fired.raise();
+            desk.bench.clock.advance(50);
+        }
+    }
+    std::string noteFile(const std::string& name) {
+        return desk.folder.file(name, "Notes\t1\t1\t0\t2\nNote\thello\n");
+    }
+    Texts recentCaptions() {
+        Texts captions;
+        for (int i = 1; i <= form->menu.mnuFileMRU.count(); ++i)
+            captions.push_back(form->menu.mnuFileMRU.item(i).Caption());
+        return captions;
+    }
+
+    Desk desk;
+    Application application{desk.programs, desk.person};
+    ProductControls controls{desk.place};
+    std::function<void(NotesControl&)> arrange;
+    std::unique_ptr<MainForm> form;
+};
+
+class StartScreen : public MainFormTest {
+  protected:
+    StartScreen() : MainFormTest({.DebugMode = true, .ProgramMode = true}) {}
+};
+
+TEST_F(MainFormTest, FileAndEditMenusFollowTheDocument) {
+    form->Initialize("");
+    MainMenu& menu = form->menu;
+    EXPECT_EQ(form->Title(), "Notes");
+    EXPECT_FALSE(menu.mnuEditUndo.Enabled());
+    EXPECT_EQ(menu.mnuEditUndo.ToolTipText(), "There is nothing to undo.");
+    shown().notes.add("a");
+    EXPECT_EQ(form->Title(), "Notes*");
+    EXPECT_TRUE(menu.mnuEditUndo.Enabled());
+    menu.mnuEditUndo.choose();
+    EXPECT_TRUE(menu.mnuEditRedo.Enabled());
+    EXPECT_FALSE(menu.mnuEditUndo.Enabled());
+    menu.mnuEditRedo.choose();
+    desk.person.files = {desk.folder.path() / "mine.lumora"};
+    menu.mnuFileSave.choose();
+    EXPECT_EQ(form->Title(), "Notes - " + (desk.folder.path() / "mine.lumora").string());
+    EXPECT_THAT(recentCaptions(), ElementsAre("&1 mine.lumora"));
+    menu.mnuFileNew.choose();
+    EXPECT_EQ(form->Title(), "Notes");
+    menu.mnuFileMRU.item(1).choose();
+    EXPECT_EQ(shown().notes.lines, Texts{"a"});
+}
+
+TEST_F(MainFormTest, EditCommandsGoToTheControlWhileItAllowsThem) {
+    form->Initialize("");
+    MainMenu& menu = form->menu;
+    menu.mnuEditCut.choose();
+    EXPECT_EQ(shown().commands, "");
+    EXPECT_TRUE(menu.mnuEditPaste.Enabled());
+    shown().selected = true;
+    shown().messenger.Notify("Other", nullptr);
+    EXPECT_FALSE(menu.mnuEditCut.Enabled());
+    shown().messenger.Notify("Update", nullptr);
+    for (MenuItem* item :
+         {&menu.mnuEditCut, &menu.mnuEditCopy, &menu.mnuEditPaste, &menu.mnuEditDelete})
+        item->choose();
+    EXPECT_EQ(shown().commands, "xcvd");
+}
+
+TEST_F(MainFormTest, WithoutAClipboardItsEntriesGoAndWithoutADocumentTheMenusToo) {
+    arrange = [](NotesControl& made) { made.hasClipboard = false; };
+    form->Initialize("");
+    EXPECT_TRUE(form->menu.mnuEdit.Visible());
+    EXPECT_FALSE(form->menu.mnuEditCut.Visible());
+    EXPECT_FALSE(form->menu.mnuEditCutPasteSeparator.Visible());
+    form->setHistoryObject(nullptr);
+    EXPECT_FALSE(form->menu.mnuEdit.Visible());
+    EXPECT_FALSE(form->menu.mnuFileSave.Visible());
+    EXPECT_TRUE(form->menu.mnuFileExit.Visible());
+    form->OpenFile("anything"); // is dropped
+    EXPECT_THAT(desk.person.messages, IsEmpty());
+}
+
+TEST_F(MainFormTest, OpensTheFileThatTheProgramWasStartedWithInItsProductsControl) {
+    form->Initialize(noteFile("x.relay"));
+    EXPECT_EQ(form->interface().InterfaceClass(), Relay);
+    EXPECT_EQ(shown().notes.lines, Texts{"hello"});
+    EXPECT_THAT(recentCaptions(), ElementsAre("&1 x.relay"));
+    EXPECT_FALSE(form->menu.mnuEditRedo.Enabled());
+    std::filesystem::remove(desk.folder.path() / "x.relay");
+    form->menu.mnuFileMRU.item(1).choose(); // the file is gone, and with it the entry
+    EXPECT_EQ(desk.person.takeMessage(), "Error: File not found.");
+    EXPECT_THAT(recentCaptions(), IsEmpty());
+    EXPECT_FALSE(form->menu.mnuFileMRUSeparator.Visible());
+}
+
+TEST_F(MainFormTest, RecentFilesShowTheirNamesOrPaths) {
+    form->Initialize(noteFile("a&b.lumora"));
+    form->OpenFile(noteFile("c.lumora"));
+    EXPECT_THAT(recentCaptions(), ElementsAre("&1 c.lumora", "&2 a&&b.lumora"));
+    std::filesystem::create_directory(desk.folder.path() / "sub");
+    const std::string deep = noteFile("sub/d.lumora");
+    form->OpenFile(deep);
+    EXPECT_EQ(recentCaptions()[0], "&1 " + deep);
+    EXPECT_EQ(recentCaptions()[2], "&3 " + (desk.folder.path() / "a&&b.lumora").string());
+    desk.person.files = {desk.folder.path() / "sub" / "e.lumora"};
+    form->menu.mnuFileSaveAs.choose(); // renames the newest
+    EXPECT_EQ(recentCaptions().size(), 3U);
+    EXPECT_TRUE(form->Unload());
+    form.reset();
+    EXPECT_THAT(desk.registry.OpenSettingsForReading()->StringArrays("MRUList"),
+                ElementsAre((desk.folder.path() / "a&b.lumora").string(),
+                            (desk.folder.path() / "c.lumora").string(),
+                            (desk.folder.path() / "sub" / "e.lumora").string()));
+}
+
+TEST_F(MainFormTest, OptionsAreTheControlsOwnBesideTheOneForUpdates) {
+    form->Initialize("");
+    MainMenu& menu = form->menu;
+    EXPECT_TRUE(menu.mnuOptions.Visible());
+    EXPECT_EQ(menu.mnuOptionsList.count(), 0);
+    EXPECT_FALSE(menu.mnuOptionsSeparator.Visible());
+    EXPECT_FALSE(menu.mnuOptionsAutopatch.Checked());
+    menu.mnuOptionsAutopatch.choose();
+    EXPECT_TRUE(menu.mnuOptionsAutopatch.Checked());
+    EXPECT_TRUE(KOOptions(desk.registry).AutopatchEnabled());
+
+    arrange = [](NotesControl& made) {
+        made.hasOptions = true;
+        made.options.Add("One");
+    };
+    MainForm other(desk.place, controls, application);
+    other.Initialize("");
+    auto& control = dynamic_cast<NotesControl&>(*other.control());
+    control.options.Add("Two");
+    EXPECT_EQ(other.menu.mnuOptionsList.count(), 2);
+    EXPECT_TRUE(other.menu.mnuOptionsSeparator.Visible());
+    EXPECT_TRUE(other.menu.mnuOptionsAutopatch.Checked());
+    std::string chosen;
+    const Connection onChosen = control.optionsMessenger.MessageReceived.connect(
+        [&](std::string_view message, const void* sender, MessageValue& value) {
+            EXPECT_EQ(sender, &control.options);
+            chosen = std::string(message) + " " + std::get<std::string>(value);
+        });
+    other.menu.mnuOptionsList.item(2).choose();
+    EXPECT_EQ(chosen, "MenuItemSelected Two");
+}
+
+struct StillBand final : BottomBand {
+    int top = 0;
+    int DesiredTop() const override { return top; }
+    int DesiredHeight() const override { return 900; }
+};
+
+TEST_F(MainFormTest, TheBandTakesItsPlaceFromTheControl) {
+    arrange = [](NotesControl& made) { made.wanted = TwipSize{0, 500}; };
+    std::vector<TwipSize> wanted;
+    const Connection onWanted =
+        form->ClientSizeWanted.connect([&](TwipSize size) { wanted.push_back(size); });
+    form->Initialize("");
+    EXPECT_THAT(wanted, IsEmpty()); // no size in one direction is none
+    EXPECT_EQ(shown().size(), (TwipSize{11010, 7770}));
+    StillBand band;
+    form->setBand(band);
+    EXPECT_FALSE(form->bandPlace().visible);
+    band.top = -600;
+    band.Moved.raise();
+    EXPECT_EQ(form->bandPlace(), (BandPlace{true, 7170, 900, 11010}));
+    EXPECT_EQ(shown().size(), (TwipSize{11010, 7170}));
+    form->Resize({300, 400});
+    EXPECT_EQ(shown().size(), (TwipSize{300, 0}));
+
+    arrange = [](NotesControl& made) { made.wanted = TwipSize{3000, 500}; };
+    MainForm other(desk.place, controls, application);
+    const Connection onOther =
+        other.ClientSizeWanted.connect([&](TwipSize size) { wanted.push_back(size); });
+    other.Initialize("");
+    EXPECT_THAT(wanted, ElementsAre(TwipSize{3000, 500}));
+}
+
+TEST_F(MainFormTest, EndingAsksFirstAndThenPutsAllInOrder) {
+    form->Initialize("");
+    bool closed = false;
+    const Connection onClosed = form->Closed.connect([&] { closed = true; });
+    shown().notes.add("a");
+    EXPECT_FALSE(form->Unload()); // Cancel
+    EXPECT_TRUE(form->tmrUpdate.Enabled());
+    EXPECT_NE(form->HistoryObject(), nullptr);
+    form->about.show();
+    desk.person.answers = {Answer::No};
+    form->menu.mnuFileExit.choose();
+    EXPECT_TRUE(closed);
+    EXPECT_FALSE(form->about.open());
+    EXPECT_FALSE(form->tmrUpdate.Enabled());
+    EXPECT_THAT(desk.programs.started, IsEmpty());
+    EXPECT_TRUE(form->Unload()); // a second time changes nothing
+}
+
+TEST_F(MainFormTest, RestartsOnlyIfThePersonLetsItEnd) {
+    form->Initialize("");
+    shown().notes.add("a");
+    form->menu.mnuHelpTroubleshootingRestartCorvaneInDebugMode.choose();
+    EXPECT_EQ(application.PendingRestartProgram(), "");
+    EXPECT_THAT(desk.programs.started, IsEmpty());
+    desk.person.answers = {Answer::No};
+    desk.programs.fails = true;
+    form->menu.mnuHelpTroubleshootingRestartCorvaneInDebugMode.choose();
+    EXPECT_THAT(desk.programs.started, ElementsAre("/opt/corvane/Corvane.exe|-debug2"));
+    EXPECT_EQ(desk.person.takeMessage(),
+              "Error: Failed to start \"/opt/corvane/Corvane.exe\" -debug2.");
+}
+
+TEST_F(MainFormTest, TroubleshootingReachesDriversPowerAndTheLinksOwnStrings) {
+    form->Initialize("");
+    form->menu.mnuHelpTroubleshootingReinstallCorvaneDrivers.choose();
+    EXPECT_THAT(desk.programs.started, ElementsAre("/opt/corvane/Install Drivers.exe|"));
+    EXPECT_EQ(desk.person.takeMessage(),
+              "Restart Needed: You will need to restart Corvane to use the newly installed "
+              "drivers.");
+    form->menu.mnuHelpTroubleshootingReprogramCorvaneEEPROM.choose();
+    EXPECT_EQ(desk.person.takeMessage(), "Error: No Corvane is connected.");
+
+    LinkBench::Plugged& plugged = desk.bench.plugIn("lumora-1.2");
+    ASSERT_TRUE(desk.bench.link.Connect(Light, true));
+    form->menu.mnuHelpTroubleshootingPowerCycle.choose();
+    EXPECT_EQ(desk.bench.timesLogged("Resetting device."), 2); // after the exit, and once more
+    EXPECT_FALSE(desk.bench.link.Negotiated());
+    form->menu.mnuHelpTroubleshootingReprogramCorvaneEEPROM.choose();
+    EXPECT_EQ(desk.person.takeMessage(),
+              "Success: Corvane EEPROM reprogramming complete.\r\n\r\nPlease disconnect and "
+              "reconnect the Corvane for the change to take effect.");
+    plugged.link->plugIn();
+    const bench::LinkStrings& strings = plugged.link->strings();
+    EXPECT_EQ(strings.description, "Corvane");
+    EXPECT_EQ(strings.manufacturer, "Ortaline Works");
+    EXPECT_THAT(strings.serialNumber, testing::MatchesRegex("KO[0-9A-F]+"));
+    EXPECT_EQ(strings.serialNumber.size(), 9U);
+    EXPECT_FALSE(desk.person.busy);
+    EXPECT_FALSE(desk.person.sawBusyMessage);
+}
+
+TEST_F(MainFormTest, TheAboutBoxOpensOnceAndItsLinkFollowsTheMouse) {
+    AboutForm& about = form->about;
+    int shownTimes = 0;
+    int focused = 0;
+    const Connection onShown = about.Shown.connect([&] { ++shownTimes; });
+    const Connection onFocus = about.FocusWanted.connect([&] { ++focused; });
+    form->menu.mnuHelpAbout.choose();
+    form->menu.mnuHelpAbout.choose();
+    EXPECT_EQ(shownTimes, 1);
+    EXPECT_EQ(focused, 1);
+    EXPECT_EQ(about.VersionLabel.Caption(), "Version: 2.21");
+
+    bool over = true;
+    const Connection onLook = about.Site.PointerLookedFor.connect([&](bool& is) { is = over; });
+    about.Site.mouseMoved();
+    EXPECT_EQ(about.Site.ForeColor(), HyperlinkControl::Hovered);
+    about.Site.HighlightTimerHack.Fired.raise();
+    EXPECT_EQ(about.Site.ForeColor(), HyperlinkControl::Hovered);
+    about.Site.mousePressed();
+    EXPECT_EQ(about.Site.ForeColor(), HyperlinkControl::Pressed);
+    about.Site.mouseReleased(true);
+    EXPECT_THAT(desk.programs.started, ElementsAre(MakerSite));
+    over = false;
+    about.Site.HighlightTimerHack.Fired.raise();
+    EXPECT_EQ(about.Site.ForeColor(), HyperlinkControl::Normal);
+    EXPECT_FALSE(about.Site.HighlightTimerHack.Enabled());
+    about.OKButton.press();
+    EXPECT_FALSE(about.open());
+}
+
+TEST_F(MainFormTest, AControlThatDoesNotMakeWayStays) {
+    form->Initialize("");
+    desk.bench.plugIn("pactor-2.1");
+    desk.bench.link.setMaintainConnection(true);
+    tick(500);
+    EXPECT_EQ(desk.bench.link.Class(), Relay);
+    EXPECT_EQ(form->interface().InterfaceClass(), Light);
+    EXPECT_FALSE(form->interface().ready());
+    EXPECT_THAT(shown().heard, IsEmpty());
+}
+
+TEST_F(MainFormTest, ReadyChangesAndPacketsReachTheControlOfTheSameProduct) {
+    form->Initialize("");
+    auto& plugged =
+        desk.bench.plugIn(scripted([](std::uint8_t channel, bench::ByteView, bench::Reply& reply) {
+            if (channel == 208)
+                reply.send(80, bench::Bytes{1});
+        }));
+    desk.bench.link.setMaintainConnection(true);
+    tick(500);
+    EXPECT_EQ(shown().heard, std::vector<bool>{true});
+    KOPacket request = desk.bench.link.makePacket();
+    request.setChannel(208);
+    EXPECT_TRUE(request.Send());
+    tick(200);
+    EXPECT_EQ(shown().channels, std::vector<int>{80});
+    desk.bench.unplug(plugged);
+    tick(100);
+    EXPECT_EQ(shown().heard, (std::vector<bool>{true, false}));
+}
+
+TEST_F(StartScreen, MakesWayForWhatIsPluggedIn) {
+    form->Initialize("");
+    EXPECT_NE(dynamic_cast<DefaultControl*>(form->control()), nullptr);
+    EXPECT_EQ(form->Title(), "Corvane");
+    EXPECT_TRUE(desk.bench.link.MaintainConnection());
+    EXPECT_FALSE(form->menu.mnuFileOpen.Visible());
+    desk.bench.plugIn("pactor-3.1");
+    tick(300);
+    EXPECT_EQ(form->interface().InterfaceClass(), Relay);
+    EXPECT_TRUE(shown().Visible());
+    EXPECT_NE(shown().changer, nullptr);
+    EXPECT_FALSE(desk.bench.link.MaintainConnection()); // the editor lets the product go
+    EXPECT_EQ(form->Title(), "Notes");
+    shown().changer->setClass(Light); // it makes no way itself
+    EXPECT_EQ(form->interface().InterfaceClass(), Relay);
+}
+
+TEST_F(StartScreen, MakesWayForAChoice) {
+    form->Initialize("");
+    auto& start = dynamic_cast<DefaultControl&>(*form->control());
+    start.Logo.press();
+    EXPECT_THAT(desk.programs.started, ElementsAre(MakerSite));
+    int leaving = 0;
+    const Connection onLeaving = form->ControlLeaving.connect([&] { ++leaving; });
+    start.LumoraPicture.press();
+    EXPECT_EQ(leaving, 1);
+    EXPECT_EQ(form->interface().InterfaceClass(), Light);
+    EXPECT_EQ(form->HistoryObject(), &shown().notes.history);
+}
+
+} // namespace
+} // namespace corvane
