@@ -25,7 +25,8 @@ int main(int argc, char** argv) {
 
     QtDialogs dialogs;
     const Workplace place = program.workplace(dialogs, dialogs);
-    const ProductControls controls(place);
+    const QtKeyboard keyboard;
+    const ProductControls controls(place, keyboard);
     Application application(program.programs, dialogs);
     MainForm form(place, controls, application);
     LinkStatus status(program.link, program.products);

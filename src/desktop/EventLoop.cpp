@@ -21,6 +21,14 @@ bool DesktopApplication::notify(QObject* receiver, QEvent* event) {
     }
 }
 
+bool QtKeyboard::CtrlHeld() const {
+    return QGuiApplication::keyboardModifiers().testFlag(Qt::ControlModifier);
+}
+
+bool QtKeyboard::ShiftHeld() const {
+    return QGuiApplication::keyboardModifiers().testFlag(Qt::ShiftModifier);
+}
+
 void RepaintWithoutInput() {
     static QElapsedTimer last;
     if (insideRepaint || (last.isValid() && last.elapsed() < RepaintInterval))

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "controls/Inputs.h"
+
 #include <QApplication>
 
 namespace corvane {
@@ -10,6 +12,13 @@ class DesktopApplication final : public QApplication {
   public:
     using QApplication::QApplication;
     bool notify(QObject* receiver, QEvent* event) override;
+};
+
+/// The keyboard as it is now.
+class QtKeyboard final : public KOKeyboard {
+  public:
+    [[nodiscard]] bool CtrlHeld() const override;
+    [[nodiscard]] bool ShiftHeld() const override;
 };
 
 /// Lets windows repaint in the middle of a blocking operation, some times a second at most. Input

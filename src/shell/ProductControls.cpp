@@ -1,5 +1,6 @@
 #include "shell/ProductControls.h"
 
+#include "light/LumoraControl.h"
 #include "link/DefaultControl.h"
 
 namespace corvane {
@@ -8,7 +9,9 @@ namespace {
 constexpr const char* DefaultClass = "Corvane.DefaultControl";
 }
 
-ProductControls::ProductControls(const Workplace& place) {
+ProductControls::ProductControls(const Workplace& place, const KOKeyboard& keyboard) {
+    add("Corvane.LumoraControl",
+        [place, &keyboard] { return std::make_unique<LumoraControl>(place, keyboard); });
     add(DefaultClass,
         [place] { return std::make_unique<DefaultControl>(place.link, place.programs); });
 }

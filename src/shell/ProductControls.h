@@ -1,5 +1,6 @@
 #pragma once
 
+#include "controls/Inputs.h"
 #include "link/ProductControl.h"
 #include "link/Workplace.h"
 
@@ -16,7 +17,7 @@ class ProductControls {
     using Maker = std::function<std::unique_ptr<ProductControl>()>;
 
     /// All controls of the program, at work in this place, which must outlive them.
-    explicit ProductControls(const Workplace& place);
+    ProductControls(const Workplace& place, const KOKeyboard& keyboard);
 
     void add(const std::string& className, Maker maker) { makers_[className] = std::move(maker); }
     /// The start screen for a class that this program does not have.

@@ -22,7 +22,7 @@ class ProductDocuments {
     using Maker = std::function<std::unique_ptr<ProductDocument>(History::Surroundings)>;
 
     /// The documents of all products of the program.
-    ProductDocuments() = default;
+    ProductDocuments();
 
     void add(const std::string& className, Maker maker) { makers_[className] = std::move(maker); }
     /// Nothing for a class that has no documents. The surroundings must outlive the document.

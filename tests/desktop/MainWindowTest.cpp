@@ -63,7 +63,7 @@ class MainWindowTest : public testing::Test {
     Desk desk;
     QtDialogs dialogs;
     Application application{desk.programs, dialogs};
-    ProductControls controls{desk.place};
+    ProductControls controls{desk.place, desk.keys};
     MainForm form{desk.place, controls, application};
     LinkStatus status{desk.bench.link, desk.bench.products};
     MainWindow window{form, status};

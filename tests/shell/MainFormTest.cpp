@@ -48,7 +48,7 @@ class MainFormTest : public testing::Test {
 
     Desk desk;
     Application application{desk.programs, desk.person};
-    ProductControls controls{desk.place};
+    ProductControls controls{desk.place, desk.keys};
     std::function<void(NotesControl&)> arrange;
     std::unique_ptr<MainForm> form;
 };

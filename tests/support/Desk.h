@@ -1,5 +1,6 @@
 #pragma once
 
+#include "controls/Inputs.h"
 #include "kolib/text/TextFiles.h"
 #include "link/Workplace.h"
 #include "support/LinkBench.h"
@@ -23,6 +24,16 @@ class NotedPrograms final : public Programs {
     std::string ProgramDirectory() const override { return "/opt/corvane/"; }
 };
 
+/// Keys that are held as the test says.
+class HeldKeys final : public KOKeyboard {
+  public:
+    bool ctrl = false;
+    bool shift = false;
+
+    bool CtrlHeld() const override { return ctrl; }
+    bool ShiftHeld() const override { return shift; }
+};
+
 /// A whole place to work at: a virtual link on a manual clock, real files and settings in a folder
 /// of its own, and a person.
 class Desk {
@@ -36,6 +47,7 @@ class Desk {
     DiskFiles files;
     TextFiles text{files};
     NotedPrograms programs;
+    HeldKeys keys;
     SettingsStore store{folder.path() / "config", files};
     KORegistry registry{store};
     StepPause pause{bench.clock};

@@ -1,0 +1,409 @@
+#include "light/LumoraControl.h"
+
+#include "base/Numbers.h"
+#include "light/LumoraUndoableSegmentChange.h"
+
+namespace corvane {
+
+namespace {
+
+constexpr std::string_view ChannelCaption = "Channel ";
+constexpr int TransmitterTab = 8;
+constexpr int SimulatorTab = 9;
+constexpr int Red = 255;
+
+std::vector<TabStrip::Tab> allTabs() {
+    std::vector<TabStrip::Tab> tabs;
+    for (int channel = 1; channel <= LumoraDocument::ChannelCount; ++channel)
+        tabs.push_back({std::string(ChannelCaption) + std::to_string(channel), {}});
+    tabs.push_back({"All Channels", {}});
+    tabs.push_back({"Transmitter", "XMit"});
+    tabs.push_back({"Simulator", "Sim"});
+    return tabs;
+}
+
+} // namespace
+
+LumoraControl::LumoraControl(const Workplace& place, const KOKeyboard& keyboard)
+    : document({place.dialogs, place.pointer, place.text}),
+      tracks(document, place.dialogs, keyboard),
+      options(document, place.dialogs),
+      TabStrip1(allTabs()),
+      dialogs_(place.dialogs) {
+    place.link.setMaintainConnection(false);
+    connectTracks();
+    connectButtons();
+    const auto on = [this](auto& event, auto react) {
+        connections_.push_back(event.connect(react));
+    };
+    on(TabStrip1.Click, [this] { changeTab(); });
+    on(document.SettingChanged, [this](std::string_view name, int) { settingChanged(name); });
+    History& history = document.HistoryObject();
+    on(history.Changed, [this] { UpdateBlockCount(); });
+    on(history.NewFileCreated, [this] { tracks.ZoomToDefault(); });
+    on(history.FileOpened, [this](const std::string&) { tracks.ZoomToFit(); });
+    on(history.ResettingToDefaults, [this] { resetToDefaults(); });
+    on(history.FilteringRequested, [this](UndoableChange& change, bool undoing, bool& cancel) {
+        filter(change, undoing, cancel);
+    });
+    on(tripPoint.Change, [this] {
+        if (ActiveChannel() != 0)
+            return;
+        simulatedLevel_ = tripPoint.Value();
+        UpdateTripPoint();
+    });
+    on(tripPoint.Commit, [this] {
+        if (ActiveChannel() != 0)
+            options.record(ActiveChannel(), "Trip Point", std::to_string(tripPoint.Value()));
+    });
+    options.setChannel(ActiveChannel());
+    Update();
+    doLayout();
+}
+
+void LumoraControl::connectTracks() {
+    const auto on = [this](auto& event, auto react) {
+        connections_.push_back(event.connect(react));
+    };
+    on(tracks.PasteStateRequested, [this](bool& state) { state = Clipboard_CanPaste(); });
+    on(tracks.SegmentAddRequested, [this](int) { addOrInsert(true); });
+    on(tracks.SegmentCutRequested, [this](int, int) { Clipboard_Cut(); });
+    on(tracks.SegmentCopyRequested, [this](int, int) { Clipboard_Copy(); });
+    on(tracks.SegmentDeleteRequested, [this](int, int) { deleteSelected(); });
+    on(tracks.SegmentInsertRequested, [this](int, int) { addOrInsert(false); });
+    on(tracks.SegmentPasteRequested,
+       [this](int track, int element) { Clipboard_Paste(track, element); });
+    on(tracks.SelectionChanged, [this] { updateCanCopy(); });
+    on(tracks.TrackBrightnessChanged, [this](int track, int element, int value) {
+        recordValue<LumoraUndoableBrightnessChange>(
+            track, element, document.track(track).GetTrack(element).brightness(), value);
+    });
+    on(tracks.TrackBrightness2Changed, [this](int track, int element, int value) {
+        recordValue<LumoraUndoableBrightness2Change>(
+            track, element, document.track(track).GetTrack(element).brightness2(), value);
+    });
+    on(tracks.TrackFunctionChanged, [this](int track, int element, const std::string& value) {
+        recordValue<LumoraUndoableFunctionChange>(
+            track, element, document.track(track).GetTrack(element).functionCode(), value);
+    });
+    on(tracks.TrackTimeChanged, [this](int track, int element, double value) {
+        recordValue<LumoraUndoableTimeChange>(
+            track, element, document.track(track).GetTrack(element).time(), value);
+    });
+}
+
+void LumoraControl::connectButtons() {
+    const auto on = [this](Button& button, const char* toolTip, auto command) {
+        button.setToolTipText(toolTip);
+        connections_.push_back(button.Click.connect(command));
+    };
+    on(AddButton, "Add a segment at the end of the track", [this] { addOrInsert(true); });
+    on(InsertButton, "", [this] { addOrInsert(false); });
+    on(DeleteButton, "", [this] { deleteSelected(); });
+    on(ZoomInButton, "Show less time, but larger", [this] { tracks.ZoomIn(); });
+    on(ZoomOutButton, "Show more time, but smaller", [this] { tracks.ZoomOut(); });
+    on(ZoomToFitButton, "Make the longest track just fill the window",
+       [this] { tracks.ZoomToFit(); });
+    on(AdvancedButton, "Turn-off point, hysteresis and what happens without a signal", [this] {
+        advanced_ = !advanced_;
+        AdvancedButton.setCaption(advanced_ ? "<< Advanced" : "Advanced >>");
+        Update();
+        doLayout();
+    });
+}
+
+int LumoraControl::ActiveChannel() const {
+    const std::string& caption = TabStrip1.SelectedItem().Caption;
+    if (!caption.starts_with(ChannelCaption))
+        return 0;
+    return ReadInteger(std::string_view(caption).substr(ChannelCaption.size()));
+}
+
+int LumoraControl::SelectedChannel() const {
+    return LumoraDocument::channelOf(tracks.SelectedIndex());
+}
+
+bool LumoraControl::SelectedOnState() const {
+    return LumoraDocument::onStateOf(tracks.SelectedIndex());
+}
+
+void LumoraControl::FocusOn(int channel, bool onState, int elementIndex) {
+    tracks.FocusOn(LumoraDocument::trackIndex(channel, onState), elementIndex);
+}
+
+// Display
+
+void LumoraControl::Update() {
+    UpdateBlockCount();
+    options.Update();
+    UpdateTripPoint();
+    UpdateFrames();
+    UpdateTrackVisibility();
+}
+
+void LumoraControl::settingChanged(std::string_view name) {
+    if (name == "Max Current")
+        options.UpdateMaxCurrent();
+    else if (name == "Light Color")
+        options.UpdateLightColor();
+    else if (name == "Turn Off Point")
+        options.UpdateTurnOffPoint();
+    else if (name == "Trip Point")
+        UpdateTripPoint();
+    else if (name == "No Signal")
+        options.UpdateNoSignal();
+    else if (name == "Hysteresis")
+        options.UpdateHysteresis();
+    else if (name.starts_with("XMit "))
+        options.UpdateXMit();
+}
+
+void LumoraControl::UpdateBlockCount() {
+    const int count = document.BlockCount();
+    BlockCountLabel.setCaption(std::to_string(count) + "/" +
+                               std::to_string(LumoraDocument::BlockLimit) + " blocks used");
+    BlockCountLabel.setForeColor(count > LumoraDocument::BlockLimit ? Red : 0);
+    BlockCountLabel.setToolTipText(
+        count > LumoraDocument::BlockLimit
+            ? "The program does not fit into the controller. Delete segments or functions."
+            : "A segment costs 1 block, one with a function 2, and an empty track 1");
+}
+
+void LumoraControl::UpdateFrames() {
+    const bool onChannel = ActiveChannel() != 0;
+    options.OptionsFrame.setVisible(onChannel);
+    options.OptionsFrame.setEnabled(onChannel);
+    AdvancedButton.setVisible(onChannel);
+    AdvancedButton.setEnabled(onChannel);
+    options.AdvancedOptionsFrame.setVisible(onChannel && advanced_);
+    options.AdvancedOptionsFrame.setEnabled(onChannel && advanced_);
+}
+
+void LumoraControl::UpdateTripPoint() {
+    const int channel = ActiveChannel();
+    tripPoint.setValue(channel == 0 ? simulatedLevel_ : document.settings(channel).tripPoint);
+    if (channel == 0)
+        UpdateTrackVisibility();
+}
+
+void LumoraControl::UpdateTrackVisibility() {
+    if (IsSimulating())
+        return;
+    const int active = ActiveChannel();
+    bool frozen = false;
+    for (int index = 1; index <= LumoraDocument::TrackCount; ++index) {
+        const int channel = LumoraDocument::channelOf(index);
+        const bool bottomInForce =
+            active == 0 && simulatedLevel_ <= document.settings(channel).tripPoint;
+        const bool visible =
+            active == 0 ? LumoraDocument::onStateOf(index) == bottomInForce : channel == active;
+        if (visible == tracks.TrackVisible(index))
+            continue;
+        if (!std::exchange(frozen, true))
+            document.HistoryObject().Freeze();
+        tracks.setTrackVisible(index, visible);
+    }
+    if (frozen)
+        document.HistoryObject().Unfreeze();
+}
+
+void LumoraControl::changeTab() {
+    History& history = document.HistoryObject();
+    history.Freeze();
+    options.setChannel(ActiveChannel());
+    Update();
+    doLayout();
+    history.Unfreeze();
+}
+
+void LumoraControl::doLayout() {
+    const bool withTracks = !IsEditingTransmitter() && !IsSimulating();
+    constexpr const char* noTracks = "There are no tracks on this tab.";
+    AddButton.setEnabled(withTracks, noTracks);
+    for (Button* button : {&ZoomInButton, &ZoomOutButton, &ZoomToFitButton})
+        button->setEnabled(withTracks, noTracks);
+    TracksFrame.setVisible(withTracks);
+    options.TransmitterFrame.setVisible(IsEditingTransmitter());
+    tripPoint.TripPointFrame.setVisible(!IsEditingTransmitter());
+    tripPoint.setSimulating(ActiveChannel() == 0);
+    if (!withTracks)
+        tracks.loseFocus();
+    updateCanCopy();
+    clipboardMessenger_.Notify("Update", this);
+}
+
+void LumoraControl::resetToDefaults() {
+    simulatedLevel_ = 50;
+    Update();
+}
+
+// Clipboard
+
+void LumoraControl::updateCanCopy() {
+    const int selected = tracks.SelectedIndex();
+    const bool can =
+        selected != 0 && tracks.track(selected).SelectedIndexCount() > 0 && !IsSimulating();
+    InsertButton.setEnabled(can, "No segment is selected.");
+    DeleteButton.setEnabled(can, "No segment is selected.");
+    if (can == canCopy_)
+        return;
+    canCopy_ = can;
+    clipboardMessenger_.Notify("Update", this);
+}
+
+bool LumoraControl::Clipboard_CanPaste() const {
+    const int selected = tracks.SelectedIndex();
+    return selected != 0 && !IsSimulating() && clipboard_.hasData() &&
+           !(document.track(selected).Binary() && Clipboard_IsDataAdvanced());
+}
+
+void LumoraControl::Clipboard_Cut() {
+    if (!Clipboard_CanCut())
+        return;
+    Clipboard_Copy();
+    deleteSelected();
+}
+
+void LumoraControl::Clipboard_Copy() {
+    if (!Clipboard_CanCopy())
+        return;
+    std::vector<LumoraSegment> segments = selectedSegments();
+    if (segments.empty())
+        return;
+    clipboard_.copy(std::move(segments));
+    clipboardMessenger_.Notify("Update", this);
+}
+
+void LumoraControl::Clipboard_Paste(int trackIndex, int elementIndex) {
+    if (!Clipboard_CanPaste())
+        return;
+    if (trackIndex == -1)
+        trackIndex = tracks.SelectedIndex();
+    if (trackIndex == 0)
+        return;
+    if (elementIndex == -1)
+        elementIndex = std::max(1, tracks.track(trackIndex).SelectedIndex());
+    recordSegments(true, trackIndex, clipboard_.placedAt(elementIndex));
+}
+
+void LumoraControl::Clipboard_Delete() {
+    if (Clipboard_CanDelete())
+        deleteSelected();
+}
+
+// Segments
+
+template<class Change, class Value>
+void LumoraControl::recordValue(int trackIndex, int elementIndex, const Value& oldValue,
+                                const Value& newValue) {
+    auto change = std::make_unique<Change>();
+    change->Initialize(document, LumoraDocument::channelOf(trackIndex),
+                       LumoraDocument::onStateOf(trackIndex), elementIndex, oldValue, newValue);
+    document.HistoryObject().Record(std::move(change));
+}
+
+void LumoraControl::recordSegments(bool insert, int trackIndex,
+                                   std::vector<LumoraSegment> segments) {
+    auto change = std::make_unique<LumoraUndoableTrackChange>();
+    change->InitializeGroup(document, insert, LumoraDocument::channelOf(trackIndex),
+                            LumoraDocument::onStateOf(trackIndex), std::move(segments));
+    document.HistoryObject().Record(std::move(change));
+}
+
+std::vector<LumoraSegment> LumoraControl::selectedSegments() const {
+    const LumoraTrackEditor& editor = tracks.track(tracks.SelectedIndex());
+    std::vector<LumoraSegment> segments;
+    for (const int index : editor.SelectedIndices()) {
+        const LumoraTrackElement& element = editor.track().GetTrack(index);
+        segments.push_back({index, element.brightness(), element.time(), element.functionCode(),
+                            element.brightness2()});
+    }
+    return segments;
+}
+
+void LumoraControl::addOrInsert(bool add) {
+    const int trackIndex = tracks.SelectedIndex();
+    if (trackIndex == 0)
+        return;
+    LumoraTrackEditor& editor = tracks.track(trackIndex);
+    editor.Commit(); // what has been typed belongs to the segment that is copied
+    document.HistoryObject().Freeze();
+    const LumoraTrack& track = editor.track();
+    const int selected = editor.SelectedIndex();
+    LumoraSegment segment{0, track.Binary() ? 0 : 50, 1.0, {}, 0};
+    if (selected != 0) {
+        const LumoraTrackElement& like = track.GetTrack(selected);
+        segment = {0, like.brightness(), like.time(), like.functionCode(), like.brightness2()};
+    }
+    segment.index =
+        add || track.GetTrackCount() == 0 ? track.GetTrackCount() + 1 : std::max(1, selected);
+    const int position = segment.index;
+    recordSegments(true, trackIndex, {std::move(segment)});
+    editor.setSelectedIndex(position);
+    FocusOn(SelectedChannel(), SelectedOnState(), editor.SelectedIndex());
+    document.HistoryObject().Unfreeze();
+}
+
+void LumoraControl::deleteSelected() {
+    const int trackIndex = tracks.SelectedIndex();
+    if (trackIndex == 0)
+        return;
+    LumoraTrackEditor& editor = tracks.track(trackIndex);
+    editor.Commit();
+    const std::vector<LumoraSegment> segments = selectedSegments();
+    if (segments.empty())
+        return;
+    document.HistoryObject().Freeze();
+    int next = segments.back().index - static_cast<int>(segments.size()) + 1;
+    recordSegments(false, trackIndex, segments);
+    next = std::min(next, editor.track().GetTrackCount());
+    if (next != 0) {
+        editor.setSelectedIndex(next);
+        FocusOn(SelectedChannel(), SelectedOnState(), next);
+    }
+    document.HistoryObject().Unfreeze();
+}
+
+// Undo and redo across tabs
+
+LumoraPlace LumoraControl::userPlace() const {
+    if (IsEditingTransmitter())
+        return {LumoraPlace::Kind::Transmitter, 0};
+    if (IsSimulating())
+        return {LumoraPlace::Kind::Simulator, 0};
+    if (ActiveChannel() == 0)
+        return {LumoraPlace::Kind::AllChannels, 0};
+    return {LumoraPlace::Kind::Channel, ActiveChannel()};
+}
+
+void LumoraControl::filter(UndoableChange& change, bool undoing, bool& cancel) {
+    const auto* light = dynamic_cast<const LumoraUndoableChange*>(&change);
+    if (light == nullptr)
+        return; // a mark in a file belongs nowhere
+    const LumoraPlace target = PlaceOfChange(light->Channel(), light->PropertyName());
+    if (target == LumoraPlace{})
+        return;
+    const LumoraPlace user = userPlace();
+    const std::string question = SwitchQuestion(user, target, undoing);
+    if (!question.empty()) {
+        cancel = dialogs_.Message({"Switch Channels", question, MessageBox::Icon::Question,
+                                   MessageBox::Buttons::YesNo}) != Answer::Yes;
+        if (cancel)
+            return;
+    }
+    if (user.kind != LumoraPlace::Kind::AllChannels || target.kind != LumoraPlace::Kind::Channel)
+        goTo(target);
+}
+
+void LumoraControl::goTo(const LumoraPlace& place) {
+    switch (place.kind) {
+    case LumoraPlace::Kind::Simulator:
+        return TabStrip1.select(SimulatorTab);
+    case LumoraPlace::Kind::Transmitter:
+        return TabStrip1.select(TransmitterTab);
+    default:
+        return TabStrip1.select(place.channel);
+    }
+}
+
+} // namespace corvane

@@ -1,0 +1,148 @@
+#include "light/LumoraDocument.h"
+
+#include "base/Assert.h"
+#include "base/KOMath.h"
+#include "base/Numbers.h"
+#include "light/LumoraHistoryLoader.h"
+
+#include <algorithm>
+
+namespace corvane {
+
+namespace {
+
+/// A setting that is a number: where it is kept and what it is limited to.
+struct NumberSetting {
+    std::string_view name;
+    int LumoraChannelSettings::*member;
+    int lowest;
+    int highest;
+};
+
+constexpr std::array numberSettings{
+    NumberSetting{"Max Current", &LumoraChannelSettings::maxCurrent, 10, 250},
+    NumberSetting{"Turn Off Point", &LumoraChannelSettings::turnOffPoint, 0, 100},
+    NumberSetting{"Trip Point", &LumoraChannelSettings::tripPoint, 0, 100},
+    NumberSetting{"Hysteresis", &LumoraChannelSettings::hysteresis, 0, 100},
+};
+
+constexpr std::string_view LightColorName = "Light Color";
+constexpr std::string_view NoSignalName = "No Signal";
+constexpr std::string_view RangeMinName = "XMit Min";
+constexpr std::string_view RangeMaxName = "XMit Max";
+constexpr std::string_view SimulatorStart = "Sim ";
+
+const NumberSetting* numberSetting(std::string_view name) {
+    const auto* found =
+        std::find_if(numberSettings.begin(), numberSettings.end(),
+                     [name](const NumberSetting& setting) { return setting.name == name; });
+    return found == numberSettings.end() ? nullptr : found;
+}
+
+bool isChannel(int channel) {
+    return channel >= 1 && channel <= LumoraDocument::ChannelCount;
+}
+
+int limited(std::string_view text, int lowest, int highest) {
+    return RoundToInteger(std::clamp<double>(ReadNumber(text), lowest, highest));
+}
+
+} // namespace
+
+LumoraDocument::LumoraDocument(const History::Surroundings& surroundings)
+    : history_(*this, surroundings) {
+    for (int index = 1; index <= TrackCount; ++index) {
+        auto& place = tracks_[static_cast<std::size_t>(index) - 1];
+        place = std::make_unique<LumoraTrack>(!onStateOf(index));
+        place->setBinary(channelOf(index) >= FirstBinaryChannel);
+    }
+    onReset_ = history_.ResettingToDefaults.connect([this] { resetToDefaults(); });
+    history_.setFilter("Lumora Programs (*.lumora)|*.lumora");
+    history_.setTypeCode("Lumora");
+    history_.setVersionCode(2);
+    history_.setLoader(std::make_unique<LumoraHistoryLoader>());
+}
+
+LumoraTrack& LumoraDocument::Channel(int channel, bool onState) const {
+    return track(trackIndex(channel, onState));
+}
+
+LumoraTrack& LumoraDocument::track(int index) const {
+    Assert(index >= 1 && index <= TrackCount);
+    return *tracks_[static_cast<std::size_t>(index) - 1];
+}
+
+int LumoraDocument::BlockCount() const {
+    int count = 0;
+    for (const auto& track : tracks_)
+        count += track->BlockCount();
+    return count;
+}
+
+const LumoraChannelSettings& LumoraDocument::settings(int channel) const {
+    Assert(isChannel(channel));
+    return settings_[static_cast<std::size_t>(channel) - 1];
+}
+
+LumoraChannelSettings& LumoraDocument::settingsOf(int channel) {
+    Assert(isChannel(channel));
+    return settings_[static_cast<std::size_t>(channel) - 1];
+}
+
+std::string LumoraDocument::Data(int channel, std::string_view propertyName) const {
+    if (propertyName == RangeMinName)
+        return std::to_string(transmitterMin_);
+    if (propertyName == RangeMaxName)
+        return std::to_string(transmitterMax_);
+    if (propertyName.starts_with(SimulatorStart)) {
+        const auto found = simulator_.find(std::pair(channel, std::string(propertyName)));
+        return found == simulator_.end() ? std::string() : found->second;
+    }
+    if (const NumberSetting* setting = numberSetting(propertyName))
+        return std::to_string(settings(channel).*setting->member);
+    if (propertyName == LightColorName)
+        return WriteHexadecimal(static_cast<std::uint32_t>(settings(channel).lightColor));
+    if (propertyName == NoSignalName)
+        return settings(channel).noSignal == 0 ? "Top" : "Bottom";
+    return {};
+}
+
+void LumoraDocument::setData(int channel, std::string_view propertyName, std::string_view text) {
+    constexpr int shortestPulse = 800;
+    constexpr int longestPulse = 2200;
+    if (propertyName == RangeMinName)
+        transmitterMin_ = limited(text, shortestPulse, longestPulse);
+    else if (propertyName == RangeMaxName)
+        transmitterMax_ = limited(text, shortestPulse, longestPulse);
+    else if (propertyName.starts_with(SimulatorStart))
+        simulator_[std::pair(channel, std::string(propertyName))] = text;
+    else if (const NumberSetting* setting = numberSetting(propertyName))
+        settingsOf(channel).*setting->member = limited(text, setting->lowest, setting->highest);
+    else if (propertyName == NoSignalName)
+        settingsOf(channel).noSignal = text == "Top" ? 0 : 1;
+    else if (propertyName == LightColorName) {
+        const auto color = static_cast<int>(ReadHexadecimal(text));
+        settingsOf(channel).lightColor = color;
+        for (const bool onState : {false, true})
+            Channel(channel, onState).setLightColor(color);
+    } else {
+        return;
+    }
+    SettingChanged.raise(propertyName, channel);
+}
+
+bool LumoraDocument::takesData(int channel, std::string_view propertyName) {
+    const bool ofAChannel = numberSetting(propertyName) != nullptr ||
+                            propertyName == LightColorName || propertyName == NoSignalName;
+    return isChannel(channel) || (channel == 0 && !ofAChannel);
+}
+
+void LumoraDocument::resetToDefaults() {
+    // The transmitter's range has come back already, by the undoing of every change.
+    settings_ = {};
+    simulator_.clear();
+    for (const auto& track : tracks_)
+        track->setLightColor(LumoraChannelSettings().lightColor);
+}
+
+} // namespace corvane

@@ -1,0 +1,81 @@
+#pragma once
+
+#include "history/History.h"
+#include "light/LumoraTrack.h"
+
+#include <array>
+#include <map>
+#include <string>
+#include <string_view>
+
+namespace corvane {
+
+/// A channel's settings. Levels in percent.
+struct LumoraChannelSettings {
+    int noSignal = 0; ///< Track in force without a signal: 0 top, 1 bottom.
+    int lightColor = 0xFFFFFF;
+    int hysteresis = 2;
+    int maxCurrent = 100; ///< mA
+    int turnOffPoint = 0;
+    int tripPoint = 50;
+};
+
+/// A light program: six channels, each with a top and a bottom track and its settings, and the
+/// transmitter's range. Only changes write it, and its history is its file.
+class LumoraDocument final : public HistoryHost {
+  public:
+    static constexpr int ChannelCount = 6;
+    static constexpr int TrackCount = 2 * ChannelCount;
+    static constexpr int FirstBinaryChannel = 5; ///< This one and those behind are two-level.
+    static constexpr int BlockLimit = 106;       ///< What the controller has room for.
+    static constexpr int DefaultRangeMin = 1200; // microseconds
+    static constexpr int DefaultRangeMax = 1800;
+
+    explicit LumoraDocument(const History::Surroundings& surroundings);
+
+    /// A setting has another value: its name in `Data`, and its channel, 0 for the whole document.
+    Event<std::string_view, int> SettingChanged;
+
+    [[nodiscard]] History& HistoryObject() { return history_; }
+    [[nodiscard]] const History& HistoryObject() const { return history_; }
+
+    /// The track of a channel from 1 that is in force at or below the trip point (`onState`) or
+    /// above it.
+    [[nodiscard]] LumoraTrack& Channel(int channel, bool onState) const;
+    /// Tracks count from 1: track 2c - 1 is channel c's top track, 2c its bottom track.
+    [[nodiscard]] LumoraTrack& track(int index) const;
+    [[nodiscard]] static int trackIndex(int channel, bool onState) {
+        return 2 * channel - (onState ? 0 : 1);
+    }
+    [[nodiscard]] static int channelOf(int trackIndex) { return (trackIndex + 1) / 2; }
+    [[nodiscard]] static bool onStateOf(int trackIndex) { return trackIndex % 2 == 0; }
+    /// Program blocks of all tracks.
+    [[nodiscard]] int BlockCount() const;
+
+    [[nodiscard]] const LumoraChannelSettings& settings(int channel) const;
+    [[nodiscard]] int transmitterMin() const { return transmitterMin_; } ///< microseconds
+    [[nodiscard]] int transmitterMax() const { return transmitterMax_; }
+
+    /// A setting by its name, as text. The names "XMit Min" and "XMit Max" ignore the channel; a
+    /// name that is none gives empty text.
+    [[nodiscard]] std::string Data(int channel, std::string_view propertyName) const;
+    /// Reads the text leniently and limits the value; a name that is none changes nothing.
+    void setData(int channel, std::string_view propertyName, std::string_view text);
+
+    /// Whether a change in a file may carry this channel with this name.
+    [[nodiscard]] static bool takesData(int channel, std::string_view propertyName);
+
+  private:
+    void resetToDefaults();
+    [[nodiscard]] LumoraChannelSettings& settingsOf(int channel);
+
+    std::array<std::unique_ptr<LumoraTrack>, TrackCount> tracks_;
+    std::array<LumoraChannelSettings, ChannelCount> settings_;
+    int transmitterMin_ = DefaultRangeMin;
+    int transmitterMax_ = DefaultRangeMax;
+    std::map<std::pair<int, std::string>, std::string, std::less<>> simulator_; // texts by name
+    History history_;
+    Connection onReset_;
+};
+
+} // namespace corvane

@@ -1,0 +1,133 @@
+#include "light/LumoraOptions.h"
+
+#include "base/KOMath.h"
+#include "base/Numbers.h"
+#include "light/LumoraUndoableChange.h"
+
+namespace corvane {
+
+LumoraOptions::LumoraOptions(LumoraDocument& document, Dialogs& dialogs)
+    : document_(document), dialogs_(dialogs) {
+    bindNumber(ChannelMaxCurrent, "Max Current", 10, 250);
+    bindNumber(ChannelHysteresis, "Hysteresis", 0, 100);
+    bindNumber(ChannelTurnOffPoint, "Turn Off Point", 0, 100);
+    bindRange(TransmitterRangeMin, "XMit Min");
+    bindRange(TransmitterRangeMax, "XMit Max");
+    ChannelMaxCurrent.setToolTipText("Current at full brightness, 10 to 250 mA");
+    ChannelHysteresis.setToolTipText(
+        "How far the stick has to pass the trip point before the track changes, 0 to 100 percent");
+    ChannelTurnOffPoint.setToolTipText("The light is off below this level, 0 to 100 percent");
+    TransmitterRangeMin.setToolTipText("Shortest pulse of the stick, 800 to 2200 microseconds");
+    TransmitterRangeMax.setToolTipText("Longest pulse of the stick, 800 to 2200 microseconds");
+    ChangeLightColorButton.setToolTipText("Choose the colour that this channel's light has");
+    for (OptionButton* choice : {&ChannelNoSignalTopTrack, &ChannelNoSignalBottomTrack})
+        choice->setToolTipText("Track that plays without a signal from the transmitter");
+    connections_.push_back(ChangeLightColorButton.Click.connect([this] { changeLightColor(); }));
+    connections_.push_back(
+        ChannelNoSignalTopTrack.Click.connect([this] { record(channel_, "No Signal", "Top"); }));
+    connections_.push_back(ChannelNoSignalBottomTrack.Click.connect(
+        [this] { record(channel_, "No Signal", "Bottom"); }));
+    connections_.push_back(TransmitterRangeResetButton.Click.connect([this] {
+        // One after the other, since recording the one shows both as they are stored.
+        TransmitterRangeMin.setText(std::to_string(LumoraDocument::DefaultRangeMin));
+        TransmitterRangeMin.leave();
+        TransmitterRangeMax.setText(std::to_string(LumoraDocument::DefaultRangeMax));
+        TransmitterRangeMax.leave();
+    }));
+}
+
+void LumoraOptions::bindNumber(TextBox& box, const std::string& propertyName, int lowest,
+                               int highest) {
+    connections_.push_back(box.Validate.connect([this, &box, propertyName, lowest, highest] {
+        if (channel_ != 0)
+            recordNumber(box, channel_, propertyName, lowest, highest);
+    }));
+}
+
+void LumoraOptions::bindRange(TextBox& box, const std::string& propertyName) {
+    constexpr int shortest = 800;
+    constexpr int longest = 2200;
+    connections_.push_back(box.Validate.connect(
+        [this, &box, propertyName] { recordNumber(box, 0, propertyName, shortest, longest); }));
+}
+
+void LumoraOptions::recordNumber(const TextBox& box, int channel, const std::string& propertyName,
+                                 int lowest, int highest) {
+    const double value = std::clamp<double>(ReadNumber(box.Text()), lowest, highest);
+    record(channel, propertyName, std::to_string(RoundToInteger(value)));
+}
+
+void LumoraOptions::record(int channel, const std::string& propertyName,
+                           const std::string& newValue) {
+    if (newValue == document_.Data(channel, propertyName))
+        return;
+    auto change = std::make_unique<LumoraUndoableTextChange>();
+    change->Initialize(document_, channel, propertyName, newValue);
+    document_.HistoryObject().Record(std::move(change));
+}
+
+void LumoraOptions::changeLightColor() {
+    if (channel_ == 0)
+        return;
+    if (const std::optional<int> color = dialogs_.PickColor(ChannelLightColorSample.ForeColor()))
+        record(channel_, "Light Color", WriteHexadecimal(static_cast<std::uint32_t>(*color)));
+}
+
+void LumoraOptions::show(TextBox& box, const std::string& propertyName) const {
+    box.setText(document_.Data(channel_, propertyName));
+}
+
+void LumoraOptions::UpdateLightColor() {
+    if (channel_ != 0)
+        ChannelLightColorSample.setForeColor(document_.settings(channel_).lightColor);
+}
+
+void LumoraOptions::UpdateMaxCurrent() {
+    if (channel_ == 0)
+        return;
+    const bool dimmable = channel_ < LumoraDocument::FirstBinaryChannel;
+    for (ChildControl* child : std::initializer_list<ChildControl*>{
+             &MaxCurrentLabel, &ChannelMaxCurrent, &MaxCurrentUnit}) {
+        child->setVisible(dimmable);
+        child->setEnabled(dimmable);
+    }
+    show(ChannelMaxCurrent, "Max Current");
+}
+
+void LumoraOptions::UpdateTurnOffPoint() {
+    if (channel_ != 0)
+        show(ChannelTurnOffPoint, "Turn Off Point");
+}
+
+void LumoraOptions::UpdateNoSignal() {
+    if (channel_ == 0)
+        return;
+    const bool top = document_.settings(channel_).noSignal == 0;
+    ChannelNoSignalTopTrack.setValue(top);
+    ChannelNoSignalBottomTrack.setValue(!top);
+}
+
+void LumoraOptions::UpdateHysteresis() {
+    if (channel_ != 0)
+        show(ChannelHysteresis, "Hysteresis");
+}
+
+void LumoraOptions::UpdateXMit() {
+    TransmitterRangeMin.setText(std::to_string(document_.transmitterMin()));
+    TransmitterRangeMax.setText(std::to_string(document_.transmitterMax()));
+    TransmitterRangeResetButton.setEnabled(
+        document_.transmitterMin() != LumoraDocument::DefaultRangeMin ||
+            document_.transmitterMax() != LumoraDocument::DefaultRangeMax,
+        "The range is the default already.");
+}
+
+void LumoraOptions::Update() {
+    UpdateLightColor();
+    UpdateMaxCurrent();
+    UpdateTurnOffPoint();
+    UpdateNoSignal();
+    UpdateHysteresis();
+    UpdateXMit();
+}
+
+} // namespace corvane

@@ -1,0 +1,74 @@
+#pragma once
+
+#include "controls/Inputs.h"
+#include "controls/TripPointControl.h"
+#include "light/LumoraDocument.h"
+
+namespace corvane {
+
+/// The boxes for a channel's settings and the transmitter's range. Each records a change when the
+/// person leaves it with another value; what has been recorded shows again.
+class LumoraOptions {
+  public:
+    LumoraOptions(LumoraDocument& document, Dialogs& dialogs);
+    LumoraOptions(const LumoraOptions&) = delete;
+    LumoraOptions& operator=(const LumoraOptions&) = delete;
+
+    /// The channel whose settings show; 0 for none.
+    [[nodiscard]] int channel() const { return channel_; }
+    void setChannel(int channel) { channel_ = channel; }
+
+    void UpdateLightColor();
+    void UpdateMaxCurrent();
+    void UpdateTurnOffPoint();
+    void UpdateNoSignal();
+    void UpdateHysteresis();
+    void UpdateXMit();
+    /// All of them.
+    void Update();
+
+    Frame OptionsFrame;
+    Label LightColorLabel{"Light Color:"};
+    Label ChannelLightColorSample; ///< Its fore colour is the light's.
+    Button ChangeLightColorButton{"Change"};
+    Label MaxCurrentLabel{"Max Current:"};
+    TextBox ChannelMaxCurrent;
+    Label MaxCurrentUnit{"mA"};
+
+    Frame AdvancedOptionsFrame;
+    Label TurnOffPointLabel{"Turn Off Below:"};
+    TextBox ChannelTurnOffPoint;
+    Label TurnOffPointUnit{"%"};
+    Label HysteresisLabel{"Hysteresis: +/-"};
+    TextBox ChannelHysteresis;
+    Label HysteresisUnit{"%"};
+    Label NoSignalLabel{"No Signal Default:"};
+    OptionButton ChannelNoSignalTopTrack{"top track"};
+    OptionButton ChannelNoSignalBottomTrack{"bottom track"};
+
+    Frame TransmitterFrame;
+    Label RangeLabel{"Range:"};
+    TextBox TransmitterRangeMin;
+    Label RangeDash{"-"};
+    TextBox TransmitterRangeMax;
+    Label RangeUnit{"µs"};
+    Button TransmitterRangeResetButton{"Reset to Default"};
+
+    /// Records a setting's new value, given as text, unless it is the stored one.
+    void record(int channel, const std::string& propertyName, const std::string& newValue);
+
+  private:
+    void bindNumber(TextBox& box, const std::string& propertyName, int lowest, int highest);
+    void bindRange(TextBox& box, const std::string& propertyName);
+    void recordNumber(const TextBox& box, int channel, const std::string& propertyName, int lowest,
+                      int highest);
+    void changeLightColor();
+    void show(TextBox& box, const std::string& propertyName) const;
+
+    LumoraDocument& document_;
+    Dialogs& dialogs_;
+    int channel_ = 0;
+    std::vector<Connection> connections_;
+};
+
+} // namespace corvane

@@ -1,0 +1,289 @@
+#include "light/LumoraScrollableTracks.h"
+
+#include "base/Assert.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace corvane {
+
+namespace {
+
+constexpr int MostPixels = 16383;     // that a track may be wide
+constexpr float MostSteps = 30000;    // of the scroll bar
+constexpr int MostChange = 32767;     // of its steps
+constexpr float StepSeconds = 0.001F; // of one step
+
+} // namespace
+
+LumoraScrollableTracks::LumoraScrollableTracks(LumoraDocument& document, Dialogs& dialogs,
+                                               const KOKeyboard& keyboard)
+    : document_(document),
+      history_(document.HistoryObject()),
+      dialogs_(dialogs),
+      keyboard_(keyboard),
+      tracks_(LumoraDocument::TrackCount) {
+    for (int index = 1; index <= TrackCount(); ++index)
+        place(index).editor =
+            std::make_unique<LumoraTrackEditor>(*this, index, document_.track(index));
+    connections_.push_back(HScroll.Moved.connect([this] { takeOffset(); }));
+    connections_.push_back(history_.Freezing.connect([this] { ++frozen_; }));
+    connections_.push_back(history_.Unfreezing.connect([this](bool) {
+        --frozen_;
+        if (frozen_ == 0 && scrollStale_)
+            updateScroll();
+    }));
+}
+
+LumoraTrackEditor& LumoraScrollableTracks::track(int index) const {
+    return *place(index).editor;
+}
+
+const LumoraScrollableTracks::Place& LumoraScrollableTracks::place(int index) const {
+    Assert(index >= 1 && index <= TrackCount());
+    return tracks_[static_cast<std::size_t>(index) - 1];
+}
+
+LumoraScrollableTracks::Place& LumoraScrollableTracks::place(int index) {
+    Assert(index >= 1 && index <= TrackCount());
+    return tracks_[static_cast<std::size_t>(index) - 1];
+}
+
+void LumoraScrollableTracks::setTrackVisible(int index, bool visible) {
+    if (place(index).visible == visible)
+        return;
+    place(index).visible = visible;
+    if (!visible && focusedTrack_ == index)
+        loseFocus();
+    if (visible && selectedIndex_ == 0) {
+        setSelectedIndex(index);
+    } else if (!visible && selectedIndex_ == index) {
+        setSelectedIndex(0);
+        for (int i = 1; i <= TrackCount() && selectedIndex_ == 0; ++i) {
+            const int candidate = (index + i - 1) % TrackCount() + 1;
+            if (TrackVisible(candidate))
+                setSelectedIndex(candidate);
+        }
+    }
+    stack();
+    updateScroll();
+}
+
+void LumoraScrollableTracks::setSelectedIndex(int index) {
+    if (index == selectedIndex_)
+        return;
+    const int old = std::exchange(selectedIndex_, index);
+    if (old != 0)
+        track(old).setSelected(false);
+    if (index != 0)
+        track(index).setSelected(true);
+}
+
+void LumoraScrollableTracks::Resize(int width, int height) {
+    if (width == width_ && height == height_)
+        return;
+    width_ = width;
+    height_ = std::max(0, height);
+    stack();
+    updateScroll();
+    if (fitWhenSized_)
+        ZoomToFit();
+}
+
+void LumoraScrollableTracks::stack() {
+    const auto visible = static_cast<int>(
+        std::count_if(tracks_.begin(), tracks_.end(), [](const Place& p) { return p.visible; }));
+    const int slot = visible == 0 ? 0 : RoundToInteger(static_cast<double>(height_) / visible);
+    int top = 0;
+    for (Place& p : tracks_) {
+        p.top = top;
+        p.height = TwipsPerPixel <= slot ? slot - TwipsPerPixel : slot;
+        if (p.visible)
+            top += slot;
+    }
+}
+
+int LumoraScrollableTracks::widestTrack() const {
+    int widest = 0;
+    for (const Place& p : tracks_)
+        if (p.visible)
+            widest = std::max(widest, p.editor->ContentWidth());
+    return widest;
+}
+
+void LumoraScrollableTracks::updateScrollUnit(int contentWidth) {
+    unit_ = timeScale_ * StepSeconds;
+    if (static_cast<float>(contentWidth) / unit_ > MostSteps)
+        unit_ = static_cast<float>(contentWidth) / MostSteps;
+    const auto steps = [this](float part) {
+        const float change = std::ceil(static_cast<float>(width_) / (unit_ * part));
+        return static_cast<int>(std::min(change, static_cast<float>(MostChange)));
+    };
+    HScroll.setSteps(steps(10), steps(2));
+}
+
+void LumoraScrollableTracks::updateScroll() {
+    scrollStale_ = false;
+    const int contentWidth = widestTrack();
+    updateScrollUnit(contentWidth);
+    overflow_ = std::max(0, contentWidth - width_);
+    HScroll.setMax(static_cast<int>(std::ceil(static_cast<float>(overflow_) / unit_)));
+    takeOffset();
+    LayoutChanged.raise();
+}
+
+void LumoraScrollableTracks::takeOffset() {
+    const int offset =
+        std::min(RoundToInteger(static_cast<double>(HScroll.Value()) * static_cast<double>(unit_)),
+                 overflow_);
+    if (std::exchange(offset_, offset) != offset)
+        LayoutChanged.raise();
+}
+
+void LumoraScrollableTracks::contentChanged(int trackIndex) {
+    // While much changes at once the scrolling waits for the end of it.
+    if (frozen_ > 0)
+        scrollStale_ = true;
+    else
+        updateScroll();
+    TrackLookChanged.raise(trackIndex);
+}
+
+void LumoraScrollableTracks::setTimeScale(float scale) {
+    timeScale_ = scale;
+    for (const Place& p : tracks_)
+        p.editor->rearrange();
+    const auto widest = static_cast<float>(widestTrack());
+    constexpr auto most = static_cast<float>(TwipsPerPixel * MostPixels);
+    if (widest > most) {
+        const float fitting = timeScale_ * most / widest;
+        if (fitting != timeScale_)
+            return setTimeScale(fitting);
+    }
+    updateScroll();
+}
+
+float LumoraScrollableTracks::ClampZoom(float value) {
+    return std::clamp(value, LowestScale, HighestScale);
+}
+
+void LumoraScrollableTracks::ZoomIn() {
+    history_.Freeze();
+    setTimeScale(ClampZoom(2 * timeScale_));
+    FocusOnSelection();
+    history_.Unfreeze();
+}
+
+void LumoraScrollableTracks::ZoomOut() {
+    history_.Freeze();
+    setTimeScale(ClampZoom(timeScale_ / 2));
+    FocusOnSelection();
+    history_.Unfreeze();
+}
+
+void LumoraScrollableTracks::ZoomToDefault() {
+    if (timeScale_ != DefaultScale)
+        setTimeScale(DefaultScale);
+}
+
+void LumoraScrollableTracks::ZoomToFit() {
+    fitWhenSized_ = width_ == 0;
+    const int contentWidth = widestTrack();
+    if (contentWidth <= 0 || fitWhenSized_)
+        return;
+    const float fitting = std::floor(
+        ClampZoom(static_cast<float>(width_) * timeScale_ / static_cast<float>(contentWidth)));
+    if (fitting == timeScale_)
+        return;
+    history_.Freeze();
+    setTimeScale(fitting);
+    if (width_ < widestTrack())
+        ZoomToFit();
+    history_.Unfreeze();
+}
+
+void LumoraScrollableTracks::ZoomAbout(float factor, int x) {
+    const float before = timeScale_;
+    const int at = offset_ + x;
+    setTimeScale(ClampZoom(before * factor));
+    scrollTo(RoundToInteger(static_cast<double>(at) * timeScale_ / before) - x);
+}
+
+void LumoraScrollableTracks::scrollTo(int offset) {
+    HScroll.setValue(RoundToInteger(static_cast<double>(offset) / static_cast<double>(unit_)));
+}
+
+void LumoraScrollableTracks::FocusOn(int trackIndex, int elementIndex) {
+    if (trackIndex == 0 || elementIndex == 0)
+        return;
+    history_.Freeze();
+    if (scrollStale_)
+        updateScroll();
+    LumoraTrackEditor& target = track(trackIndex);
+    const auto left = static_cast<float>(target.GetTrackLeft(elementIndex));
+    const float right = left + static_cast<float>(target.GetTrackWidth(elementIndex));
+    float position = static_cast<float>(HScroll.Value()) * unit_;
+    if (static_cast<float>(width_) + position < right)
+        position = right - static_cast<float>(width_);
+    position = std::min(position, left);
+    HScroll.setValue(static_cast<int>(
+        std::ceil(std::clamp(position / unit_, 0.0F, static_cast<float>(HScroll.Max())))));
+    history_.QuickUnfreeze();
+    takeFocus(trackIndex);
+    target.FocusOn(elementIndex);
+    history_.QuickFreeze();
+    history_.Unfreeze();
+}
+
+void LumoraScrollableTracks::FocusOnSelection() {
+    if (selectedIndex_ != 0)
+        FocusOn(selectedIndex_, track(selectedIndex_).SelectedIndex());
+}
+
+void LumoraScrollableTracks::takeFocus(int trackIndex) {
+    const int old = std::exchange(focusedTrack_, trackIndex);
+    if (old != 0 && old != trackIndex)
+        track(old).loseFocus();
+    setSelectedIndex(trackIndex);
+}
+
+void LumoraScrollableTracks::loseFocus() {
+    const int old = std::exchange(focusedTrack_, 0);
+    if (old != 0)
+        track(old).loseFocus();
+}
+
+void LumoraScrollableTracks::moveFocus(int segments, int tracks) {
+    int target = selectedIndex_;
+    if (target == 0)
+        return;
+    const LumoraTrackEditor& from = track(target);
+    const int index = from.FocusedIndex() != 0 ? from.FocusedIndex() : from.SelectedIndex();
+    if (tracks != 0) {
+        for (int next = target + tracks; next >= 1 && next <= TrackCount(); next += tracks) {
+            if (!TrackVisible(next))
+                continue;
+            target = next;
+            break;
+        }
+        if (target == selectedIndex_)
+            return;
+        // To the segment that begins at the same time, or to the last one.
+        const LumoraTrackEditor& to = track(target);
+        const int count = to.track().GetTrackCount();
+        if (count == 0)
+            return takeFocus(target);
+        const int x = index == 0 ? 0 : from.GetTrackLeft(index);
+        return FocusOn(target, std::min(to.firstRightOf(x), count));
+    }
+    const int count = from.track().GetTrackCount();
+    if (count > 0)
+        FocusOn(target, index == 0 ? 1 : std::clamp(index + segments, 1, count));
+}
+
+void LumoraScrollableTracks::Commit() {
+    if (focusedTrack_ != 0)
+        track(focusedTrack_).Commit();
+}
+
+} // namespace corvane

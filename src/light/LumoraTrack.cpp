@@ -1,0 +1,74 @@
+#include "light/LumoraTrack.h"
+
+#include "base/Assert.h"
+
+#include <algorithm>
+
+namespace corvane {
+
+void LumoraTrack::setBinary(bool binary) {
+    if (binary == binary_)
+        return;
+    binary_ = binary;
+    for (const auto& element : elements_)
+        element->clampAgain();
+}
+
+void LumoraTrack::setLightColor(int color) {
+    if (color == lightColor_)
+        return;
+    lightColor_ = color;
+    ColorChanged.raise();
+}
+
+LumoraTrackElement& LumoraTrack::GetTrack(int index) const {
+    Assert(index >= 1 && index <= GetTrackCount());
+    return *elements_[static_cast<std::size_t>(index) - 1];
+}
+
+int LumoraTrack::indexOf(const LumoraTrackElement& element) const {
+    const auto found =
+        std::find_if(elements_.begin(), elements_.end(),
+                     [&element](const auto& candidate) { return candidate.get() == &element; });
+    return found == elements_.end() ? 0 : static_cast<int>(found - elements_.begin()) + 1;
+}
+
+int LumoraTrack::AddTrack(double time, int brightness) {
+    return InsertTrack(GetTrackCount() + 1, time, brightness, {}, -1);
+}
+
+int LumoraTrack::InsertTrack(int index, double time, int brightness,
+                             const std::string& functionCode, int brightness2) {
+    Assert(index >= 1 && index <= GetTrackCount() + 1);
+    auto element = std::make_unique<LumoraTrackElement>(
+        *this, time == -1 ? 1 : time, brightness == -1 ? 0 : brightness,
+        binary_ ? std::string() : functionCode, binary_ || brightness2 == -1 ? 0 : brightness2);
+    functionChanges({}, element->functionCode());
+    elements_.insert(elements_.begin() + (index - 1), std::move(element));
+    SegmentInserted.raise(index);
+    return index;
+}
+
+void LumoraTrack::RemoveTrack(int index) {
+    functionChanges(GetTrack(index).functionCode(), {});
+    SegmentRemoving.raise(index);
+    elements_.erase(elements_.begin() + (index - 1));
+    SegmentRemoved.raise(index);
+}
+
+int LumoraTrack::BlockCount() const {
+    return std::max(1, GetTrackCount() + functions_);
+}
+
+float LumoraTrack::TimeLimit() const {
+    float total = 0;
+    for (const auto& element : elements_)
+        total += static_cast<float>(element->time());
+    return total;
+}
+
+void LumoraTrack::functionChanges(const std::string& before, const std::string& after) {
+    functions_ += (after.empty() ? 0 : 1) - (before.empty() ? 0 : 1);
+}
+
+} // namespace corvane

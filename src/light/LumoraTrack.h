@@ -1,0 +1,63 @@
+#pragma once
+
+#include "base/Event.h"
+#include "light/LumoraTrackElement.h"
+
+#include <memory>
+#include <vector>
+
+namespace corvane {
+
+/// The segments of one track, played one after another. "Track" in the operations' names means one
+/// segment. Indices count from 1; one out of range is a caller's fault.
+class LumoraTrack {
+  public:
+    /// `topTrack`: the one that is in force above the channel's trip point.
+    explicit LumoraTrack(bool topTrack) : topTrack_(topTrack) {}
+    LumoraTrack(const LumoraTrack&) = delete;
+    LumoraTrack& operator=(const LumoraTrack&) = delete;
+
+    Event<int> SegmentInserted;
+    Event<int> SegmentRemoving; ///< It is still there.
+    Event<int> SegmentRemoved;
+    Event<const LumoraTrackElement&> SegmentChanged;
+    Event<> ColorChanged;
+
+    [[nodiscard]] bool topTrack() const { return topTrack_; }
+    /// All segments only fully on and fully off, and without functions.
+    [[nodiscard]] bool Binary() const { return binary_; }
+    void setBinary(bool binary);
+    /// An RGB value with red in the low byte.
+    [[nodiscard]] int LightColor() const { return lightColor_; }
+    void setLightColor(int color);
+
+    [[nodiscard]] int GetTrackCount() const { return static_cast<int>(elements_.size()); }
+    [[nodiscard]] LumoraTrackElement& GetTrack(int index) const;
+    /// 0 if it is not in this track.
+    [[nodiscard]] int indexOf(const LumoraTrackElement& element) const;
+    /// Adds a segment without a function at the end and gives its index.
+    int AddTrack(double time, int brightness);
+    /// Inserts a segment before the one at `index`, or at the end. -1 stands for a time of 1
+    /// second and for a level of 0. A two-level track takes no function and no second level.
+    int InsertTrack(int index, double time, int brightness, const std::string& functionCode,
+                    int brightness2);
+    void RemoveTrack(int index);
+
+    /// Program blocks that the track costs: 1 a segment, 2 with a function, and 1 if it is empty.
+    [[nodiscard]] int BlockCount() const;
+    /// Seconds that it takes to play.
+    [[nodiscard]] float TimeLimit() const;
+
+    // For the segments alone.
+    void elementChanged(const LumoraTrackElement& element) const { SegmentChanged.raise(element); }
+    void functionChanges(const std::string& before, const std::string& after);
+
+  private:
+    bool topTrack_;
+    bool binary_ = false;
+    int lightColor_ = 0xFFFFFF;
+    std::vector<std::unique_ptr<LumoraTrackElement>> elements_;
+    int functions_ = 0; // segments that have one
+};
+
+} // namespace corvane

@@ -1,0 +1,212 @@
+#include "light/LumoraTrackEditor.h"
+
+#include "base/Assert.h"
+#include "light/LumoraScrollableTracks.h"
+
+#include <algorithm>
+
+namespace corvane {
+
+LumoraTrackEditor::LumoraTrackEditor(LumoraScrollableTracks& set, int trackIndex,
+                                     LumoraTrack& track)
+    : set_(set), trackIndex_(trackIndex), track_(track) {
+    connections_.push_back(track.SegmentInserted.connect([this](int index) {
+        selection_.inserted(index);
+        rearrange(index);
+        set_.contentChanged(trackIndex_);
+    }));
+    connections_.push_back(track.SegmentRemoving.connect([this](int index) {
+        if (index == SelectedIndex() && index == track_.GetTrackCount())
+            setSelectedIndex(index - 1);
+        if (block_ != nullptr && &block_->element() == &track_.GetTrack(index))
+            block_.reset();
+        selection_.removed(index);
+    }));
+    connections_.push_back(track.SegmentRemoved.connect([this](int index) {
+        rearrange(index);
+        set_.contentChanged(trackIndex_);
+        selectionChanged();
+    }));
+    connections_.push_back(track.SegmentChanged.connect([this](const LumoraTrackElement& element) {
+        if (block_ != nullptr && &block_->element() == &element)
+            block_->follow();
+        rearrange();
+        set_.contentChanged(trackIndex_);
+    }));
+    connections_.push_back(
+        track.ColorChanged.connect([this] { set_.TrackLookChanged.raise(trackIndex_); }));
+    connections_.push_back(messenger_.MessageReceived.connect(
+        [this](std::string_view message, const void* sender, MessageValue& value) {
+            MyMessenger_MessageReceived(message, sender, value);
+        }));
+    for (int index = 1; index <= track.GetTrackCount(); ++index)
+        selection_.inserted(index);
+}
+
+void LumoraTrackEditor::setSelected(bool selected) {
+    selected_ = selected;
+    selection_.selectOnly(selection_.first());
+    set_.TrackLookChanged.raise(trackIndex_);
+    set_.SelectionChanged.raise();
+}
+
+void LumoraTrackEditor::setSelectedIndex(int index) {
+    selection_.selectOnly(index);
+    selectionChanged();
+}
+
+bool LumoraTrackEditor::isMarked(int index) const {
+    return selected_ && isSelected(index) && GetTrackWidth(index) >= SegmentBlock::HandleWidth;
+}
+
+void LumoraTrackEditor::rearrange(int fromIndex) const {
+    const auto known = static_cast<std::size_t>(std::max(0, fromIndex - 1));
+    if (rights_.size() > known)
+        rights_.resize(known);
+}
+
+int LumoraTrackEditor::widthOf(int index) const {
+    const LumoraTrackElement& element = track_.GetTrack(index);
+    const bool worked = block_ != nullptr && &block_->element() == &element;
+    return RoundToInteger(static_cast<double>(set_.TimeScale()) *
+                          (worked ? block_->shownTime() : element.time()));
+}
+
+int LumoraTrackEditor::rightOf(int index) const {
+    if (index < 1)
+        return 0;
+    while (static_cast<int>(rights_.size()) < index) {
+        const int left = rights_.empty() ? 0 : rights_.back();
+        rights_.push_back(left + widthOf(static_cast<int>(rights_.size()) + 1));
+    }
+    return rights_[static_cast<std::size_t>(index) - 1];
+}
+
+int LumoraTrackEditor::indexAt(int x) const {
+    if (x < 0 || x >= ContentWidth())
+        return 0;
+    return firstRightOf(x);
+}
+
+int LumoraTrackEditor::firstRightOf(int x) const {
+    static_cast<void>(ContentWidth()); // works out all right edges
+    return static_cast<int>(std::upper_bound(rights_.begin(), rights_.end(), x) - rights_.begin()) +
+           1;
+}
+
+int LumoraTrackEditor::FocusedIndex() const {
+    return block_ == nullptr ? 0 : track_.indexOf(block_->element());
+}
+
+void LumoraTrackEditor::FocusOn(int index) {
+    const bool moves = index != FocusedIndex() || set_.focusedTrack() != trackIndex_;
+    setFocus(index);
+    if (moves)
+        clickRule(index);
+    set_.FocusMoved.raise();
+}
+
+void LumoraTrackEditor::press(int index) {
+    setFocus(index);
+    clickRule(index);
+    set_.FocusMoved.raise();
+}
+
+void LumoraTrackEditor::requestFocus(int index) {
+    messenger_.Notify("FocusRequested", &track_.GetTrack(index));
+}
+
+void LumoraTrackEditor::loseFocus() {
+    Commit();
+    block_.reset();
+    set_.TrackLookChanged.raise(trackIndex_);
+}
+
+void LumoraTrackEditor::Commit() {
+    if (block_ != nullptr)
+        block_->Commit();
+}
+
+void LumoraTrackEditor::setFocus(int index) {
+    set_.takeFocus(trackIndex_);
+    if (index == FocusedIndex())
+        return;
+    if (block_ != nullptr)
+        loseFocus();
+    if (index < 1 || index > track_.GetTrackCount()) // committing may have changed the track
+        return;
+    block_ = std::make_unique<SegmentBlock>(track_.GetTrack(index),
+                                            SegmentBlock::Surroundings{messenger_, set_.dialogs()});
+    onBlock_ = block_->LookChanged.connect([this] { set_.TrackLookChanged.raise(trackIndex_); });
+}
+
+void LumoraTrackEditor::clickRule(int index) {
+    if (index < 1 || index > track_.GetTrackCount())
+        return;
+    const LumoraTrackElement* sender = &track_.GetTrack(index);
+    if (set_.keyboard().ShiftHeld()) {
+        messenger_.Notify("SelectRange", sender);
+    } else if (set_.keyboard().CtrlHeld()) {
+        selection_.set(index, !selection_.isSelected(index));
+        messenger_.Notify("SelectionChanged", sender);
+    } else {
+        messenger_.Notify("SelectOnly", sender);
+    }
+}
+
+void LumoraTrackEditor::selectionChanged() const {
+    set_.TrackLookChanged.raise(trackIndex_);
+    if (selected_)
+        set_.SelectionChanged.raise();
+}
+
+void LumoraTrackEditor::MyMessenger_MessageReceived(std::string_view message, const void* sender,
+                                                    MessageValue& value) {
+    const int index = track_.indexOf(*static_cast<const LumoraTrackElement*>(sender));
+    const int track = trackIndex_;
+    if (message == "CutSegment") {
+        set_.SegmentCutRequested.raise(track, index);
+    } else if (message == "CopySegment") {
+        set_.SegmentCopyRequested.raise(track, index);
+    } else if (message == "PasteSegment") {
+        set_.SegmentPasteRequested.raise(track, index);
+    } else if (message == "AddSegment") {
+        set_.SegmentAddRequested.raise(track);
+    } else if (message == "DeleteSegment") {
+        set_.SegmentDeleteRequested.raise(track, index);
+    } else if (message == "InsertSegment") {
+        set_.SegmentInsertRequested.raise(track, index);
+    } else if (message == "FocusRequested") {
+        set_.takeFocus(track);
+        if (SelectedIndexCount() < 2)
+            setSelectedIndex(index);
+        FocusOn(index);
+    } else if (message == "SelectionChanged") {
+        selectionChanged();
+    } else if (message == "SelectOnly") {
+        if (index != 0)
+            setSelectedIndex(index);
+    } else if (message == "SelectRange") {
+        if (index != 0) {
+            selection_.extendTo(index);
+            selectionChanged();
+        }
+    } else if (message == "PasteStateRequested") {
+        bool state = false;
+        set_.PasteStateRequested.raise(state);
+        value = state;
+    } else if (message == "BrightnessChanged") {
+        set_.TrackBrightnessChanged.raise(track, index, std::get<int>(value));
+    } else if (message == "Brightness2Changed") {
+        set_.TrackBrightness2Changed.raise(track, index, std::get<int>(value));
+    } else if (message == "FunctionChanged") {
+        set_.TrackFunctionChanged.raise(track, index, std::get<std::string>(value));
+    } else if (message == "TimeChanged") {
+        set_.TrackTimeChanged.raise(track, index, std::get<double>(value));
+    } else if (message == "TrackResized") {
+        rearrange(index);
+        set_.contentChanged(track);
+    }
+}
+
+} // namespace corvane

@@ -1,0 +1,52 @@
+#pragma once
+
+#include "light/LumoraUndoableChange.h"
+
+namespace corvane {
+
+/// A segment's place and all its values.
+struct LumoraSegment {
+    int index = 0; ///< From 1: its place once all of the group are there.
+    int brightness = 0;
+    double time = 0;
+    std::string function;
+    int brightness2 = 0;
+
+    bool operator==(const LumoraSegment&) const = default;
+};
+
+/// Segments that come to a track or go from it, all in one step.
+class LumoraUndoableTrackChange final : public LumoraUndoableChange {
+  public:
+    /// Whether a file's prefix is one of the four of this change.
+    [[nodiscard]] static bool isPrefix(std::string_view prefix);
+
+    /// The indices must strictly ascend.
+    void InitializeGroup(LumoraDocument& document, bool insert, int channel, bool onState,
+                         std::vector<LumoraSegment> segments);
+    void Initialize(LumoraDocument& document, bool insert, int channel, bool onState,
+                    LumoraSegment segment);
+
+    [[nodiscard]] int count() const { return static_cast<int>(segments_.size()); }
+    void Redo() override { insert_ ? insert() : remove(); }
+    void Undo() override { insert_ ? remove() : insert(); }
+    void Serialize(std::string& prefix, std::vector<std::string>& Data) const override;
+    [[nodiscard]] bool Deserialize(History& history, std::string_view prefix,
+                                   const std::vector<std::string>& Data) override;
+    [[nodiscard]] int Channel() const override { return channel_; }
+    [[nodiscard]] bool fits(LumoraSegmentCounts& counts) const override;
+
+  private:
+    [[nodiscard]] bool ascends() const;
+    [[nodiscard]] bool hasFunctions() const;
+    void insert() const;
+    void remove() const;
+
+    LumoraDocument* document_ = nullptr;
+    bool insert_ = false;
+    int channel_ = 0;
+    bool onState_ = false;
+    std::vector<LumoraSegment> segments_;
+};
+
+} // namespace corvane

@@ -1,0 +1,183 @@
+#include "light/SegmentBlock.h"
+
+#include "base/KOMath.h"
+#include "base/Numbers.h"
+
+#include <utility>
+
+namespace corvane {
+
+SegmentBlock::SegmentBlock(const LumoraTrackElement& element, Surroundings surroundings)
+    : element_(element), with_(surroundings) {
+    showStored();
+    for (TextBox* box : {&txtBrightness, &txtBrightness2})
+        connections_.push_back(box->Changed.connect([this] { LookChanged.raise(); }));
+    connections_.push_back(txtBrightness.Validate.connect([this] { commitBrightness(); }));
+    connections_.push_back(txtBrightness2.Validate.connect([this] { commitBrightness2(); }));
+    connections_.push_back(txtTime.Validate.connect([this] { commitTime(); }));
+}
+
+void SegmentBlock::Commit() {
+    commitBrightness();
+    commitBrightness2();
+    commitTime();
+}
+
+void SegmentBlock::follow() {
+    if (std::exchange(shownBrightness_, element_.brightness()) != element_.brightness())
+        txtBrightness.setText(std::to_string(shownBrightness_));
+    if (std::exchange(shownBrightness2_, element_.brightness2()) != element_.brightness2())
+        txtBrightness2.setText(std::to_string(shownBrightness2_));
+    if (std::exchange(shownTime_, element_.time()) != element_.time())
+        txtTime.setText(LumoraTrackElement::FormatTime(shownTime_));
+}
+
+void SegmentBlock::showStored() {
+    shownBrightness_ = element_.brightness();
+    shownBrightness2_ = element_.brightness2();
+    shownTime_ = element_.time();
+    txtBrightness.setText(std::to_string(shownBrightness_));
+    txtBrightness2.setText(std::to_string(shownBrightness2_));
+    txtTime.setText(LumoraTrackElement::FormatTime(shownTime_));
+}
+
+int SegmentBlock::levelIn(const TextBox& box) const {
+    return element_.ClampBrightness(RoundToInteger(ReadNumber(box.Text())));
+}
+
+int SegmentBlock::level1() const {
+    return levelIn(txtBrightness);
+}
+
+int SegmentBlock::level2() const {
+    return levelIn(txtBrightness2);
+}
+
+double SegmentBlock::shownTime() const {
+    return widthDrag_ ? LumoraTrackElement::ClampTime(ReadNumber(txtTime.Text())) : element_.time();
+}
+
+void SegmentBlock::startWidthDrag(int blockWidth, double timeScale, int x) {
+    widthDrag_ = WidthDrag{static_cast<float>(blockWidth), timeScale, x};
+}
+
+void SegmentBlock::moveWidthDrag(int x) {
+    if (!widthDrag_)
+        return;
+    WidthDrag& drag = *widthDrag_;
+    drag.width = std::max(0.0F, drag.width + static_cast<float>(x - drag.pressedX));
+    const double time = LumoraTrackElement::ClampTime(drag.width / drag.timeScale);
+    const std::string text = LumoraTrackElement::FormatTime(time);
+    if (text == txtTime.Text())
+        return;
+    txtTime.setText(text);
+    drag.width = std::min(drag.width, static_cast<float>(RoundToInteger(drag.timeScale * time)));
+    notify("TrackResized");
+    LookChanged.raise();
+}
+
+void SegmentBlock::endWidthDrag() {
+    if (!widthDrag_)
+        return;
+    const double shown = shownTime();
+    widthDrag_.reset();
+    if (shown != element_.time())
+        commitTime();
+    notify("TrackResized");
+}
+
+void SegmentBlock::dragBrightness(double y, double height) {
+    const int whole = std::max(1, RoundToInteger(height));
+    txtBrightness.setText(
+        std::to_string(element_.ClampBrightness(108 - RoundToInteger(y * 116) / whole)));
+}
+
+void SegmentBlock::cancel() {
+    const bool resized = widthDrag_.has_value();
+    widthDrag_.reset();
+    showStored();
+    if (resized)
+        notify("TrackResized");
+    LookChanged.raise();
+}
+
+void SegmentBlock::changeBrightness() {
+    ask(txtBrightness, "What percent brightness should this segment be?", "Change Brightness");
+}
+
+void SegmentBlock::changeTime() {
+    ask(txtTime,
+        "How many seconds should this segment take? (minimum " +
+            LumoraTrackElement::FormatTime(LumoraTrackElement::MinTime) + ", maximum " +
+            LumoraTrackElement::FormatTime(LumoraTrackElement::MaxTime) + ")",
+        "Change Time");
+}
+
+void SegmentBlock::chooseFunction(std::string_view code) {
+    if (code != element_.functionCode())
+        notify("FunctionChanged", std::string(code));
+}
+
+bool SegmentBlock::mayPaste() const {
+    MessageValue answer = false;
+    with_.messenger.Notify("PasteStateRequested", &element_, answer);
+    return std::get<bool>(answer);
+}
+
+void SegmentBlock::notify(std::string_view message) const {
+    with_.messenger.Notify(message, &element_);
+}
+
+void SegmentBlock::notify(std::string_view message, MessageValue value) const {
+    with_.messenger.Notify(message, &element_, value);
+}
+
+void SegmentBlock::commitBrightness() {
+    const int value = level1();
+    txtBrightness.setText(std::to_string(value));
+    if (value != element_.brightness())
+        notify("BrightnessChanged", value);
+}
+
+void SegmentBlock::commitBrightness2() {
+    const int value = level2();
+    txtBrightness2.setText(std::to_string(value));
+    if (value != element_.brightness2())
+        notify("Brightness2Changed", value);
+}
+
+void SegmentBlock::commitTime() {
+    const double value = LumoraTrackElement::ClampTime(ReadNumber(txtTime.Text()));
+    txtTime.setText(LumoraTrackElement::FormatTime(value));
+    if (value != element_.time())
+        notify("TimeChanged", value);
+}
+
+void SegmentBlock::ask(TextBox& box, const std::string& prompt, const std::string& title) {
+    const std::optional<std::string> answer = with_.dialogs.Input(prompt, title, box.Text());
+    if (!answer || *answer == box.Text())
+        return;
+    box.setText(*answer);
+    box.leave();
+}
+
+KORgbValue SegmentColorAt(const LumoraTrackElement& element, int lightColor, int level1, int level2,
+                          float t) {
+    const KORgbValue color = KORgbValue::FromColor(lightColor);
+    if (t < -0.001F)
+        return color.Attenuate(0);
+    const float level = static_cast<float>(level1) + t * static_cast<float>(level2 - level1);
+    return color.Attenuate(element.ClampBrightness(RoundToInteger(level)));
+}
+
+std::string_view FunctionLabel(std::string_view functionCode) {
+    if (functionCode.empty())
+        return {};
+    if (functionCode == LumoraTrackElement::Proportional)
+        return "PROPORTIONAL";
+    if (functionCode == LumoraTrackElement::ProportionalFromTrip)
+        return "PROP FROM TRIP";
+    return "UNKNOWN FUNCTION";
+}
+
+} // namespace corvane

@@ -1,0 +1,110 @@
+#include "light/SegmentPopup.h"
+
+#include "light/LumoraScrollableTracks.h"
+
+namespace corvane {
+
+namespace {
+constexpr const char* NothingToPaste = "Nothing that fits here has been copied.";
+}
+
+SegmentPopup::SegmentPopup() {
+    const auto on = [this](MenuItem& item, auto act) {
+        connections_.push_back(item.Click.connect([this, act] {
+            if (SegmentBlock* worked = block())
+                act(*worked);
+        }));
+    };
+    on(mnuPopupChangeBrightness, [](SegmentBlock& worked) { worked.changeBrightness(); });
+    on(mnuPopupChangeTime, [](SegmentBlock& worked) { worked.changeTime(); });
+    on(mnuPopupFunctionNormal,
+       [](SegmentBlock& worked) { worked.chooseFunction(LumoraTrackElement::Normal); });
+    on(mnuPopupFunctionProportional,
+       [](SegmentBlock& worked) { worked.chooseFunction(LumoraTrackElement::Proportional); });
+    on(mnuPopupFunctionFromTrip, [](SegmentBlock& worked) {
+        worked.chooseFunction(LumoraTrackElement::ProportionalFromTrip);
+    });
+    const auto request = [&on](MenuItem& item, const char* message) {
+        on(item, [message](SegmentBlock& worked) { worked.request(message); });
+    };
+    request(mnuPopupAddSegment, "AddSegment");
+    request(mnuPopupInsertSegment, "InsertSegment");
+    request(mnuPopupDeleteSegment, "DeleteSegment");
+    request(mnuPopupCut, "CutSegment");
+    request(mnuPopupCopy, "CopySegment");
+    request(mnuPopupPaste, "PasteSegment");
+}
+
+std::vector<MenuPlace> SegmentPopup::functionLayout() {
+    return {{&mnuPopupFunctionNormal, {}, nullptr},
+            {&mnuPopupFunctionSep, {}, nullptr},
+            {&mnuPopupFunctionProportional, {}, nullptr},
+            {&mnuPopupFunctionFromTrip, {}, nullptr}};
+}
+
+std::vector<MenuPlace> SegmentPopup::layout() {
+    return {{&mnuPopupChangeBrightness, {}, nullptr},
+            {&mnuPopupChangeTime, {}, nullptr},
+            {&mnuPopupSep1, {}, nullptr},
+            {&mnuPopupFunction, functionLayout(), nullptr},
+            {&mnuPopupSep2, {}, nullptr},
+            {&mnuPopupAddSegment, {}, nullptr},
+            {&mnuPopupInsertSegment, {}, nullptr},
+            {&mnuPopupDeleteSegment, {}, nullptr},
+            {&mnuPopupSep3, {}, nullptr},
+            {&mnuPopupCut, {}, nullptr},
+            {&mnuPopupCopy, {}, nullptr},
+            {&mnuPopupPaste, {}, nullptr}};
+}
+
+bool SegmentPopup::prepare(LumoraScrollableTracks& tracks, int trackIndex, int elementIndex) {
+    tracks_ = &tracks;
+    trackIndex_ = trackIndex;
+    LumoraTrackEditor& track = tracks.track(trackIndex);
+    if (track.block() != nullptr && track.block()->draggingWidth())
+        return false;
+    track.requestFocus(elementIndex);
+    SegmentBlock* worked = block();
+    if (worked == nullptr)
+        return false;
+    worked->Commit();
+    const bool binary = worked->element().Binary();
+    const std::string& code = worked->element().functionCode();
+    mnuPopupPaste.setEnabled(worked->mayPaste(), NothingToPaste);
+    mnuPopupFunction.setVisible(!binary);
+    mnuPopupSep2.setVisible(!binary);
+    mnuPopupFunctionNormal.setChecked(code == LumoraTrackElement::Normal);
+    mnuPopupFunctionProportional.setChecked(code == LumoraTrackElement::Proportional);
+    mnuPopupFunctionFromTrip.setChecked(code == LumoraTrackElement::ProportionalFromTrip);
+    return true;
+}
+
+SegmentBlock* SegmentPopup::block() const {
+    return tracks_ == nullptr ? nullptr : tracks_->track(trackIndex_).block();
+}
+
+TrackPopup::TrackPopup() {
+    connections_.push_back(
+        mnuPopupAdd.Click.connect([this] { tracks_->SegmentAddRequested.raise(trackIndex_); }));
+    connections_.push_back(mnuPopupPaste.Click.connect([this] {
+        tracks_->SegmentPasteRequested.raise(
+            trackIndex_, tracks_->track(trackIndex_).track().GetTrackCount() + 1);
+    }));
+}
+
+std::vector<MenuPlace> TrackPopup::layout() {
+    return {
+        {&mnuPopupAdd, {}, nullptr}, {&mnuPopupSep, {}, nullptr}, {&mnuPopupPaste, {}, nullptr}};
+}
+
+void TrackPopup::prepare(LumoraScrollableTracks& tracks, int trackIndex) {
+    tracks_ = &tracks;
+    trackIndex_ = trackIndex;
+    tracks.takeFocus(trackIndex);
+    tracks.track(trackIndex).Commit();
+    bool mayPaste = false;
+    tracks.PasteStateRequested.raise(mayPaste);
+    mnuPopupPaste.setEnabled(mayPaste, NothingToPaste);
+}
+
+} // namespace corvane

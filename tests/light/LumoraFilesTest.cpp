@@ -1,0 +1,232 @@
+#include "base/Numbers.h"
+#include "light/LumoraUndoableSegmentChange.h"
+#include "support/LightBench.h"
+
+#include <gmock/gmock.h>
+
+#include <random>
+
+namespace corvane {
+namespace {
+
+class LumoraFiles : public testing::Test, public LightBench {
+  protected:
+    std::string open(const std::string& body, int count, int position = -1) {
+        desk.person.messages.clear();
+        desk.person.answers = {Answer::No};
+        const std::string header = "Lumora\t" + std::to_string(count) + "\t" +
+                                   std::to_string(position < 0 ? count : position) + "\t0\t2\n";
+        history.OpenHistory(desk.folder.file("x.lumora", header + body));
+        return desk.person.takeMessage();
+    }
+    /// Everything that a document holds, as text.
+    static std::string stateOf(const LumoraDocument& document) {
+        std::string state = document.Data(0, "XMit Min") + " " + document.Data(0, "XMit Max");
+        for (int channel = 1; channel <= LumoraDocument::ChannelCount; ++channel) {
+            for (const char* name : {"Max Current", "Turn Off Point", "Trip Point", "Hysteresis",
+                                     "Light Color", "No Signal", "Sim Light Position"})
+                state += "\n" + document.Data(channel, name);
+            for (const bool onState : {false, true}) {
+                const LumoraTrack& track = document.Channel(channel, onState);
+                for (int i = 1; i <= track.GetTrackCount(); ++i) {
+                    const LumoraTrackElement& s = track.GetTrack(i);
+                    state += "|" + std::to_string(s.brightness()) + "," + std::to_string(s.time()) +
+                             "," + s.functionCode() + "," + std::to_string(s.brightness2());
+                }
+            }
+        }
+        return state;
+    }
+};
+
+TEST_F(LumoraFiles, EachChangeHasItsLine) {
+    insert(3, true, {1, 50, 0.5, {}, 77});
+    insert(3, true, {2, 50, 0.05, " PT ", 7});
+    const auto record = [this](auto change, auto... arguments) {
+        change->Initialize(document, 3, true, 2, arguments...);
+        history.Record(std::move(change));
+    };
+    record(std::make_unique<LumoraUndoableBrightnessChange>(), 50, 60);
+    record(std::make_unique<LumoraUndoableBrightness2Change>(), 7, 8);
+    record(std::make_unique<LumoraUndoableFunctionChange>(), std::string("PT"), std::string(" "));
+    record(std::make_unique<LumoraUndoableTimeChange>(), 0.05, 2.5);
+    auto removal = std::make_unique<LumoraUndoableTrackChange>();
+    removal->InitializeGroup(document, false, 3, true, {{1, 50, 0.5, {}, 0}, {2, 60, 2.5, {}, 8}});
+    EXPECT_EQ(removal->count(), 2);
+    history.Record(std::move(removal));
+    EXPECT_EQ(lines(), "LumoraTrackInsert\t3\t1\t1\t50\t.5\n"
+                       "LumoraTrackInsert2\t3\t1\t2\t50\t.05\tPT\t7\n"
+                       "LumoraBrightness\t3\t1\t2\t50\t60\n"
+                       "LumoraBrightness2\t3\t1\t2\t7\t8\n"
+                       "LumoraFunction\t3\t1\t2\tPT\t\n"
+                       "LumoraTime\t3\t1\t2\t.05\t2.5\n"
+                       "LumoraTrackRemove\t3\t1\t1\t50\t.5\t2\t60\t2.5\n");
+    history.Undo(true);
+    EXPECT_EQ(levels(3, true), "50 60");
+}
+
+TEST_F(LumoraFiles, AGroupWithOneFunctionIsWrittenWithAll) {
+    auto group = std::make_unique<LumoraUndoableTrackChange>();
+    group->InitializeGroup(document, true, 1, false, {{1, 10, 1, {}, 5}, {2, 20, 1, "P", 6}});
+    history.Record(std::move(group));
+    EXPECT_EQ(lines(), "LumoraTrackInsert2\t1\t0\t1\t10\t1\t\t5\t2\t20\t1\tP\t6\n");
+}
+
+TEST_F(LumoraFiles, ReadingIsForgiving) {
+    EXPECT_EQ(open("LumoraTrackInsert\t 1\t-1\t1x\t49.5\t0.05\n"
+                   "LumoraTime\t1\t1\t1\t.04\t.06\n"
+                   "LumoraText\t2\tMax Current\t7\t9999\textra\n",
+                   3),
+              "");
+    const LumoraTrackElement& segment = document.Channel(1, true).GetTrack(1);
+    EXPECT_EQ(segment.brightness(), 50);
+    EXPECT_DOUBLE_EQ(segment.time(), 0.06);
+    EXPECT_EQ(document.Data(2, "Max Current"), "250");
+    history.Undo(true);
+    history.Undo(true);
+    EXPECT_DOUBLE_EQ(segment.time(), 0.04); // what the line holds, and not what was there
+}
+
+TEST_F(LumoraFiles, UnsoundLinesAreRefusedAndNothingIsTouched) {
+    fill(1, {33});
+    const std::string before = stateOf(document);
+    const std::string refused = "Error: Can't understand the file format (deserialization error).";
+    for (const char* line :
+         {"LumoraTrackInsert\t1\t0\t1\t50\t1\t2\n", "LumoraTrackInsert\t1\t0\n",
+          "LumoraTrackInsert2\t1\t0\t1\t50\t1\n", "LumoraText\t1\tTrip Point\t50\n",
+          "LumoraText\t0\tTrip Point\t50\t60\n", "LumoraText\t7\tSim Light Image\ta\tb\n",
+          "LumoraText\t-1\tXMit Min\t1\t2\n", "LumoraBrightness\t1\t0\t1\t50\n",
+          "LumoraTrackInsert\t7\t0\t1\t50\t1\n", "LumoraTrackInsert\t0\t0\t1\t50\t1\n",
+          "LumoraTrackInsert\t1\t0\t0\t50\t1\n", "LumoraTrackInsert\t1\t0\t-5\t50\t1\n",
+          "LumoraTrackInsert\t1\t0\t2\t50\t1\t1\t50\t1\n", "LumoraTime\t9\t0\t1\t1\t2\n",
+          "LumoraFunction\t1\t0\t0\t\tP\n"}) {
+        EXPECT_EQ(open(line, 1), refused) << line;
+        EXPECT_EQ(stateOf(document), before);
+    }
+    const std::string notUnderstood = "Error: Can't understand the file format.";
+    const std::string one = "LumoraTrackInsert\t1\t0\t1\t50\t1\n";
+    for (const std::string& body :
+         {"LumoraTrackInsert\t1\t0\t3\t50\t1\n" + one, one + "LumoraTime\t1\t0\t2\t1\t2\n",
+          one + "LumoraBrightness\t1\t1\t1\t1\t2\n", one + "LumoraTrackRemove\t1\t0\t2\t50\t1\n",
+          one + "LumoraTrackInsert\t1\t0\t1\t1\t1\t4\t1\t1\n"}) {
+        EXPECT_EQ(open(body, 2), notUnderstood) << body;
+        EXPECT_EQ(open(body, 2, 0), notUnderstood) << body; // also in what could be redone
+        EXPECT_EQ(stateOf(document), before);
+    }
+    EXPECT_EQ(open("lumoratext\t1\tTrip Point\t50\t60\n", 1),
+              "Error: Can't understand the file format (unrecognized prefix).");
+}
+
+/// Makes all kinds of edits at random, through the editor.
+class RandomEdits {
+  public:
+    RandomEdits(LightBench& bench, unsigned seed) : bench_(bench), random_(seed) {}
+
+    void step() {
+        bench_.control.TabStrip1.select(1 + below(6));
+        const int channel = bench_.control.ActiveChannel();
+        const bool onState = below(2) == 1;
+        LumoraTrackEditor& editor = bench_.track(channel, onState);
+        const int count = editor.track().GetTrackCount();
+        bench_.tracks.takeFocus(LumoraDocument::trackIndex(channel, onState));
+        if (count > 0) {
+            bench_.desk.keys.shift = false;
+            editor.press(1 + below(count));
+            bench_.desk.keys.shift = below(3) == 0;
+            editor.press(1 + below(count));
+            bench_.desk.keys.shift = false;
+        }
+        switch (below(12)) {
+        case 0:
+            return bench_.control.DeleteButton.press();
+        case 1:
+            return bench_.control.Clipboard_Cut();
+        case 2:
+            bench_.control.Clipboard_Copy();
+            return bench_.control.Clipboard_Paste();
+        case 3:
+            return bench_.control.InsertButton.press();
+        case 4:
+            bench_.control.options.ChannelHysteresis.type(std::to_string(below(120)));
+            return bench_.control.options.ChannelHysteresis.leave();
+        case 5:
+            return bench_.control.options.record(
+                channel, "Light Color", WriteHexadecimal(static_cast<unsigned>(below(0xFFFFFF))));
+        case 6:
+        case 7:
+            if (SegmentBlock* block = editor.block()) {
+                if (editor.track().Binary())
+                    return;
+                block->chooseFunction(below(2) == 0 ? "P" : "PT");
+                block->txtBrightness2.type(std::to_string(below(101)));
+                return block->Commit();
+            }
+            [[fallthrough]];
+        case 8:
+        case 9:
+            if (SegmentBlock* block = editor.block()) {
+                block->txtBrightness.type(std::to_string(below(101)));
+                block->txtTime.type(std::to_string(below(260)) + "e-2");
+                return block->Commit();
+            }
+            [[fallthrough]];
+        case 10:
+            if (bench_.history.CanUndo() && below(2) == 0)
+                return bench_.history.Undo(true);
+            [[fallthrough]];
+        default:
+            return bench_.control.AddButton.press();
+        }
+    }
+    int below(int limit) { return static_cast<int>(random_() % static_cast<unsigned>(limit)); }
+
+  private:
+    LightBench& bench_;
+    std::mt19937 random_;
+};
+
+TEST_F(LumoraFiles, RandomDocumentsSurviveSavingOpeningUndoingAndRedoing) {
+    const std::string path = desk.folder.path() / "d.lumora";
+    for (unsigned seed = 1; seed <= 500; ++seed) {
+        desk.person.answers = {Answer::No};
+        history.NewHistory();
+        RandomEdits edits(*this, seed);
+        for (int i = 0; i < 25; ++i)
+            edits.step();
+        desk.person.files = {path};
+        ASSERT_TRUE(history.SaveHistoryAs());
+        const std::string saved = desk.folder.content("d.lumora");
+        const std::string state = stateOf(document);
+        ASSERT_TRUE(history.OpenHistory(path)) << seed << desk.person.takeMessage();
+        ASSERT_EQ(stateOf(document), state) << seed;
+        const int position = history.position();
+        while (history.position() > 0)
+            history.Undo(true);
+        LumoraDocument fresh({desk.person, desk.person, desk.text});
+        ASSERT_EQ(stateOf(document), stateOf(fresh)) << seed;
+        while (history.position() < position)
+            history.Redo(true);
+        ASSERT_EQ(stateOf(document), state) << seed;
+        history.SaveHistory();
+        ASSERT_EQ(desk.folder.content("d.lumora"), saved) << seed;
+    }
+}
+
+TEST_F(LumoraFiles, RedoAfterUndoAlwaysGivesTheSameState) {
+    RandomEdits edits(*this, 4711);
+    for (int i = 0; i < 300; ++i) {
+        edits.step();
+        if (!history.CanUndo())
+            continue;
+        const std::string after = stateOf(document);
+        const int back = std::min(history.position(), 1 + edits.below(5));
+        for (int step = 0; step < back; ++step)
+            history.Undo(true);
+        for (int step = 0; step < back; ++step)
+            history.Redo(true);
+        ASSERT_EQ(stateOf(document), after) << i;
+    }
+}
+
+} // namespace
+} // namespace corvane

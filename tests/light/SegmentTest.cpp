@@ -1,0 +1,148 @@
+#include "base/Assert.h"
+#include "base/KORgbValue.h"
+#include "light/LumoraTrack.h"
+#include "light/SegmentBlock.h"
+#include "light/TrackSelection.h"
+
+#include <gtest/gtest.h>
+
+namespace corvane {
+namespace {
+
+TEST(KORgbValue, BlendsMultipliesAndAttenuates) {
+    const KORgbValue orange(255, 128, 1);
+    EXPECT_EQ(orange.Attenuate(100), orange);
+    EXPECT_EQ(orange.Attenuate(0), KORgbValue());
+    EXPECT_EQ(orange.Attenuate(50), KORgbValue(127, 64, 0)); // level 127
+    EXPECT_EQ(orange.BlendWith({0, 0, 0}, 0), orange);
+    EXPECT_EQ(orange.BlendWith({1, 2, 3}, 1), KORgbValue(1, 2, 3));
+    EXPECT_EQ(KORgbValue(10, 5, 0).BlendWith({15, 10, 1}, 0.5), KORgbValue(12, 8, 0)); // ties
+    EXPECT_EQ(KORgbValue::FromColor(0xFF8001), KORgbValue(1, 0x80, 0xFF));
+    EXPECT_EQ(KORgbValue(1, 0x80, 0xFF).Value(), 0xFF8001);
+    EXPECT_EQ(KORgbValue::FromColor(-2147483647 - 1 + 5), KORgbValue(5, 0, 0)); // loses the top bit
+}
+
+TEST(Segment, LimitsItsValues) {
+    const std::vector<std::pair<double, double>> times{{0.005, 0.01}, {2.51, 2.5},  {1.999, 1.99},
+                                                       {-4, 0.01},    {0.29, 0.29}, {2.5, 2.5}};
+    for (const auto& [asked, kept] : times)
+        EXPECT_DOUBLE_EQ(LumoraTrackElement::ClampTime(asked), kept) << asked;
+    EXPECT_EQ(LumoraTrackElement::FormatTime(1), "1.00");
+    LumoraTrack track(true);
+    track.InsertTrack(1, -1, -1, "P", -1);
+    LumoraTrackElement& segment = track.GetTrack(1);
+    EXPECT_EQ(segment.time(), 1);
+    EXPECT_EQ(segment.brightness(), 0);
+    EXPECT_EQ(segment.brightness2(), 0);
+    segment.setBrightness(101);
+    EXPECT_EQ(segment.brightness(), 100);
+    segment.setBrightness2(-1);
+    EXPECT_EQ(segment.brightness2(), 0);
+}
+
+TEST(Segment, OfATwoLevelTrackIsOnOrOff) {
+    LumoraTrack track(false);
+    track.AddTrack(1, 49);
+    track.AddTrack(1, 50);
+    track.setBinary(true);
+    EXPECT_EQ(track.GetTrack(1).brightness(), 0);
+    EXPECT_EQ(track.GetTrack(2).brightness(), 100);
+    track.InsertTrack(1, 1, 70, "PT", 60);
+    EXPECT_EQ(track.GetTrack(1).functionCode(), "");
+    EXPECT_EQ(track.GetTrack(1).brightness2(), 0);
+    track.GetTrack(1).setFunctionCode("P");
+    EXPECT_EQ(track.BlockCount(), 3);
+}
+
+TEST(Segment, FollowsTheInputAsItsFunctionSays) {
+    LumoraTrack top(true);
+    LumoraTrack bottom(false);
+    for (LumoraTrack* track : {&top, &bottom})
+        track->InsertTrack(1, 1, 80, "P", 20);
+    const LumoraTrackElement& up = top.GetTrack(1);
+    EXPECT_EQ(up.EvaluateBrightness(100, 50), 80);
+    EXPECT_EQ(up.EvaluateBrightness(0, 50), 20);
+    EXPECT_EQ(up.EvaluateBrightness(50, 50), 50);
+    top.GetTrack(1).setFunctionCode("PT");
+    bottom.GetTrack(1).setFunctionCode("PT");
+    const LumoraTrackElement& down = bottom.GetTrack(1);
+    EXPECT_EQ(up.EvaluateBrightness(100, 40), 80);
+    EXPECT_EQ(up.EvaluateBrightness(70, 40), 50);
+    EXPECT_EQ(up.EvaluateBrightness(30, 40), 0); // below the trip point
+    EXPECT_EQ(down.EvaluateBrightness(0, 40), 20);
+    EXPECT_EQ(down.EvaluateBrightness(20, 40), 50);
+    EXPECT_EQ(down.EvaluateBrightness(50, 40), 0);
+    EXPECT_EQ(up.EvaluateBrightness(50, 50), 20); // both count it as theirs
+    EXPECT_EQ(down.EvaluateBrightness(50, 50), 80);
+    for (int input = 0; input <= 100; input += 10) { // no range left at the ends
+        EXPECT_EQ(down.EvaluateBrightness(input, 0), 0);
+        EXPECT_EQ(up.EvaluateBrightness(input, 100), 0);
+    }
+    top.GetTrack(1).setFunctionCode("");
+    EXPECT_EQ(up.EvaluateBrightness(3, 50), 80);
+    top.GetTrack(1).setFunctionCode("?");
+    for (int i = 0; i < 50; ++i) {
+        EXPECT_GE(up.EvaluateBrightness(0, 0), 20);
+        EXPECT_LE(up.EvaluateBrightness(0, 0), 80);
+    }
+}
+
+TEST(Track, CountsItsBlocksAndTime) {
+    LumoraTrack track(true);
+    EXPECT_EQ(track.BlockCount(), 1);
+    EXPECT_EQ(track.TimeLimit(), 0.0F);
+    EXPECT_EQ(track.AddTrack(0.5, 10), 1);
+    track.InsertTrack(1, 0.25, 10, "P", 5);
+    EXPECT_EQ(track.BlockCount(), 3);
+    EXPECT_FLOAT_EQ(track.TimeLimit(), 0.75F);
+    track.GetTrack(1).setFunctionCode("");
+    EXPECT_EQ(track.BlockCount(), 2);
+    track.GetTrack(2).setFunctionCode("PT");
+    track.RemoveTrack(2);
+    EXPECT_EQ(track.BlockCount(), 1);
+    EXPECT_THROW(track.InsertTrack(3, 1, 1, "", 0), AssertionFailed);
+    EXPECT_THROW(track.RemoveTrack(0), AssertionFailed);
+    EXPECT_THROW(static_cast<void>(track.GetTrack(2)), AssertionFailed);
+}
+
+TEST(TrackSelection, ExtendsItsFirstRun) {
+    TrackSelection selection;
+    for (int i = 1; i <= 8; ++i)
+        selection.inserted(i);
+    using Indices = std::vector<int>;
+    selection.extendTo(3);
+    EXPECT_EQ(selection.indices(), Indices{3});
+    selection.extendTo(5);
+    EXPECT_EQ(selection.indices(), (Indices{3, 4, 5}));
+    selection.extendTo(4); // within: ends there
+    EXPECT_EQ(selection.indices(), (Indices{3, 4}));
+    selection.set(7, true); // ragged, and only the first run counts
+    selection.extendTo(2);
+    EXPECT_EQ(selection.indices(), (Indices{2, 3, 4}));
+    selection.extendTo(2);
+    EXPECT_EQ(selection.indices(), (Indices{2, 3, 4}));
+    selection.inserted(3);
+    EXPECT_EQ(selection.indices(), (Indices{2, 4, 5}));
+    selection.removed(4);
+    EXPECT_EQ(selection.indices(), (Indices{2, 4}));
+    selection.selectOnly(99);
+    EXPECT_EQ(selection.count(), 0);
+    EXPECT_EQ(selection.first(), 0);
+}
+
+TEST(SegmentColor, GoesFromTheFirstLevelToTheSecond) {
+    LumoraTrack track(true);
+    track.InsertTrack(1, 1, 100, "P", 0);
+    const LumoraTrackElement& segment = track.GetTrack(1);
+    constexpr int red = 0x0000FF;
+    EXPECT_EQ(SegmentColorAt(segment, red, 100, 20, 0), KORgbValue(255, 0, 0));
+    EXPECT_EQ(SegmentColorAt(segment, red, 100, 20, 1), KORgbValue(51, 0, 0));
+    EXPECT_EQ(SegmentColorAt(segment, red, 100, 20, -1), KORgbValue());
+    EXPECT_EQ(FunctionLabel("P"), "PROPORTIONAL");
+    EXPECT_EQ(FunctionLabel("PT"), "PROP FROM TRIP");
+    EXPECT_EQ(FunctionLabel("X"), "UNKNOWN FUNCTION");
+    EXPECT_EQ(FunctionLabel(""), "");
+}
+
+} // namespace
+} // namespace corvane
