@@ -1,6 +1,7 @@
 #include "desktop/Binders.h"
 
 #include "desktop/EventLoop.h"
+#include "desktop/InputWidgets.h"
 #include "desktop/Theme.h"
 
 #include <QAbstractButton>
@@ -104,6 +105,7 @@ void Bind(QAction* action, MenuItem& child) {
     // The control alone decides whether it is checked.
     QObject::connect(action, &QAction::triggered, action, [action, &child] {
         action->setChecked(child.Checked());
+        CommitFocusedBox();
         child.choose();
     });
 }

@@ -2,6 +2,7 @@
 
 #include "desktop/AboutWindow.h"
 #include "desktop/Binders.h"
+#include "desktop/InputWidgets.h"
 #include "desktop/Theme.h"
 #include "desktop/Views.h"
 
@@ -61,6 +62,7 @@ MainWindow::~MainWindow() {
 }
 
 void MainWindow::closeEvent(QCloseEvent* event) {
+    CommitFocusedBox();
     event->setAccepted(form_.Unload());
 }
 

@@ -101,6 +101,7 @@ void LumoraScrollableTracks::stack() {
         if (p.visible)
             top += slot;
     }
+    LayoutChanged.raise();
 }
 
 int LumoraScrollableTracks::widestTrack() const {
@@ -129,7 +130,6 @@ void LumoraScrollableTracks::updateScroll() {
     overflow_ = std::max(0, contentWidth - width_);
     HScroll.setMax(static_cast<int>(std::ceil(static_cast<float>(overflow_) / unit_)));
     takeOffset();
-    LayoutChanged.raise();
 }
 
 void LumoraScrollableTracks::takeOffset() {
@@ -161,6 +161,7 @@ void LumoraScrollableTracks::setTimeScale(float scale) {
             return setTimeScale(fitting);
     }
     updateScroll();
+    LayoutChanged.raise();
 }
 
 float LumoraScrollableTracks::ClampZoom(float value) {

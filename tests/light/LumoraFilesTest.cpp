@@ -117,6 +117,19 @@ TEST_F(LumoraFiles, UnsoundLinesAreRefusedAndNothingIsTouched) {
               "Error: Can't understand the file format (unrecognized prefix).");
 }
 
+TEST_F(LumoraFiles, TheExamplesOpenAndFitIntoTheController) {
+    int examples = 0;
+    for (const auto& entry : std::filesystem::directory_iterator(CORVANE_EXAMPLES)) {
+        if (entry.path().extension() != ".lumora")
+            continue;
+        ++examples;
+        EXPECT_TRUE(history.OpenHistory(entry.path())) << entry.path();
+        EXPECT_LE(document.BlockCount(), LumoraDocument::BlockLimit) << entry.path();
+        EXPECT_GT(document.BlockCount(), LumoraDocument::TrackCount) << entry.path();
+    }
+    EXPECT_GE(examples, 3);
+}
+
 /// Makes all kinds of edits at random, through the editor.
 class RandomEdits {
   public:

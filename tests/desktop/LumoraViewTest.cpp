@@ -1,0 +1,313 @@
+#include "desktop/light/LumoraView.h"
+
+#include "desktop/EventLoop.h"
+#include "desktop/MainWindow.h"
+#include "desktop/QtDialogs.h"
+#include "desktop/light/TracksCanvas.h"
+#include "light/LumoraUndoableSegmentChange.h"
+#include "support/LightBench.h"
+#include "support/Screen.h"
+
+#include <QFileDialog>
+#include <QGroupBox>
+#include <QMenu>
+#include <QMenuBar>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QTabBar>
+#include <QTest>
+#include <QWheelEvent>
+#include <gtest/gtest.h>
+
+namespace corvane {
+namespace {
+
+/// The real main window over the light editor, with real events.
+class LumoraWindow : public testing::Test {
+  protected:
+    Desk desk;
+    QtDialogs dialogs;
+    QtKeyboard keyboard;
+    Workplace place{desk.bench.link,  desk.bench.device, desk.bench.products, desk.bench.modes,
+                    desk.bench.clock, desk.pause,        desk.bench.debug,    desk.bench.debugger,
+                    dialogs,          dialogs,           desk.text,           desk.programs,
+                    desk.registry};
+    Application application{desk.programs, dialogs};
+    ProductControls controls{place, keyboard};
+    MainForm form{place, controls, application};
+    LinkStatus status{desk.bench.link, desk.bench.products};
+    MainWindow window{form, status};
+
+    void SetUp() override {
+        dialogs.setFolder(QString::fromStdString(desk.folder.path()));
+        window.show();
+        ASSERT_TRUE(QTest::qWaitForWindowExposed(&window));
+        window.activateWindow();
+        form.Initialize({});
+        QApplication::processEvents();
+    }
+    LumoraControl& control() { return dynamic_cast<LumoraControl&>(*form.control()); }
+    LumoraDocument& document() { return control().document; }
+    LumoraView& view() { return dynamic_cast<LumoraView&>(*window.view()); }
+    TracksCanvas& canvas() { return view().canvas(); }
+
+    void press(const char* caption) {
+        for (QPushButton* button : view().findChildren<QPushButton*>())
+            if (button->text() == caption)
+                return QTest::mouseClick(button, Qt::LeftButton);
+        FAIL() << caption;
+    }
+    void key(Qt::Key which, Qt::KeyboardModifiers modifiers = {}) {
+        QTest::keyClick(QApplication::focusWidget() == nullptr ? &window
+                                                               : QApplication::focusWidget(),
+                        which, modifiers);
+    }
+    void drag(QPoint from, QPoint to) {
+        QTest::mousePress(&canvas(), Qt::LeftButton, {}, from);
+        for (int step = 1; step <= 4; ++step) {
+            QMouseEvent move(QEvent::MouseMove, QPointF(from + (to - from) * step / 4),
+                             canvas().mapToGlobal(QPointF(from + (to - from) * step / 4)),
+                             Qt::NoButton, Qt::LeftButton, {});
+            QApplication::sendEvent(&canvas(), &move);
+        }
+    }
+    void release(QPoint at) { QTest::mouseRelease(&canvas(), Qt::LeftButton, {}, at); }
+    void saveAs(const QString& name) {
+        whenShown<QFileDialog>([&name](QFileDialog& dialog) {
+            dialog.findChild<QLineEdit*>("fileNameEdit")->setText(name);
+            QTest::keyClick(&dialog, Qt::Key_Return);
+        });
+        QTest::keyClick(&window, Qt::Key_S, Qt::ControlModifier);
+        window.activateWindow();
+        ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
+    }
+};
+
+TEST_F(LumoraWindow, AProgramIsDrawnWithMouseAndKeysSavedAndReopened) {
+    press("Add"); // 50 percent, 1 s
+    ASSERT_TRUE(canvas().brightnessBox().isVisible());
+    QTest::mouseClick(&canvas().brightnessBox(), Qt::LeftButton);
+    canvas().brightnessBox().selectAll();
+    QTest::keyClicks(&canvas().brightnessBox(), "100");
+    key(Qt::Key_Tab); // commits, and goes on to the time
+    EXPECT_EQ(QApplication::focusWidget(), &canvas().timeBox());
+    canvas().timeBox().selectAll();
+    QTest::keyClicks(&canvas().timeBox(), "0.8");
+    key(Qt::Key_Return);
+    EXPECT_EQ(QApplication::focusWidget(), &canvas());
+    press("Add");
+    // Drag its right edge by 0.2 s to the right, at 160 pixels a second.
+    const BlockGeometry second = canvas().geometryOf(1, 2);
+    drag(second.handle.center(), second.handle.center() + QPoint(32, 0));
+    EXPECT_EQ(document().track(1).GetTrack(2).time(), 0.8); // not before it is let go
+    release(second.handle.center() + QPoint(32, 0));
+    // Drag its brightness down.
+    const QRect gradient = canvas().geometryOf(1, 2).gradient;
+    drag(gradient.center(), gradient.bottomLeft() + QPoint(3, 0));
+    release(gradient.bottomLeft() + QPoint(3, 0));
+    key(Qt::Key_Left);
+    key(Qt::Key_C, Qt::ControlModifier);
+    key(Qt::Key_End);
+    key(Qt::Key_V, Qt::ControlModifier);
+    key(Qt::Key_Down);
+    press("Add");
+    saveAs("drawn.lumora");
+    EXPECT_EQ(window.windowTitle(),
+              "Lumora - " + QString::fromStdString(desk.folder.path() / "drawn.lumora"));
+
+    // The same by the model alone.
+    LightBench model;
+    model.insert(1, false, {1, 50, 1, {}, 0});
+    const auto assign = [&model](auto change, int element, auto before, auto after) {
+        change->Initialize(model.document, 1, false, element, before, after);
+        model.history.Record(std::move(change));
+    };
+    assign(std::make_unique<LumoraUndoableBrightnessChange>(), 1, 50, 100);
+    assign(std::make_unique<LumoraUndoableTimeChange>(), 1, 1.0, 0.8);
+    model.insert(1, false, {2, 100, 0.8, {}, 0});
+    assign(std::make_unique<LumoraUndoableTimeChange>(), 2, 0.8, 1.0);
+    assign(std::make_unique<LumoraUndoableBrightnessChange>(), 2, 100, 0);
+    model.insert(1, false, {2, 100, 0.8, {}, 0});
+    model.insert(1, true, {1, 50, 1, {}, 0});
+    const std::string drawn = desk.folder.content("drawn.lumora");
+    EXPECT_EQ(drawn.substr(drawn.find('\n') + 1), model.lines());
+
+    for (int i = 0; i < 8; ++i)
+        key(Qt::Key_Z, Qt::ControlModifier);
+    EXPECT_FALSE(form.menu.mnuEditUndo.Enabled());
+    EXPECT_EQ(document().BlockCount(), 12);
+    for (int i = 0; i < 8; ++i)
+        key(Qt::Key_Y, Qt::ControlModifier);
+    key(Qt::Key_S, Qt::ControlModifier);
+    EXPECT_EQ(desk.folder.content("drawn.lumora"), drawn);
+    key(Qt::Key_N, Qt::ControlModifier);
+    EXPECT_EQ(document().track(1).GetTrackCount(), 0);
+    form.menu.mnuFileMRU.item(1).choose();
+    EXPECT_EQ(document().track(1).GetTrackCount(), 3);
+}
+
+TEST_F(LumoraWindow, EscapePutsADragBackAndLeavesNoStep) {
+    press("Add");
+    const BlockGeometry block = canvas().geometryOf(1, 1);
+    drag(block.handle.center(), block.handle.center() + QPoint(60, 0));
+    EXPECT_NE(canvas().geometryOf(1, 1).block, block.block);
+    shoot(canvas(), "drag");
+    QTest::keyClick(&canvas(), Qt::Key_Escape);
+    release(block.handle.center() + QPoint(60, 0));
+    EXPECT_EQ(canvas().geometryOf(1, 1).block, block.block);
+    EXPECT_EQ(document().HistoryObject().Length(), 1);
+    drag(block.handle.center(), block.handle.center() + QPoint(2, 0)); // too little to begin
+    release(block.handle.center() + QPoint(2, 0));
+    EXPECT_EQ(document().HistoryObject().Length(), 1);
+}
+
+TEST_F(LumoraWindow, WhatIsTypedIsNotLostWhenSaving) {
+    press("Add");
+    QTest::mouseClick(&canvas().brightnessBox(), Qt::LeftButton);
+    canvas().brightnessBox().selectAll();
+    QTest::keyClicks(&canvas().brightnessBox(), "77");
+    saveAs("typed.lumora"); // without leaving the box
+    EXPECT_NE(desk.folder.content("typed.lumora").find("LumoraBrightness\t1\t0\t1\t50\t77"),
+              std::string::npos);
+}
+
+TEST_F(LumoraWindow, ClicksSelectAndTheContextMenuActs) {
+    for (int i = 0; i < 3; ++i)
+        press("Add");
+    const auto at = [this](int index) {
+        return canvas().geometryOf(1, index).block.topLeft() + QPoint(20, 10);
+    };
+    QTest::mouseClick(&canvas(), Qt::LeftButton, {}, at(1));
+    QTest::mouseClick(&canvas(), Qt::LeftButton, Qt::ShiftModifier, at(2));
+    EXPECT_EQ(control().tracks.track(1).SelectedIndexCount(), 2);
+    QTest::mouseClick(&canvas(), Qt::LeftButton, Qt::ControlModifier, at(1));
+    EXPECT_EQ(control().tracks.track(1).SelectedIndices(), std::vector<int>{2});
+    QContextMenuEvent byKey(QContextMenuEvent::Keyboard, at(2), canvas().mapToGlobal(at(2)));
+    QApplication::sendEvent(&canvas(), &byKey);
+    auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+    ASSERT_NE(menu, nullptr);
+    QStringList captions;
+    for (const QAction* action : menu->actions())
+        captions.push_back(action->isSeparator() ? "-" : action->text());
+    EXPECT_EQ(captions,
+              (QStringList{"Change &Brightness...", "Change Ti&me...", "-", "&Function", "-",
+                           "&Add", "&Insert", "&Delete", "-", "Cu&t", "&Copy", "&Paste"}));
+    shoot(*menu, "segment-menu");
+    QTest::mouseClick(menu, Qt::LeftButton, {}, menu->actionGeometry(menu->actions()[7]).center());
+    EXPECT_EQ(document().track(1).GetTrackCount(), 2);
+    key(Qt::Key_Delete);
+    EXPECT_EQ(document().track(1).GetTrackCount(), 1);
+    // A click beside the blocks clears the selection.
+    QTest::mouseClick(&canvas(), Qt::LeftButton, {},
+                      canvas().geometryOf(1, 1).block.topRight() + QPoint(40, 10));
+    EXPECT_EQ(control().tracks.track(1).SelectedIndexCount(), 0);
+}
+
+TEST_F(LumoraWindow, TheWheelScrollsAndZoomsAboutThePointer) {
+    for (int i = 0; i < 12; ++i)
+        press("Add");
+    const auto turn = [this](Qt::KeyboardModifiers modifiers, int delta) {
+        QWheelEvent event(QPointF(200, 30), canvas().mapToGlobal(QPointF(200, 30)), {},
+                          QPoint(0, delta), {}, modifiers, Qt::NoScrollPhase, false);
+        QApplication::sendEvent(&canvas(), &event);
+    };
+    const int offset = control().tracks.scrollOffset();
+    turn({}, 120);
+    EXPECT_NEAR(control().tracks.scrollOffset(), offset - 900, 5);
+    for (int i = 0; i < 8; ++i)
+        turn({}, 15); // small steps of a touchpad add up
+    EXPECT_NEAR(control().tracks.scrollOffset(), offset - 1800, 10);
+    const double before = (control().tracks.scrollOffset() + 3000) / control().tracks.TimeScale();
+    turn(Qt::ControlModifier, 120);
+    EXPECT_FLOAT_EQ(control().tracks.TimeScale(), 3000);
+    EXPECT_NEAR((control().tracks.scrollOffset() + 3000) / control().tracks.TimeScale(), before,
+                0.002);
+}
+
+TEST_F(LumoraWindow, ADragOfAnEdgePaintsItsTrackAlone) {
+    press("Add");
+    QApplication::processEvents();
+    struct Watch final : QObject {
+        QRegion painted;
+        bool eventFilter(QObject*, QEvent* event) override {
+            if (event->type() == QEvent::Paint)
+                painted += dynamic_cast<QPaintEvent&>(*event).region();
+            return false;
+        }
+    } watch;
+    const BlockGeometry block = canvas().geometryOf(1, 1);
+    QTest::mousePress(&canvas(), Qt::LeftButton, {}, block.handle.center());
+    QApplication::processEvents();
+    canvas().installEventFilter(&watch);
+    for (int x = 4; x < 40; x += 4) {
+        const QPointF to = block.handle.center() + QPointF(x, 0);
+        QMouseEvent move(QEvent::MouseMove, to, canvas().mapToGlobal(to), Qt::NoButton,
+                         Qt::LeftButton, {});
+        QApplication::sendEvent(&canvas(), &move);
+        QApplication::processEvents();
+    }
+    const int top = control().tracks.TrackTop(2) / 15;
+    EXPECT_FALSE(watch.painted.isEmpty());
+    EXPECT_LT(watch.painted.boundingRect().bottom(), top);
+    release(block.handle.center());
+}
+
+TEST_F(LumoraWindow, EveryControlHasAName) {
+    for (int tab = 1; tab <= 9; ++tab) {
+        control().TabStrip1.select(tab);
+        control().AdvancedButton.press();
+        QApplication::processEvents();
+        for (QWidget* widget : view().findChildren<QWidget*>()) {
+            if (!widget->isVisible() || widget->focusPolicy() == Qt::NoFocus)
+                continue;
+            const auto* button = qobject_cast<QAbstractButton*>(widget);
+            const bool named = !widget->accessibleName().isEmpty() ||
+                               (button != nullptr && !button->text().isEmpty());
+            EXPECT_TRUE(named) << widget->metaObject()->className() << " on tab " << tab;
+        }
+    }
+}
+
+TEST_F(LumoraWindow, LooksRightOnEveryTab) {
+    if (qEnvironmentVariableIsEmpty("CORVANE_SCREENSHOTS"))
+        GTEST_SKIP() << "no pictures asked for";
+    const auto put = [this](int channel, bool onState, std::vector<LumoraSegment> segments) {
+        auto change = std::make_unique<LumoraUndoableTrackChange>();
+        change->InitializeGroup(document(), true, channel, onState, std::move(segments));
+        document().HistoryObject().Record(std::move(change));
+    };
+    document().setData(1, "Light Color", "FF3020");
+    document().setData(2, "Light Color", "30FF");
+    put(1, false,
+        {{1, 100, 0.8, {}, 0},
+         {2, 0, 0.3, {}, 0},
+         {3, 60, 1.1, {}, 0},
+         {4, 10, 0.1, {}, 0},
+         {5, 100, 0.9, "P", 10},
+         {6, 100, 0.9, "PT", 0}});
+    put(1, true,
+        {{1, 30, 1.0, "PT", 100},
+         {2, 100, 0.05, {}, 0},
+         {3, 0, 0.05, {}, 0},
+         {4, 80, 0.25, {}, 0}});
+    put(2, false, {{1, 90, 1.2, {}, 0}});
+    put(5, true, {{1, 100, 1.2, {}, 0}, {2, 0, 1.2, {}, 0}});
+    for (const QSize size : {QSize(734, 518), QSize(1600, 1000)}) {
+        window.resize(size);
+        for (int tab = 1; tab <= 9; ++tab) {
+            if (tab == 3 || tab == 4 || tab == 6)
+                continue;
+            control().TabStrip1.select(tab);
+            if (tab == 1) {
+                control().tracks.FocusOn(1, 3);
+                if (control().AdvancedButton.Caption() == "Advanced >>")
+                    control().AdvancedButton.press();
+            }
+            QApplication::processEvents();
+            shoot(window, QString("tab%1-%2").arg(tab).arg(size.width()));
+        }
+    }
+}
+
+} // namespace
+} // namespace corvane
