@@ -4,12 +4,12 @@
 #include "history/History.h"
 
 #include "kolib/text/TextFiles.h"
+#include "support/Measure.h"
+#include "support/Nobody.h"
 #include "system/DiskFiles.h"
 
 #include <QUndoStack>
 
-#include <algorithm>
-#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -20,43 +20,6 @@ namespace {
 
 using namespace corvane;
 constexpr int Count = 100000;
-constexpr int Repeats = 7;
-
-double milliseconds(const std::function<void()>& work) {
-    const auto start = std::chrono::steady_clock::now();
-    work();
-    return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start)
-        .count();
-}
-
-double median(std::vector<double> values) {
-    std::sort(values.begin(), values.end());
-    return values[values.size() / 2];
-}
-
-/// The median of the ratios of two works done in turn.
-double ratio(const std::function<void()>& a, const std::function<void()>& b) {
-    std::vector<double> ratios;
-    for (int i = 0; i < Repeats; ++i) {
-        const double first = milliseconds(a);
-        ratios.push_back(first / milliseconds(b));
-    }
-    return median(ratios);
-}
-
-struct Nobody final : Dialogs, BusyPointer {
-    Answer Message(const MessageBox&) override { return Answer::No; }
-    std::optional<std::string> OpenFile(const std::string&) override { return {}; }
-    std::optional<std::string> SaveFile(const std::string&, const std::string&) override {
-        return {};
-    }
-    std::optional<int> PickColor(int) override { return {}; }
-    std::optional<std::string> Input(const std::string&, const std::string&,
-                                     const std::string&) override {
-        return {};
-    }
-    void set(bool) override {}
-};
 
 struct Values final : HistoryHost {
     std::vector<int> values = std::vector<int>(1000);

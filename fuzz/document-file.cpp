@@ -1,6 +1,7 @@
 // Any bytes as a document file: refused or opened, and what was opened can be saved and read again.
 #include "history/History.h"
 #include "kolib/text/TextFiles.h"
+#include "support/Nobody.h"
 
 #include <cstdlib>
 
@@ -19,20 +20,6 @@ struct MemoryFile final : FileDoor {
         content = bytes;
         return true;
     }
-};
-
-struct Nobody final : Dialogs, BusyPointer {
-    Answer Message(const MessageBox&) override { return Answer::No; }
-    std::optional<std::string> OpenFile(const std::string&) override { return {}; }
-    std::optional<std::string> SaveFile(const std::string&, const std::string&) override {
-        return {};
-    }
-    std::optional<int> PickColor(int) override { return {}; }
-    std::optional<std::string> Input(const std::string&, const std::string&,
-                                     const std::string&) override {
-        return {};
-    }
-    void set(bool) override {}
 };
 
 /// Keeps any line as it is.

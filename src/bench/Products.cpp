@@ -64,6 +64,7 @@ class EepromProduct final : public PlainProduct {
 const std::vector<std::string_view>& productNames() {
     static const std::vector<std::string_view> names = [] {
         std::vector<std::string_view> all;
+        all.reserve(products.size() + 2);
         for (const Row& row : products)
             all.push_back(row.name);
         all.push_back(Blank);

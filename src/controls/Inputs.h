@@ -130,6 +130,16 @@ class TabStrip final : public ChildControl {
     int selected_ = 1;
 };
 
+/// How far something has come, 0 to 100.
+class ProgressBar final : public ChildControl {
+  public:
+    [[nodiscard]] int Value() const { return value_; }
+    void setValue(int value) { assign(value_, std::clamp(value, 0, 100)); }
+
+  private:
+    int value_ = 0;
+};
+
 /// Groups other parts, which show only while it does.
 class Frame final : public ChildControl {};
 

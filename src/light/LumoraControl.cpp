@@ -29,7 +29,10 @@ LumoraControl::LumoraControl(const Workplace& place, const KOKeyboard& keyboard)
       tracks(document, place.dialogs, keyboard),
       options(document, place.dialogs),
       TabStrip1(allTabs()),
+      place_(place),
       dialogs_(place.dialogs) {
+    DebugButton.setVisible(place.modes.DebugMode);
+    DebugDisconnectButton.setVisible(place.modes.DebugMode);
     place.link.setMaintainConnection(false);
     connectTracks();
     connectButtons();
@@ -104,6 +107,10 @@ void LumoraControl::connectButtons() {
     on(ZoomOutButton, "Show more time, but smaller", [this] { tracks.ZoomOut(); });
     on(ZoomToFitButton, "Make the longest track just fill the window",
        [this] { tracks.ZoomToFit(); });
+    on(ProgramButton, "Put the program into the controller on the link", [this] { program(); });
+    on(DebugButton, "Write the controller's memory to the log", [this] { dump(); });
+    on(DebugDisconnectButton, "Let the controller go",
+       [this] { place_.link.setMaintainConnection(false); });
     on(AdvancedButton, "Turn-off point, hysteresis and what happens without a signal", [this] {
         advanced_ = !advanced_;
         AdvancedButton.setCaption(advanced_ ? "<< Advanced" : "Advanced >>");

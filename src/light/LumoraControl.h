@@ -4,6 +4,7 @@
 #include "light/LumoraClipboard.h"
 #include "light/LumoraOptions.h"
 #include "light/LumoraPlaces.h"
+#include "light/LumoraProgramming.h"
 #include "light/LumoraScrollableTracks.h"
 #include "light/SegmentPopup.h"
 #include "link/ProductControl.h"
@@ -19,11 +20,15 @@ class LumoraControl final : public ProductControl, public ClipboardCommands {
   public:
     LumoraControl(const Workplace& place, const KOKeyboard& keyboard);
 
-    void ProcessPacket(const KOPacket&) override {}
+    void ProcessPacket(const KOPacket& packet) override;
     void UpdateReadyState(bool) override {}
     [[nodiscard]] History* HistoryObject() override { return &document.HistoryObject(); }
     [[nodiscard]] std::optional<std::string> ProductName() const override { return "Lumora"; }
     [[nodiscard]] ClipboardCommands* Clipboard() override { return this; }
+    void SetDebugger(const KODebugger& debugger) override { debugger_ = &debugger; }
+
+    /// A programming run begins: its dialog shows beside the main window until it is confirmed.
+    Event<LumoraProgramming&> ProgrammingShown;
 
     [[nodiscard]] Messenger& Clipboard_Messenger() override { return clipboardMessenger_; }
     [[nodiscard]] bool Clipboard_CanCut() const override { return canCopy_; }
@@ -68,6 +73,9 @@ class LumoraControl final : public ProductControl, public ClipboardCommands {
     Button ZoomInButton{"Zoom In"};
     Button ZoomOutButton{"Zoom Out"};
     Button ZoomToFitButton{"Zoom to Fit"};
+    Button ProgramButton{"Program"};
+    Button DebugButton{"Dump EEROM"};
+    Button DebugDisconnectButton{"Disconnect"};
 
   private:
     void connectTracks();
@@ -92,7 +100,16 @@ class LumoraControl final : public ProductControl, public ClipboardCommands {
     void filter(UndoableChange& change, bool undoing, bool& cancel);
     void goTo(const LumoraPlace& place);
 
+    void program();
+    void dump();
+    void writeLine(const std::string& text) const;
+
+    Workplace place_;
     Dialogs& dialogs_;
+    const KODebugger* debugger_ = nullptr;
+    std::unique_ptr<LumoraProgramming> programming_;
+    LumoraProgrammer* programmer_ = nullptr;    // during a run
+    GenericEEPROMProgrammer* dumper_ = nullptr; // during a dump
     LumoraClipboard clipboard_;
     Messenger clipboardMessenger_;
     bool canCopy_ = false;

@@ -13,7 +13,7 @@ class LumoraTrack;
 class LumoraTrackElement {
   public:
     // Function codes. Any other text is kept, and gives a level that changes from call to call.
-    static constexpr std::string_view Normal = "";
+    static constexpr std::string_view Normal{};
     static constexpr std::string_view Proportional = "P";
     static constexpr std::string_view ProportionalFromTrip = "PT";
 

@@ -13,9 +13,10 @@ KOInterface::KOInterface(KOCommLink& link)
           if (control_ != nullptr)
               control_->ProcessPacket(packet);
       })),
-      onChanging_(changer_.ClassChanging.connect(
-          // A copy, since the name may belong to the control that goes.
-          [this](std::string newClass) { SelectUI(newClass); })) {}
+      onChanging_(changer_.ClassChanging.connect([this](const std::string& newClass) {
+          const std::string kept = newClass; // it may belong to the control that goes
+          SelectUI(kept);
+      })) {}
 
 void KOInterface::Initialize(const std::string& classToOpen) {
     SelectUI(classToOpen.empty() ? link_.Class() : classToOpen);

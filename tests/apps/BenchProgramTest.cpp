@@ -232,6 +232,35 @@ TEST_F(BenchProgram, KeepsTheEepromAcrossRuns) {
     EXPECT_EQ(std::filesystem::file_size(memory), 128U);
 }
 
+TEST_F(BenchProgram, ChecksAndConvertsDocuments) {
+    const std::string light = "Lumora\t2\t1\t0\t1\nLumoraTrackInsert\t1\t0\t1\t50\t0.5\n"
+                              "LumoraTime\t1\t0\t1\t.5\t.6\n";
+    const std::string file = folder.file("a.lumora", light);
+    Process check("corvanectl", {"check", file});
+    EXPECT_EQ(check.wait(), 0);
+    EXPECT_EQ(check.output(), "type\tLumora\nversion\t1\nchanges\t2\nposition\t1\nstop point\t0\n");
+    Process convert("corvanectl", {"convert", file, folder.path() / "b.lumora"});
+    EXPECT_EQ(convert.wait(), 0);
+    EXPECT_EQ(folder.content("b.lumora"), "Lumora\t2\t1\t0\t2\nLumoraTrackInsert\t1\t0\t1\t50\t.5\n"
+                                          "LumoraTime\t1\t0\t1\t.5\t.6\n");
+    const std::vector<std::pair<std::vector<std::string>, std::string>> failures{
+        {{"check", folder.path() / "none.lumora"}, "corvanectl: File not found.\n"},
+        {{"check", folder.file("c.lumora", "?")},
+         "corvanectl: Can't understand the file format.\n"},
+        {{"check", folder.file("d.lumora", "Lumora\t0\t0\t0\t9\n")},
+         "corvanectl: This file was made with a newer version of the program. You will need to get "
+         "the new version to view it.\n"},
+        {{"check", "notes.txt"}, "corvanectl: No product owns files like notes.txt.\n"},
+        {{"convert", file, "/nowhere/b.lumora"}, "corvanectl: Can't save the file.\n"},
+    };
+    for (const auto& [arguments, message] : failures) {
+        Process failing("corvanectl", arguments);
+        EXPECT_EQ(failing.wait(), 1);
+        EXPECT_EQ(failing.errors(), message);
+        EXPECT_EQ(failing.output(), "");
+    }
+}
+
 TEST(UsbStrings, ComeFromWhatTheKernelHasRead) {
     const TemporaryFolder folder;
     std::ofstream(folder.path() / "product") << "Corvane\n";

@@ -3,6 +3,7 @@
 #include "desktop/Binders.h"
 #include "desktop/Theme.h"
 #include "desktop/TripPointView.h"
+#include "desktop/light/ProgrammingDialog.h"
 #include "desktop/light/TracksCanvas.h"
 
 #include <QGroupBox>
@@ -127,6 +128,12 @@ LumoraView::LumoraView(LumoraControl& control, QWidget* parent) : QWidget(parent
     layout->addLayout(middle, 1);
     layout->addWidget(makeTools(control));
     layout->addWidget(makeOptions(control));
+    auto* debugging =
+        row({button(control.DebugButton, this), button(control.DebugDisconnectButton, this)});
+    debugging->addStretch();
+    layout->addLayout(debugging);
+    On(this, control.ProgrammingShown,
+       [this](LumoraProgramming& run) { (new ProgrammingDialog(run, window()))->show(); });
 }
 
 QWidget* LumoraView::makeTools(LumoraControl& control) {
@@ -141,6 +148,8 @@ QWidget* LumoraView::makeTools(LumoraControl& control) {
         layout->addWidget(button(*child, tools));
     layout->addStretch();
     layout->addWidget(label(control.BlockCountLabel, tools));
+    layout->addSpacing(Theme::Spacing);
+    layout->addWidget(button(control.ProgramButton, tools));
     return tools;
 }
 

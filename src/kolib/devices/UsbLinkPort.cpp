@@ -174,7 +174,7 @@ void UsbLinkPort::readingEnded(Reading& reading) {
 }
 
 void UsbLinkPort::handleEvents(int milliseconds) {
-    timeval limit{0, milliseconds * 1000};
+    timeval limit{0, suseconds_t{milliseconds} * 1000};
     libusb_handle_events_timeout_completed(context_, &limit, nullptr);
 }
 

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "controls/Inputs.h"
+#include "light/LumoraProgrammer.h"
+
+namespace corvane {
+
+/// The dialog that shows one programming run, until the person confirms its end.
+class LumoraProgramming {
+  public:
+    static constexpr const char* Caption = "Program Lumora";
+
+    LumoraProgramming();
+    LumoraProgramming(const LumoraProgramming&) = delete;
+    LumoraProgramming& operator=(const LumoraProgramming&) = delete;
+
+    /// Shows this run, which must outlive its end event.
+    void SetProgrammer(LumoraProgrammer& programmer);
+
+    Event<> Closed;  ///< The person has confirmed.
+    Event<> Refresh; ///< What shows now is to be on the screen at once.
+
+    Label Status{"Connecting to the Lumora..."};
+    Label Label1{"Segments Used"};
+    Label SegmentsUsedLabel;
+    Label Label2{"Segment Limit"};
+    Label SegmentLimitLabel;
+    Label Label3{"Memory in Use"};
+    Label MemoryInUseLabel;
+    ProgressBar Progress;
+    Button OKButton{"OK"};
+
+    [[nodiscard]] bool over() const { return OKButton.Enabled(); }
+
+  private:
+    void showBlocks(int blocksUsed, int maxBlocks);
+    void end(const std::string& status);
+
+    std::vector<Connection> connections_;
+    Connection onOk_;
+};
+
+} // namespace corvane
