@@ -1,10 +1,13 @@
+#include "bench/LightPlayer.h"
 #include "bench/LinkServer.h"
 #include "bench/VirtualLink.h"
 
 #include <CLI/CLI.hpp>
 
 #include <cstdio>
+#include <fstream>
 #include <iostream>
+#include <iterator>
 
 namespace {
 
@@ -29,6 +32,37 @@ bool parseFirmware(const std::string& text, Setup& setup) {
     return true;
 }
 
+struct PlayRequest {
+    std::string image;
+    int stick = 50;
+    bool noSignal = false;
+    double seconds = 1;
+    int step = 100; // ms
+};
+
+/// Prints the currents of a stored image over time, one line a step.
+int play(const PlayRequest& request) {
+    std::ifstream file(request.image, std::ios::binary);
+    const std::vector<char> content((std::istreambuf_iterator<char>(file)), {});
+    if (content.size() < ImageLength) {
+        std::cerr << "corvane-bench: " << request.image << " is no image of 255 bytes.\n";
+        return 1;
+    }
+    LightPlayer player;
+    player.setStick(request.stick, Time{0});
+    player.setSignal(!request.noSignal, Time{0});
+    player.start(readImage(Bytes(content.begin(), content.end())), Time{0});
+    std::cout << "seconds,1,2,3,4,5,6\n";
+    const auto end = static_cast<long>(request.seconds * 1000);
+    for (long ms = 0; ms < end; ms += request.step) {
+        std::printf("%ld.%03ld", ms / 1000, ms % 1000);
+        for (const int current : player.currents(std::chrono::milliseconds(ms)))
+            std::printf(",%d", current);
+        std::printf("\n");
+    }
+    return 0;
+}
+
 int usageError(const std::string& text) {
     std::cerr << "corvane-bench: " << text << '\n';
     return 2;
@@ -46,10 +80,14 @@ int main(int argc, char** argv) {
     int baud = 0;
     unsigned seed = 1;
     bool logFrames = false;
+    int stick = 50;
+    bool noSignal = false;
+    bool watch = false;
+    PlayRequest request;
 
     CLI::App app("A virtual link device with a product behind it, for work without hardware.");
     app.set_version_flag("--version", std::string("corvane-bench " CORVANE_VERSION));
-    app.add_option("PRODUCT", product, productHelp())->required();
+    app.add_option("PRODUCT", product, productHelp());
     app.add_option("--name", name, "Name of the link (default: the product)");
     app.add_option("--firmware", firmware, "Firmware version that it reports")
         ->capture_default_str();
@@ -63,6 +101,25 @@ int main(int argc, char** argv) {
                    "drop=P,corrupt=P,delay=MS,mute-after=N,unplug-after=N for each frame");
     app.add_option("--seed", seed, "Start of the random numbers for the faults")
         ->capture_default_str();
+    app.add_option("--stick", stick,
+                   "Stick position that a light controller sees at first, percent")
+        ->check(CLI::Range(0, 100))
+        ->capture_default_str();
+    app.add_flag("--no-signal", noSignal, "It hears no transmitter at first");
+    app.add_flag("--watch", watch, "Show its lights in the terminal, with keys for the stick");
+    CLI::App* playing =
+        app.add_subcommand("play", "Print the currents that a controller's image gives, in mA");
+    playing->add_option("IMAGE", request.image, "File with the 255 bytes")->required();
+    playing->add_option("--stick", request.stick, "Stick position, percent")
+        ->check(CLI::Range(0, 100))
+        ->capture_default_str();
+    playing->add_flag("--no-signal", request.noSignal, "Without a signal from the transmitter");
+    playing->add_option("--seconds", request.seconds, "How long")
+        ->check(CLI::Range(0.0, 1e6))
+        ->capture_default_str();
+    playing->add_option("--step", request.step, "Milliseconds from line to line")
+        ->check(CLI::Range(1, 1000000))
+        ->capture_default_str();
     app.add_flag("--log", logFrames, "Print each frame in words");
     app.footer("SIGUSR1 pulls the plug of the link, and puts it back the next time.");
     try {
@@ -71,7 +128,13 @@ int main(int argc, char** argv) {
         return app.exit(error) == 0 ? 0 : 2;
     }
 
+    if (playing->parsed())
+        return play(request);
+    if (product.empty())
+        return usageError("Name a product.\n" + productHelp());
     Setup setup;
+    setup.stick = stick;
+    setup.signal = !noSignal;
     setup.eepromFile = eepromFile;
     setup.writeTime = Time(static_cast<std::int64_t>(writeTime * 1000));
     if (!parseFirmware(firmware, setup))
@@ -95,6 +158,9 @@ int main(int argc, char** argv) {
         std::cerr << "corvane-bench: " << problem << '\n';
         return 1;
     }
+    std::optional<LightScreen> screen;
+    if (watch && link.lights() != nullptr)
+        server.setScreen(screen.emplace(link));
     server.run();
     return 0;
 }

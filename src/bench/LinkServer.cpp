@@ -102,7 +102,7 @@ std::string LinkServer::plugIn() {
         ::unlink(hidden.c_str());
         return "The socket '" + socketPath_.string() + "' can't be made: " + reason + ".";
     }
-    link_.plugIn();
+    link_.plugIn(now());
     return {};
 }
 
@@ -118,7 +118,7 @@ void LinkServer::unplug() {
 }
 
 void LinkServer::run() {
-    while (handleSignals()) {
+    while (handleSignals() && attendScreen()) {
         if (listener_ >= 0) {
             if (knocked_)
                 accept();
@@ -149,6 +149,15 @@ bool LinkServer::handleSignals() {
         else
             static_cast<void>(plugIn()); // another link took the name: stays unplugged
     }
+    return true;
+}
+
+bool LinkServer::attendScreen() {
+    if (screen_ == nullptr)
+        return true;
+    if (typed_ && !screen_->readKeys(now()))
+        return false;
+    screen_->draw(now());
     return true;
 }
 
@@ -230,14 +239,18 @@ Time LinkServer::now() const {
 }
 
 void LinkServer::wait() {
-    constexpr std::size_t firstConnection = 2;
-    std::vector<pollfd> descriptors{{signals_, POLLIN, 0}, {listener_, POLLIN, 0}};
+    constexpr std::size_t firstConnection = 3;
+    const int keyboard = screen_ == nullptr ? -1 : screen_->keyboard();
+    std::vector<pollfd> descriptors{
+        {signals_, POLLIN, 0}, {listener_, POLLIN, 0}, {keyboard, POLLIN, 0}};
     for (const Connection& connection : connections_) {
         const int events = connection.waiting.empty() ? POLLIN : POLLIN | POLLOUT;
         descriptors.push_back({connection.descriptor, static_cast<short>(events), 0});
     }
     timespec limit{};
-    const std::optional<Time> next = listener_ >= 0 ? link_.nextEvent() : std::nullopt;
+    std::optional<Time> next = listener_ >= 0 ? link_.nextEvent() : std::nullopt;
+    if (screen_ != nullptr)
+        next = next ? std::min(*next, screen_->nextDrawing()) : screen_->nextDrawing();
     if (next) {
         const auto wait = std::max(Time{0}, *next - now());
         limit.tv_sec = static_cast<time_t>(wait.count() / 1'000'000);
@@ -246,6 +259,7 @@ void LinkServer::wait() {
     ::ppoll(descriptors.data(), descriptors.size(), next ? &limit : nullptr, nullptr);
     signalled_ = descriptors[0].revents != 0;
     knocked_ = descriptors[1].revents != 0;
+    typed_ = descriptors[2].revents != 0;
     std::size_t index = firstConnection;
     for (Connection& connection : connections_)
         connection.readable = (descriptors[index++].revents & ~POLLOUT) != 0;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "bench/LightScreen.h"
 #include "bench/LinkProtocol.h"
 #include "bench/VirtualLink.h"
 
@@ -23,7 +24,9 @@ class LinkServer {
     /// Makes the folder if need be and plugs the link in. A socket that a killed bench left is
     /// replaced. What is wrong, or nothing.
     [[nodiscard]] std::string start();
-    /// Serves until a signal comes.
+    /// Shows the product's lights while it serves. The screen must outlive the serving.
+    void setScreen(LightScreen& screen) { screen_ = &screen; }
+    /// Serves until a signal comes, or the person at the screen ends it.
     void run();
 
   private:
@@ -47,6 +50,7 @@ class LinkServer {
     void flush(Connection& connection);
     void dropEnded();
     [[nodiscard]] Time now() const;
+    [[nodiscard]] bool attendScreen();
     void wait();
     [[nodiscard]] Connection* opened();
 
@@ -57,6 +61,8 @@ class LinkServer {
     int signals_ = -1;
     bool signalled_ = false;
     bool knocked_ = false; // somebody wants to connect
+    bool typed_ = false;   // a key has been pressed
+    LightScreen* screen_ = nullptr;
     std::list<Connection> connections_;
     std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
 };

@@ -54,12 +54,13 @@ std::optional<Time> ProductSession::nextTick() const {
     return next;
 }
 
-void ProductSession::powerCycle() {
+void ProductSession::powerCycle(Time now) {
+    now_ = now;
     inSession_ = false;
     leaving_ = false;
     endpoint_.reset();
     decoder_.reset();
-    firmware_.powerOn();
+    firmware_.powerOn(now);
 }
 
 void ProductSession::frame(wire::Frame&& frame) {

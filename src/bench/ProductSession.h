@@ -18,7 +18,7 @@ class ProductSession final : private Reply {
     void tick(Time now);
     /// When `tick` has something to do next.
     [[nodiscard]] std::optional<Time> nextTick() const;
-    void powerCycle();
+    void powerCycle(Time now);
     [[nodiscard]] bool inSession() const { return inSession_; }
 
   private:

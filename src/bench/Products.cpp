@@ -1,5 +1,7 @@
 #include "bench/Products.h"
 
+#include "bench/LumoraFirmware.h"
+
 #include <algorithm>
 #include <array>
 
@@ -11,12 +13,12 @@ struct Row {
     std::string_view name;
     std::uint8_t major;
     std::uint8_t minor;
-    std::size_t eepromSize; // of the part on the product; 0 if it can't be reached by packets
+    std::size_t eepromSize; // of the part on a product that is only an EEPROM; 0 for others
 };
 
 constexpr std::array products{
-    Row{"lumora-1.1", 1, 1, 0},   Row{"lumora-1.2", 1, 2, 256}, Row{"pactor-2.1", 2, 1, 128},
-    Row{"pactor-3.1", 3, 1, 128}, Row{"eeprom", 255, 1, 256},   Row{"quillon", 100, 1, 0},
+    Row{"lumora-1.1", 1, 1, 0},   Row{"lumora-1.2", 1, 2, 0}, Row{"pactor-2.1", 2, 1, 128},
+    Row{"pactor-3.1", 3, 1, 128}, Row{"eeprom", 255, 1, 256}, Row{"quillon", 100, 1, 0},
 };
 constexpr std::string_view Blank = "blank";
 constexpr std::string_view Silent = "silent";
@@ -30,7 +32,7 @@ class PlainProduct : public Firmware {
     explicit PlainProduct(Identity identity) : identity_(identity) {}
 
     [[nodiscard]] Identity identity() const override { return identity_; }
-    void powerOn() override {}
+    void powerOn(Time) override {}
     void packet(std::uint8_t, ByteView, Time, Reply&) override {}
     void tick(Time, Reply&) override {}
     [[nodiscard]] std::optional<Time> nextTick() const override { return std::nullopt; }
@@ -47,7 +49,7 @@ class EepromProduct final : public PlainProduct {
 
     [[nodiscard]] bool keepIn(const std::filesystem::path& file) { return eeprom_.keepIn(file); }
 
-    void powerOn() override { service_.powerOff(); }
+    void powerOn(Time) override { service_.powerOff(); }
     void packet(std::uint8_t channel, ByteView data, Time now, Reply& reply) override {
         static_cast<void>(service_.packet(channel, data, now, reply));
     }
@@ -58,6 +60,20 @@ class EepromProduct final : public PlainProduct {
     Eeprom eeprom_;
     EepromService service_;
 };
+
+template<class Product>
+std::optional<Bench> withMemory(std::unique_ptr<Product> product, const Setup& setup,
+                                std::string& error) {
+    if (!setup.eepromFile.empty() && !product->keepIn(setup.eepromFile)) {
+        error = "The memory file '" + setup.eepromFile.string() + "' can't be read and written.";
+        return std::nullopt;
+    }
+    if (LightPlayer* lights = product->lights()) {
+        lights->setStick(setup.stick, Time{0});
+        lights->setSignal(setup.signal, Time{0});
+    }
+    return Bench{programmedLink, std::move(product)};
+}
 
 } // namespace
 
@@ -86,14 +102,14 @@ std::optional<Bench> makeBench(std::string_view product, const Setup& setup, std
         return std::nullopt;
     }
     const Identity identity{row->major, row->minor, setup.firmwareMajor, setup.firmwareMinor};
+    if (row->name == "lumora-1.1")
+        return withMemory(std::make_unique<OlderLumora>(identity), setup, error);
+    if (row->name == "lumora-1.2")
+        return withMemory(std::make_unique<NewerLumora>(identity, setup.writeTime), setup, error);
     if (row->eepromSize == 0)
         return Bench{programmedLink, std::make_unique<PlainProduct>(identity)};
-    auto withMemory = std::make_unique<EepromProduct>(identity, row->eepromSize, setup.writeTime);
-    if (!setup.eepromFile.empty() && !withMemory->keepIn(setup.eepromFile)) {
-        error = "The memory file '" + setup.eepromFile.string() + "' can't be read and written.";
-        return std::nullopt;
-    }
-    return Bench{programmedLink, std::move(withMemory)};
+    return withMemory(std::make_unique<EepromProduct>(identity, row->eepromSize, setup.writeTime),
+                      setup, error);
 }
 
 } // namespace corvane::bench

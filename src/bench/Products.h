@@ -23,6 +23,8 @@ struct Setup {
     std::uint8_t firmwareMinor = 7;
     std::filesystem::path eepromFile; ///< Empty for a memory that is forgotten at the end.
     Time writeTime = std::chrono::milliseconds(4); ///< Of one EEPROM byte.
+    int stick = 50;                                ///< Percent of the transmitter's range.
+    bool signal = true;                            ///< The transmitter is heard.
 };
 
 /// A link device and what hangs on it.

@@ -19,7 +19,8 @@ VirtualLink::VirtualLink(Bench bench, Faults faults, int baud, unsigned seed, Lo
             *firmware_, [this](ByteView bytes) { toComputer_.send(bytes, now_); });
 }
 
-void VirtualLink::plugIn() {
+void VirtualLink::plugIn(Time now) {
+    now_ = now;
     shown_ = stored_;
     wire_.frames = 0;
     powerCycle();
@@ -57,7 +58,7 @@ void VirtualLink::powerCycle() {
     toProduct_.clear();
     toComputer_.clear();
     if (product_)
-        product_->powerCycle();
+        product_->powerCycle(now_);
     if (log_)
         log_("power cycle");
 }

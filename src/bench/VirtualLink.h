@@ -21,13 +21,15 @@ class VirtualLink {
     /// Strings that are shown after the next plugging.
     void program(const LinkStrings& strings) { stored_ = strings; }
     /// Plugged in anew: the product has lost its power, faults count from the start.
-    void plugIn();
+    void plugIn(Time now);
 
     void fromComputer(ByteView bytes, Time now);
     /// Lets everything happen that is due, and gives the bytes that reach the computer.
     [[nodiscard]] Bytes run(Time now);
     [[nodiscard]] std::optional<Time> nextEvent() const;
     void powerCycle();
+    /// The product's lights, if it has some.
+    [[nodiscard]] LightPlayer* lights() { return firmware_ ? firmware_->lights() : nullptr; }
     /// The fault that pulls the plug has come.
     [[nodiscard]] bool unplugged() const { return wire_.unplugged(); }
 

@@ -31,6 +31,7 @@ std::string programFor(const std::string& path) {
 /// Starts a program that this one neither waits for nor is the parent of.
 bool startDetached(const std::vector<std::string>& words) {
     std::vector<char*> argv;
+    argv.reserve(words.size() + 1);
     for (const std::string& word : words)
         argv.push_back(const_cast<char*>(word.c_str()));
     argv.push_back(nullptr);

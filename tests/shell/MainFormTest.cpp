@@ -259,7 +259,7 @@ TEST_F(MainFormTest, TroubleshootingReachesDriversPowerAndTheLinksOwnStrings) {
     EXPECT_EQ(desk.person.takeMessage(),
               "Success: Corvane EEPROM reprogramming complete.\r\n\r\nPlease disconnect and "
               "reconnect the Corvane for the change to take effect.");
-    plugged.link->plugIn();
+    plugged.link->plugIn(desk.bench.clock.sinceStart());
     const bench::LinkStrings& strings = plugged.link->strings();
     EXPECT_EQ(strings.description, "Corvane");
     EXPECT_EQ(strings.manufacturer, "Ortaline Works");

@@ -114,6 +114,7 @@ LinkBench::Plugged& LinkBench::plugIn(bench::Bench made, const std::string& faul
     auto& plugged = *plugged_.emplace_back(std::make_unique<Plugged>());
     plugged.link = std::make_unique<bench::VirtualLink>(
         std::move(made), bench::parseFaults(faults).value(), 0, seed, nullptr);
+    plugged.link->plugIn(clock.sinceStart());
     changed_ = true;
     return plugged;
 }

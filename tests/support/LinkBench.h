@@ -69,7 +69,7 @@ class ScriptedFirmware final : public bench::Firmware {
         : answer_(std::move(answer)), identity_(identity) {}
 
     [[nodiscard]] bench::Identity identity() const override { return identity_; }
-    void powerOn() override {}
+    void powerOn(bench::Time) override {}
     void packet(std::uint8_t channel, bench::ByteView data, bench::Time,
                 bench::Reply& reply) override {
         answer_(channel, data, reply);
