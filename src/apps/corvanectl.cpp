@@ -1,4 +1,6 @@
 #include "apps/support/DocumentCommands.h"
+#include "apps/support/LightCommands.h"
+#include "apps/support/MemoryCommands.h"
 #include "apps/support/PickedDevice.h"
 #include "apps/support/Program.h"
 
@@ -72,14 +74,8 @@ int identify(const Options& options) {
     Session session(options);
     Program& program = session.program();
     KOCommLink& link = program.link;
-    if (!link.Connect(link.Class(), true)) {
-        if (!link.DriverExists())
-            return fail("The link may not be opened. Install the udev rule 60-corvane.rules, "
-                        "plug the link in again, and try again.");
-        return fail(link.IsConnected() ? "The product behind the link does not answer. Check its "
-                                         "cable and its power."
-                                       : "No Corvane is connected.");
-    }
+    if (const std::string problem = ConnectAny(program); !problem.empty())
+        return fail(problem);
     const KOProductProfile* product = program.products.ByDeviceType(link.deviceType());
     const std::string type = link.deviceType().ToString();
     const std::string firmware = link.firmwareVersion().ToString();
@@ -97,6 +93,12 @@ int main(int argc, char** argv) {
     int result = Done;
     std::string file;
     std::string target;
+    std::string deviceType = "1.2";
+    bool yes = false;
+    bool no = false;
+    int address = 0;
+    int length = 0;
+    std::vector<int> bytes;
 
     CLI::App app("Works with Corvane links and the products behind them, for scripts and "
                  "production benches.");
@@ -123,6 +125,40 @@ int main(int argc, char** argv) {
     convert->add_option("IN", file)->required();
     convert->add_option("OUT", target)->required();
     convert->callback([&] { result = ConvertDocument(Session(options).program(), file, target); });
+
+    const auto answer = [&] { return yes || no ? std::optional(yes) : std::nullopt; };
+    const auto addAnswers = [&](CLI::App* command) {
+        CLI::Option* saysYes = command->add_flag("--yes", yes, "Answer questions with Yes");
+        command->add_flag("--no", no, "Answer questions with No")->excludes(saysYes);
+    };
+    CLI::App* compile =
+        app.add_subcommand("compile", "Print the bytes that a light program is for the controller");
+    compile->add_option("FILE", file)->required();
+    compile->add_option("--device", deviceType, "Device type of the controller")
+        ->check(CLI::IsMember({"1.1", "1.2"}))
+        ->capture_default_str();
+    compile->add_option("-o", target, "Write raw bytes to a file (1.1: the lines)");
+    addAnswers(compile);
+    compile->callback([&] {
+        result =
+            CompileLight(Session(options).program(), file, deviceType == "1.1", target, answer());
+    });
+    CLI::App* programming =
+        app.add_subcommand("program", "Put a document into the product on the link, and verify it");
+    programming->add_option("FILE", file)->required();
+    addAnswers(programming);
+    programming->callback(
+        [&] { result = ProgramLight(Session(options).program(), file, answer()); });
+    constexpr int lastAddress = 65535;
+    CLI::App* reading = app.add_subcommand("read", "Print bytes of the product's EEPROM");
+    reading->add_option("ADDRESS", address)->required()->check(CLI::Range(0, lastAddress));
+    reading->add_option("LENGTH", length)->required()->check(CLI::Range(1, lastAddress + 1));
+    reading->callback([&] { result = ReadMemory(Session(options).program(), address, length); });
+    CLI::App* writing =
+        app.add_subcommand("write", "Write bytes into the product's EEPROM, and verify them");
+    writing->add_option("ADDRESS", address)->required()->check(CLI::Range(0, lastAddress));
+    writing->add_option("BYTE", bytes)->required()->check(CLI::Range(0, 255));
+    writing->callback([&] { result = WriteMemory(Session(options).program(), address, bytes); });
 
     try {
         app.parse(argc, argv);

@@ -36,7 +36,7 @@ void LumoraProgramming::SetProgrammer(LumoraProgrammer& programmer) {
        [this, &programmer] { Progress.setValue(programmer.Progress()); });
     on(programmer.ProgrammingComplete, [this] {
         Progress.setValue(100);
-        end("Programming complete.");
+        end(CompleteStatus);
     });
     on(programmer.ProgrammingCanceled, [this] { end("Programming canceled."); });
     on(programmer.ProgrammingFailed, [this] { end("Programming failed."); });

@@ -9,6 +9,7 @@ namespace corvane {
 class LumoraProgramming {
   public:
     static constexpr const char* Caption = "Program Lumora";
+    static constexpr const char* CompleteStatus = "Programming complete.";
 
     LumoraProgramming();
     LumoraProgramming(const LumoraProgramming&) = delete;

@@ -1,0 +1,149 @@
+#include "apps/support/LightCommands.h"
+
+#include "base/Text.h"
+#include "light/LumoraProgrammer.h"
+#include "light/LumoraProgramming.h"
+#include "system/File.h"
+
+#include <cstdio>
+#include <iostream>
+#include <unistd.h>
+
+namespace corvane {
+
+namespace {
+
+constexpr int Done = 0;
+constexpr int Failed = 1;
+
+int fail(const std::string& reason) {
+    std::cerr << "corvanectl: " << reason << '\n';
+    return Failed;
+}
+
+std::string tooLarge(int blocksUsed, int maxBlocks) {
+    return "The Lumora controller can only hold " + std::to_string(maxBlocks) +
+           " segments. The program needs " + std::to_string(blocksUsed) + ".";
+}
+
+bool openLight(Program& program, LumoraDocument& document, const std::string& file) {
+    const KOProductProfile* product = program.products.ByExtension(KOIOExtension(file));
+    if (product == nullptr || product->Class != "Corvane.LumoraControl") {
+        fail(file + " is no light program.");
+        return false;
+    }
+    return document.HistoryObject().OpenHistory(file);
+}
+
+int failed(const LumoraCompiled& compiled) {
+    return compiled.outcome == LumoraCompiled::Outcome::Canceled
+               ? fail("Programming canceled.")
+               : fail(tooLarge(compiled.segments, LumoraDocument::BlockLimit));
+}
+
+int compileImage(Program& program, const LumoraDocument& document, const std::string& out) {
+    LumoraImageCompiler compiler(document);
+    const LumoraCompiled compiled = compiler.compile();
+    if (compiled.outcome != LumoraCompiled::Outcome::Done)
+        return failed(compiled);
+    if (out.empty()) {
+        std::cout << compiler.image().ToString() << '\n';
+        return Done;
+    }
+    const auto bytes = compiler.image().bytes();
+    return program.files.ReplaceWhole(out, std::string(bytes.begin(), bytes.end()))
+               ? Done
+               : fail("Can't save the file.");
+}
+
+int compileTransfers(Program& program, const LumoraDocument& document, const std::string& out,
+                     Dialogs& dialogs) {
+    LumoraTransferCompiler compiler(document, dialogs);
+    const LumoraCompiled compiled = compiler.compile();
+    if (compiled.outcome != LumoraCompiled::Outcome::Done)
+        return failed(compiled);
+    std::string lines;
+    for (const LumoraTransfer& transfer : compiler.transfers())
+        lines += std::to_string(transfer.kind) + ": " + transfer.data.ToString() + "\n";
+    if (out.empty()) {
+        std::cout << lines;
+        return Done;
+    }
+    return program.files.ReplaceWhole(out, lines) ? Done : fail("Can't save the file.");
+}
+
+/// Draws the progress of a run on the error output, if that is a terminal.
+void showProgress(int percent) {
+    constexpr int length = 40;
+    if (::isatty(STDERR_FILENO) == 0)
+        return;
+    const int filled = percent * length / 100;
+    std::fprintf(stderr, "\r[%s%s] %3d%%",
+                 std::string(static_cast<std::size_t>(filled), '#').c_str(),
+                 std::string(static_cast<std::size_t>(length - filled), '.').c_str(), percent);
+    if (percent == 100)
+        std::fputc('\n', stderr);
+}
+
+} // namespace
+
+Answer AnsweringDialogs::Message(const MessageBox& box) {
+    if (box.buttons != MessageBox::Buttons::YesNo)
+        return ConsoleDialogs::Message(box);
+    if (answer_)
+        return *answer_ ? Answer::Yes : Answer::No;
+    static_cast<void>(ConsoleDialogs::Message(box));
+    if (::isatty(STDIN_FILENO) == 0)
+        return Answer::No;
+    std::cerr << "Yes or No? ";
+    std::string line;
+    std::getline(std::cin, line);
+    return LowerCase(Trim(line)).starts_with('y') ? Answer::Yes : Answer::No;
+}
+
+int CompileLight(Program& program, const std::string& file, bool older, const std::string& out,
+                 std::optional<bool> answer) {
+    AnsweringDialogs dialogs(answer);
+    LumoraDocument document({dialogs, dialogs, program.text});
+    if (!openLight(program, document, file))
+        return Failed;
+    if (const int channel = LumoraEncoding::channelWithUnknownFunction(document); channel != 0)
+        return fail("Channel " + std::to_string(channel) +
+                    " has a segment with a function that the controller does not know.");
+    return older ? compileTransfers(program, document, out, dialogs)
+                 : compileImage(program, document, out);
+}
+
+int ProgramLight(Program& program, const std::string& file, std::optional<bool> answer) {
+    AnsweringDialogs dialogs(answer);
+    LumoraDocument document({dialogs, dialogs, program.text});
+    if (!openLight(program, document, file))
+        return Failed;
+    LumoraProgrammer run(program.workplace(dialogs, dialogs), document);
+    LumoraProgramming dialog; // the same words as in the window
+    dialog.SetProgrammer(run);
+    std::string space;
+    const Connection onSpace = run.ProgrammingFailedDueToCodeSpace.connect(
+        [&](int used, int most) { space = tooLarge(used, most); });
+    const Connection onProgress =
+        run.ProgressChanged.connect([&] { showProgress(run.Progress()); });
+    const Connection onPrint = run.DebugPrint.connect(
+        [&](const std::string& text) { program.debug.DebugWriteLine(text); });
+    const Connection onPacket = program.link.PacketReceived.connect(
+        [&](const KOPacket& packet) { run.ProcessPacket(packet); });
+    run.BeginProgramming();
+    while (!dialog.over()) {
+        program.link.Update();
+        run.Update();
+        if (!dialog.over())
+            program.device.WaitForData(1);
+    }
+    if (!space.empty())
+        return fail(space);
+    if (dialog.Status.Caption() != LumoraProgramming::CompleteStatus)
+        return fail(dialog.Status.Caption());
+    std::cout << dialog.Status.Caption() << '\n';
+    return Done;
+}
+
+} // namespace corvane

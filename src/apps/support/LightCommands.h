@@ -1,0 +1,30 @@
+#pragma once
+
+#include "apps/support/ConsoleDialogs.h"
+#include "apps/support/Program.h"
+
+#include <optional>
+
+namespace corvane {
+
+/// How a command answers the questions of the older controller's programs: as told, or else by the
+/// person at the terminal, or No where there is no terminal.
+class AnsweringDialogs final : public ConsoleDialogs {
+  public:
+    explicit AnsweringDialogs(std::optional<bool> answer) : answer_(answer) {}
+    Answer Message(const MessageBox& box) override;
+
+  private:
+    std::optional<bool> answer_;
+};
+
+/// Commands on light programs. Each gives the exit status.
+
+/// Prints what would go into a controller: for the newer one the bytes in decimal, or raw into the
+/// file `out` if it is not empty; for the older one a line a transfer.
+int CompileLight(Program& program, const std::string& file, bool older, const std::string& out,
+                 std::optional<bool> answer);
+/// Puts a program into the controller on the link.
+int ProgramLight(Program& program, const std::string& file, std::optional<bool> answer);
+
+} // namespace corvane

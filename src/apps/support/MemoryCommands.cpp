@@ -1,0 +1,91 @@
+#include "apps/support/MemoryCommands.h"
+
+#include "apps/support/ConsoleDialogs.h"
+#include "eeprom/GenericEEPROMProgrammer.h"
+
+#include <algorithm>
+#include <iostream>
+
+namespace corvane {
+
+namespace {
+
+constexpr int Done = 0;
+constexpr int Failed = 1;
+
+/// A connection for one job, let go at its end.
+class Job {
+  public:
+    explicit Job(Program& program)
+        : program_(program),
+          programmer(program.workplace(dialogs_, dialogs_)),
+          onPacket_(program.link.PacketReceived.connect(
+              [this](const KOPacket& packet) { programmer.ProcessPacket(packet); })) {
+        const std::string problem = ConnectAny(program);
+        connected = problem.empty();
+        if (!connected)
+            std::cerr << "corvanectl: " << problem << '\n';
+    }
+    ~Job() { program_.link.DisconnectAndBlock(false); }
+    Job(const Job&) = delete;
+    Job& operator=(const Job&) = delete;
+
+  private:
+    Program& program_;
+    ConsoleDialogs dialogs_;
+
+  public:
+    GenericEEPROMProgrammer programmer;
+    bool connected = false;
+
+  private:
+    Connection onPacket_;
+};
+
+} // namespace
+
+std::string ConnectAny(Program& program) {
+    KOCommLink& link = program.link;
+    if (link.Connect(link.Class(), true))
+        return {};
+    if (!link.DriverExists())
+        return "The link may not be opened. Install the udev rule 60-corvane.rules, plug the link "
+               "in again, and try again.";
+    return link.IsConnected() ? "The product behind the link does not answer. Check its cable and "
+                                "its power."
+                              : "No Corvane is connected.";
+}
+
+int ReadMemory(Program& program, int address, int length) {
+    Job job(program);
+    KOBuffer all;
+    for (int done = 0; job.connected && done < length; done += GenericEEPROMProgrammer::MaxRead) {
+        KOBuffer piece;
+        if (!job.programmer.ReadEEPROM(
+                address + done, std::min(length - done, GenericEEPROMProgrammer::MaxRead), piece))
+            return Failed;
+        all.AppendBuffer(piece);
+    }
+    if (!job.connected)
+        return Failed;
+    std::cout << all.ToString() << '\n';
+    return Done;
+}
+
+int WriteMemory(Program& program, int address, const std::vector<int>& bytes) {
+    Job job(program);
+    if (!job.connected)
+        return Failed;
+    KOBuffer all;
+    for (const int byte : bytes)
+        all.Append(static_cast<std::uint8_t>(byte));
+    int done = 0;
+    for (const KOBuffer& piece : all.Split(GenericEEPROMProgrammer::MaxRead)) {
+        if (!job.programmer.WriteEEPROM(address + done, piece))
+            return Failed;
+        done += piece.Length();
+    }
+    return Done;
+}
+
+} // namespace corvane
