@@ -261,6 +261,69 @@ TEST_F(BenchProgram, ChecksAndConvertsDocuments) {
     }
 }
 
+/// Runs corvanectl and gives its exit status, output and errors.
+struct Ran {
+    int status;
+    std::string output;
+    std::string errors;
+};
+Ran ctl(const std::vector<std::string>& arguments) {
+    Process process("corvanectl", arguments);
+    const int status = process.wait();
+    return {status, process.output(), process.errors()};
+}
+
+TEST_F(BenchProgram, ProgramsALightControllerThatThenPlaysTheProgram) {
+    const std::string memory = folder.path() / "memory";
+    const std::string light =
+        folder.file("a.lumora", "Lumora\t2\t2\t0\t2\nLumoraTrackInsert\t1\t0\t1\t50\t.2\t2\t0\t.1\n"
+                                "LumoraTrackInsert2\t2\t0\t1\t100\t1\tP\t0\n");
+    Process bench("corvane-bench", {"lumora-1.2", "--eeprom", memory, "--write-time", "0"});
+    waitFor("lumora-1.2");
+    const Ran programmed = ctl({"program", light});
+    EXPECT_EQ(programmed.status, 0) << programmed.errors;
+    EXPECT_EQ(programmed.output, "Programming complete.\n");
+    const Ran compiled = ctl({"compile", light, "-o", folder.path() / "image"});
+    EXPECT_EQ(compiled.status, 0);
+    EXPECT_EQ(folder.content("memory").substr(0, 255), folder.content("image"));
+    EXPECT_EQ(ctl({"read", "25", "8"}).output, "20 50 10 0 100 0 100 251\n");
+    EXPECT_EQ(ctl({"write", "0", "1", "2", "3"}).status, 0);
+    EXPECT_EQ(ctl({"read", "0", "4"}).output, "1 2 3 127\n");
+    bench.signal(SIGTERM);
+    EXPECT_EQ(bench.wait(), 0);
+
+    Process play("corvane-bench", {"play", folder.path() / "image", "--stick", "80", "--seconds",
+                                   "0.4", "--step", "100"});
+    EXPECT_EQ(play.wait(), 0);
+    EXPECT_EQ(play.output(), "seconds,1,2,3,4,5,6\n0.000,50,80,0,0,0,0\n0.100,50,80,0,0,0,0\n"
+                             "0.200,0,80,0,0,0,0\n0.300,50,80,0,0,0,0\n");
+    Process watch("corvane-bench", {"lumora-1.2", "--eeprom", memory, "--watch", "--stick", "80"});
+    EXPECT_TRUE(
+        eventually([&] { return watch.output().find(" s: 50 80 0") != std::string::npos; }));
+}
+
+TEST_F(BenchProgram, AsksAboutTheOlderControllerOnlyWhenItMust) {
+    const std::string plain =
+        folder.file("a.lumora", "Lumora\t1\t1\t0\t2\nLumoraTrackInsert\t1\t0\t1\t50\t.2\n");
+    const Ran asked = ctl({"compile", "--device", "1.1", plain});
+    EXPECT_EQ(asked.status, 0);
+    EXPECT_EQ(asked.output.substr(0, 17), "6: 255\n5: 0 20 50");
+    const std::string advanced =
+        folder.file("b.lumora", "Lumora\t1\t1\t0\t2\nLumoraTrackInsert2\t1\t0\t1\t100\t1\tP\t0\n");
+    EXPECT_EQ(ctl({"compile", "--device", "1.1", advanced}).status, 1);
+    EXPECT_EQ(ctl({"compile", "--device", "1.1", "--no", advanced}).status, 1);
+    EXPECT_EQ(ctl({"compile", "--device", "1.1", "--yes", advanced}).status, 0);
+    EXPECT_EQ(ctl({"compile", "--device", "1.3", advanced}).status, 2);
+    EXPECT_EQ(ctl({"compile", "--yes", "--no", advanced}).status, 2);
+    std::string many = "Lumora\t1\t1\t0\t2\nLumoraTrackInsert\t1\t0";
+    for (int i = 1; i <= 96; ++i)
+        many += "\t" + std::to_string(i) + "\t50\t.2";
+    const Ran large = ctl({"compile", folder.file("c.lumora", many + "\n")});
+    EXPECT_EQ(large.status, 1);
+    EXPECT_EQ(large.errors, "corvanectl: The Lumora controller can only hold 106 segments. The "
+                            "program needs 107.\n");
+}
+
 TEST(UsbStrings, ComeFromWhatTheKernelHasRead) {
     const TemporaryFolder folder;
     std::ofstream(folder.path() / "product") << "Corvane\n";

@@ -10,8 +10,10 @@
 
 #include <QFileDialog>
 #include <QGroupBox>
+#include <QLabel>
 #include <QMenu>
 #include <QMenuBar>
+#include <QProgressBar>
 #include <QPushButton>
 #include <QRadioButton>
 #include <QTabBar>
@@ -250,6 +252,29 @@ TEST_F(LumoraWindow, ADragOfAnEdgePaintsItsTrackAlone) {
     EXPECT_FALSE(watch.painted.isEmpty());
     EXPECT_LT(watch.painted.boundingRect().bottom(), top);
     release(block.handle.center());
+}
+
+TEST_F(LumoraWindow, ProgramsTheControllerAndSaysHowItWent) {
+    press("Add");
+    press("Program"); // nothing is plugged in
+    auto* dialog = window.findChild<QDialog*>();
+    ASSERT_NE(dialog, nullptr);
+    EXPECT_EQ(dialog->windowTitle(), "Program Lumora");
+    EXPECT_EQ(dialog->findChild<QLabel*>()->text(), "Unable to connect to the Lumora.");
+    QTest::keyClick(dialog, Qt::Key_Escape);
+    EXPECT_FALSE(dialog->isVisible());
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    desk.bench.plugIn("lumora-1.2");
+    press("Program");
+    dialog = window.findChild<QDialog*>();
+    ASSERT_NE(dialog, nullptr);
+    EXPECT_EQ(dialog->findChild<QLabel*>()->text(), "Programming complete.");
+    EXPECT_EQ(dialog->findChild<QProgressBar*>()->value(), 100);
+    EXPECT_EQ(QGuiApplication::overrideCursor(), nullptr);
+    QApplication::processEvents();
+    shoot(*dialog, "programming");
+    QTest::mouseClick(dialog->findChild<QPushButton*>(), Qt::LeftButton);
+    EXPECT_FALSE(dialog->isVisible());
 }
 
 TEST_F(LumoraWindow, EveryControlHasAName) {

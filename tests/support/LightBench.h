@@ -15,6 +15,8 @@ class LightBench {
     LumoraDocument& document = control.document;
     History& history = control.document.HistoryObject();
     LumoraScrollableTracks& tracks = control.tracks;
+    Connection onPacket = desk.bench.link.PacketReceived.connect(
+        [this](const KOPacket& packet) { control.ProcessPacket(packet); });
 
     LumoraTrackEditor& track(int channel, bool onState = false) const {
         return control.tracks.track(LumoraDocument::trackIndex(channel, onState));
@@ -37,6 +39,13 @@ class LightBench {
         auto change = std::make_unique<LumoraUndoableTrackChange>();
         change->Initialize(document, true, channel, onState, segment);
         history.Record(std::move(change));
+    }
+    /// A segment with a function, through a change.
+    void add(int channel, bool onState, int level, double time, const std::string& function = {},
+             int level2 = 0) {
+        insert(channel, onState,
+               {document.Channel(channel, onState).GetTrackCount() + 1, level, time, function,
+                level2});
     }
     /// What the document's file would hold, without the header.
     [[nodiscard]] std::string lines() {

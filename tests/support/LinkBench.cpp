@@ -139,9 +139,9 @@ int LinkBench::timesLogged(std::string_view line) const {
     return static_cast<int>(std::count(log_.begin(), log_.end(), line));
 }
 
-bench::Bench scripted(ScriptedFirmware::Answer answer) {
+bench::Bench scripted(ScriptedFirmware::Answer answer, bench::Identity identity) {
     return {{"Corvane", "Ortaline Works", "KO", "KO0000001"},
-            std::make_unique<ScriptedFirmware>(std::move(answer))};
+            std::make_unique<ScriptedFirmware>(std::move(answer), identity)};
 }
 
 } // namespace corvane

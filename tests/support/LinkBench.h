@@ -82,6 +82,7 @@ class ScriptedFirmware final : public bench::Firmware {
     bench::Identity identity_;
 };
 
-[[nodiscard]] bench::Bench scripted(ScriptedFirmware::Answer answer);
+[[nodiscard]] bench::Bench scripted(ScriptedFirmware::Answer answer,
+                                    bench::Identity identity = {1, 2, 3, 7});
 
 } // namespace corvane

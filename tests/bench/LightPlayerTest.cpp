@@ -1,0 +1,133 @@
+#include "bench/LightPlayer.h"
+
+#include "bench/LumoraFirmware.h"
+
+#include <gmock/gmock.h>
+
+namespace corvane::bench {
+namespace {
+
+using namespace std::chrono_literals;
+using testing::ElementsAre;
+
+/// An image with one channel's blocks, written out by hand.
+Bytes imageWith(const Bytes& top, const Bytes& bottom, std::uint8_t trip = 127,
+                std::uint8_t band = 10, std::uint8_t turnOff = 0, std::uint8_t onLoss = 1) {
+    Bytes image(255, 0);
+    image[0] = trip;
+    image[7] = image[8] = image[9] = image[10] = image[11] = image[12] =
+        static_cast<std::uint8_t>(top.size() + bottom.size());
+    for (std::size_t c = 1; c < 6; ++c)
+        image[13 + c] = image[12];
+    image[13] = static_cast<std::uint8_t>(top.size());
+    image[19] = band;
+    std::copy(top.begin(), top.end(), image.begin() + 25);
+    std::copy(bottom.begin(), bottom.end(),
+              image.begin() + 25 + static_cast<std::ptrdiff_t>(top.size()));
+    image[239] = onLoss;
+    image[245] = turnOff;
+    return image;
+}
+
+int at(const LightPlayer& player, Time time) {
+    return player.currents(time)[0];
+}
+
+TEST(LightPlayer, WalksThroughATrackAndBeginsAgain) {
+    LightPlayer player;
+    player.setStick(80, 0ms);
+    player.start(readImage(imageWith({50, 200, 25, 7}, {10, 99})), 0ms);
+    EXPECT_EQ(at(player, 0ms), 200);
+    EXPECT_EQ(at(player, 499ms), 200);
+    EXPECT_EQ(at(player, 500ms), 7);
+    EXPECT_EQ(at(player, 749ms), 7);
+    EXPECT_EQ(at(player, 750ms), 200);
+    EXPECT_THAT(player.currents(0ms), ElementsAre(200, 0, 0, 0, 0, 0));
+    player.setStick(20, 100ms);
+    EXPECT_EQ(at(player, 100ms), 99);
+}
+
+TEST(LightPlayer, HoldsTheTrackWithinTheBand) {
+    LightPlayer player;
+    player.setStick(0, 0ms);
+    player.start(readImage(imageWith({100, 1}, {100, 2}, 127, 25)), 0ms);
+    const auto trackAt = [&](int stick) {
+        player.setStick(stick, 0ms);
+        return at(player, 0ms);
+    };
+    EXPECT_EQ(trackAt(59), 2); // 150 lies below 152
+    EXPECT_EQ(trackAt(60), 1);
+    EXPECT_EQ(trackAt(40), 1); // 102 is the lower end
+    EXPECT_EQ(trackAt(39), 2);
+}
+
+TEST(LightPlayer, TurnsOffAndHearsNoSignal) {
+    LightPlayer player;
+    player.setStick(10, 0ms);
+    player.start(readImage(imageWith({100, 1}, {100, 2}, 127, 0, 51, 1)), 0ms);
+    EXPECT_EQ(at(player, 0ms), 0); // 25 is below 51
+    player.setStick(20, 0ms);
+    EXPECT_EQ(at(player, 0ms), 2);
+    player.setStick(5, 0ms);
+    EXPECT_EQ(at(player, 0ms), 0);
+    player.setSignal(false, 0ms);
+    EXPECT_EQ(at(player, 0ms), 1);
+    player.start(readImage(imageWith({100, 1}, {100, 2}, 127, 0, 51, 0)), 0ms);
+    EXPECT_EQ(at(player, 0ms), 2);
+}
+
+TEST(LightPlayer, FollowsTheStickInProportion) {
+    LightPlayer player;
+    player.start(readImage(imageWith({100, 251, 200, 100}, {100, 252, 250, 0}, 51, 0)), 0ms);
+    const auto currentAt = [&](int stick) {
+        player.setStick(stick, 0ms);
+        return at(player, 0ms);
+    };
+    EXPECT_EQ(currentAt(100), 200);
+    EXPECT_EQ(currentAt(50), 149);
+    EXPECT_EQ(currentAt(10), 122); // 25 of 51
+    EXPECT_EQ(currentAt(0), 0);
+    player.start(readImage(imageWith({100, 252, 204, 0}, {100, 252, 250, 0}, 51, 0)), 0ms);
+    EXPECT_EQ(currentAt(100), 204);
+    EXPECT_EQ(currentAt(60), 102); // (153 - 51) of 204
+    EXPECT_EQ(currentAt(20), 0);
+}
+
+TEST(LightPlayer, SurvivesAnyMemory) {
+    std::mt19937 random(9);
+    for (int i = 0; i < 2000; ++i) {
+        Bytes memory(i % 300);
+        for (std::uint8_t& byte : memory)
+            byte = static_cast<std::uint8_t>(random() % (i % 2 == 0 ? 256 : 8));
+        LightPlayer player;
+        player.start(i % 3 == 0 ? readTables(memory) : readImage(memory), 0ms);
+        for (const int current : player.currents(std::chrono::milliseconds(i)))
+            ASSERT_TRUE(current >= 0 && current <= 255);
+    }
+    LightPlayer fresh;
+    fresh.start(readImage(Bytes(255, 255)), 0ms); // a part that was never written
+    EXPECT_THAT(fresh.currents(0ms), ElementsAre(0, 0, 0, 0, 0, 0));
+}
+
+TEST(OlderLumora, RefusesTransfersThatAreNone) {
+    struct Replies final : Reply {
+        std::vector<Bytes> sent;
+        void send(std::uint8_t, ByteView data) override {
+            sent.emplace_back(data.begin(), data.end());
+        }
+    } replies;
+    OlderLumora controller({1, 1, 3, 7});
+    const auto set = [&](const Bytes& data) {
+        controller.packet(148, data, 0ms, replies);
+        return replies.sent.back();
+    };
+    EXPECT_EQ(set({1, 1, 2, 3, 4, 5, 6}), (Bytes{1, 1, 22}));
+    EXPECT_EQ(set({1, 1, 2}), (Bytes{1, 0, 4}));        // too short
+    EXPECT_EQ(set({9, 0}), (Bytes{9, 0, 9}));           // no such kind
+    EXPECT_EQ(set({5, 106, 1, 1}), (Bytes{5, 0, 113})); // no such block
+    EXPECT_EQ(set({5, 105, 1, 1}), (Bytes{5, 1, 112}));
+    EXPECT_EQ(set({5, 1, 1}), (Bytes{5, 0, 7}));
+}
+
+} // namespace
+} // namespace corvane::bench

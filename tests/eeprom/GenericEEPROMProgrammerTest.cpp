@@ -1,0 +1,195 @@
+#include "eeprom/GenericEEPROMProgrammer.h"
+
+#include "base/Assert.h"
+#include "support/Desk.h"
+
+#include <gmock/gmock.h>
+
+namespace corvane {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+constexpr const char* EepromClass = "Corvane.EEPROMEditorControl";
+constexpr const char* WriteTimedOut =
+    "Error: Write timed out.\r\n\r\nIf this problem occurs often, try connecting through a powered "
+    "USB hub.";
+
+KOBuffer counting(int length) {
+    KOBuffer buffer;
+    for (int i = 0; i < length; ++i)
+        buffer.Append(static_cast<std::uint8_t>(i));
+    return buffer;
+}
+
+class EEPROMProgrammer : public testing::Test {
+  protected:
+    Desk desk;
+    GenericEEPROMProgrammer programmer{desk.place};
+    std::vector<std::string> events;
+    std::vector<std::string> requests; // of scripted firmware: channel, address, length
+    std::function<bool(std::uint8_t channel, int address, bench::ByteView data)> answers =
+        [](std::uint8_t, int, bench::ByteView) { return true; };
+
+    bool connect() {
+        desk.bench.run(50);
+        desk.person.set(true);
+        return programmer.Connect(EepromClass, "microcontroller", true);
+    }
+    /// A product that keeps nothing and answers as the test says.
+    void plugScripted(bench::Bytes readAnswer = {}) {
+        desk.bench.plugIn(scripted(
+            [this, readAnswer](std::uint8_t channel, bench::ByteView data, bench::Reply& reply) {
+                const int address = data[0] + data[1] * 256;
+                requests.push_back(std::to_string(channel) + " " + std::to_string(address) + " " +
+                                   std::to_string(channel == 208 ? data[2] : data.size() - 2));
+                if (answers(channel, address, data.subspan(2)))
+                    reply.send(static_cast<std::uint8_t>(channel - 128),
+                               channel == 208 ? readAnswer : bench::Bytes{});
+            }));
+        ASSERT_TRUE(connect());
+    }
+    std::uint32_t elapsed(const std::function<void()>& work) {
+        const std::uint32_t start = desk.bench.clock.now();
+        work();
+        return desk.bench.clock.now() - start;
+    }
+
+  private:
+    Connection onPacket_ = desk.bench.link.PacketReceived.connect(
+        [this](const KOPacket& packet) { programmer.ProcessPacket(packet); });
+    Connection onReading_ = programmer.Reading.connect([this](int soFar, int total) {
+        events.push_back("r" + std::to_string(soFar) + "/" + std::to_string(total));
+    });
+    Connection onWriting_ = programmer.Writing.connect([this](int soFar, int total) {
+        events.push_back("w" + std::to_string(soFar) + "/" + std::to_string(total));
+    });
+};
+
+TEST_F(EEPROMProgrammer, WritesVerifiesAndReadsARealPart) {
+    desk.bench.plugIn("eeprom");
+    ASSERT_TRUE(connect());
+    EXPECT_TRUE(programmer.WriteEEPROM(3, counting(7)));
+    EXPECT_THAT(events, ElementsAre("w7/7", "r0/7", "r7/7"));
+    KOBuffer read;
+    EXPECT_TRUE(programmer.ReadEEPROM(0, 255, read));
+    EXPECT_EQ(read.Length(), 255);
+    EXPECT_EQ(read.Data(4), 0);
+    EXPECT_EQ(read.Data(10), 6);
+    EXPECT_EQ(read.Data(11), 255);
+    programmer.Disconnect(false);
+    EXPECT_FALSE(desk.bench.link.Negotiated());
+    EXPECT_TRUE(desk.person.messages.empty());
+}
+
+TEST_F(EEPROMProgrammer, NothingIsNothing) {
+    KOBuffer buffer = counting(3);
+    EXPECT_TRUE(programmer.WriteEEPROM(0, KOBuffer()));
+    EXPECT_TRUE(programmer.ReadEEPROM(0, 0, buffer));
+    EXPECT_EQ(buffer.Length(), 0);
+    EXPECT_THAT(events, IsEmpty());
+    EXPECT_THROW(static_cast<void>(programmer.ReadEEPROM(0, 256, buffer)), AssertionFailed);
+}
+
+TEST_F(EEPROMProgrammer, SendsChunksThatTheProductHasRoomFor) {
+    plugScripted();
+    static_cast<void>(programmer.WriteEEPROM(510, counting(3)));
+    EXPECT_THAT(requests, ElementsAre("209 510 1", "209 511 1", "209 512 1", "208 510 3"));
+    requests.clear();
+    programmer.setUCBufferSize(64);
+    static_cast<void>(programmer.WriteEEPROM(0, counting(255)));
+    EXPECT_THAT(requests, ElementsAre("209 0 60", "209 60 60", "209 120 60", "209 180 60",
+                                      "209 240 15", "208 0 255"));
+    requests.clear();
+    programmer.setUCBufferSize(300);
+    EXPECT_EQ(programmer.UCBufferSize(), 300);
+    static_cast<void>(programmer.WriteEEPROM(0, counting(255)));
+    EXPECT_THAT(requests, ElementsAre("209 0 250", "209 250 5", "208 0 255"));
+}
+
+TEST_F(EEPROMProgrammer, TriesEightTimesAndThenByteByByte) {
+    int seen = 0;
+    answers = [&seen](std::uint8_t channel, int, bench::ByteView data) {
+        if (channel == 208)
+            return true;
+        ++seen;
+        return data.size() == 1 && seen > 10; // the third try of the first byte
+    };
+    plugScripted({0, 1, 2});
+    programmer.setUCBufferSize(64);
+    EXPECT_TRUE(programmer.WriteEEPROM(100, counting(3)));
+    EXPECT_EQ(requests.size(), 8U + 3U + 1U + 1U + 1U);
+    EXPECT_EQ(requests[7], "209 100 3");
+    EXPECT_EQ(requests[8], "209 100 1");
+    EXPECT_EQ(requests[11], "209 101 1");
+}
+
+TEST_F(EEPROMProgrammer, GivesUpWithAMessage) {
+    answers = [](std::uint8_t channel, int, bench::ByteView) { return channel == 208; };
+    plugScripted();
+    programmer.setUCBufferSize(64);
+    bool written = true;
+    const std::uint32_t time = elapsed([&] { written = programmer.WriteEEPROM(0, counting(2)); });
+    EXPECT_FALSE(written);
+    EXPECT_NEAR(time, 12 * 550U, 40);
+    EXPECT_EQ(desk.person.takeMessage(), WriteTimedOut);
+    EXPECT_FALSE(desk.person.sawBusyMessage);
+    EXPECT_THAT(events, IsEmpty()); // no verification follows
+
+    answers = [](std::uint8_t channel, int, bench::ByteView) { return channel == 209; };
+    EXPECT_FALSE(programmer.WriteEEPROM(0, counting(2)));
+    EXPECT_EQ(desk.person.takeMessage(), "Error: Couldn't read back the EEPROM to verify it.");
+    EXPECT_EQ(desk.person.takeMessage(), "Error: Read timed out.");
+    answers = [](std::uint8_t, int, bench::ByteView) { return true; };
+    EXPECT_FALSE(programmer.WriteEEPROM(0, counting(2))); // nothing comes back
+    EXPECT_EQ(desk.person.takeMessage(),
+              "Error: The EEPROM written does not match the EEPROM read.\r\n\r\nYou may want to "
+              "try programming again.");
+}
+
+TEST_F(EEPROMProgrammer, TellsWhyItCanNotConnect) {
+    EXPECT_FALSE(programmer.Connect(EepromClass, "microcontroller", true));
+    EXPECT_EQ(desk.person.takeMessage(), "Error: No Corvane is connected.");
+    desk.bench.plugIn("silent");
+    EXPECT_FALSE(connect());
+    EXPECT_EQ(desk.person.takeMessage(), "Error: Unable to connect to the microcontroller.");
+    EXPECT_FALSE(desk.person.sawBusyMessage);
+}
+
+TEST_F(EEPROMProgrammer, AWaitEndsAtOnceWhenTheLinkIsGone) {
+    LinkBench::Plugged& plugged = desk.bench.plugIn("eeprom");
+    ASSERT_TRUE(connect());
+    desk.bench.unplug(plugged);
+    KOBuffer buffer;
+    bool read = true;
+    EXPECT_LT(elapsed([&] { read = programmer.ReadEEPROM(0, 3, buffer); }), 10U);
+    EXPECT_FALSE(read);
+}
+
+TEST_F(EEPROMProgrammer, OtherChannelsDoNotEndAWait) {
+    desk.bench.plugIn(scripted([](std::uint8_t, bench::ByteView, bench::Reply& reply) {
+        reply.send(82, bench::Bytes{1});
+    }));
+    ASSERT_TRUE(connect());
+    KOBuffer buffer;
+    EXPECT_FALSE(programmer.ReadEEPROM(0, 3, buffer));
+    EXPECT_EQ(desk.person.takeMessage(), "Error: Read timed out.");
+}
+
+TEST_F(EEPROMProgrammer, ComesThroughLostAndDamagedFrames) {
+    for (unsigned seed = 1; seed <= 20; ++seed) {
+        Desk faulty;
+        GenericEEPROMProgrammer writer(faulty.place);
+        const Connection onPacket = faulty.bench.link.PacketReceived.connect(
+            [&](const KOPacket& packet) { writer.ProcessPacket(packet); });
+        faulty.bench.plugIn("eeprom", "drop=0.05,corrupt=0.05,delay=3", seed);
+        faulty.bench.run(50);
+        ASSERT_TRUE(writer.Connect(EepromClass, "microcontroller", true)) << seed;
+        writer.setUCBufferSize(64);
+        EXPECT_TRUE(writer.WriteEEPROM(0, counting(200))) << seed;
+        writer.Disconnect(false);
+    }
+}
+
+} // namespace
+} // namespace corvane
