@@ -17,7 +17,6 @@ int main(int argc, char** argv) {
 
     DesktopApplication desktop(argc, argv);
     QApplication::setApplicationName("corvane");
-    QApplication::setApplicationDisplayName("Corvane");
     Program program(launch.modes);
     program.setRepaint(RepaintWithoutInput);
     const Connection onLine = program.debugger.WritingLine.connect(

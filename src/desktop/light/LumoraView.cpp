@@ -66,6 +66,13 @@ QPushButton* button(Button& child, QWidget* parent) {
     return made;
 }
 
+/// A button no wider than its caption needs, where many stand in a row.
+QPushButton* toolButton(Button& child, QWidget* parent) {
+    QPushButton* made = button(child, parent);
+    made->setFixedWidth(made->fontMetrics().horizontalAdvance(made->text()) + 3 * Theme::Spacing);
+    return made;
+}
+
 Box* numberBox(TextBox& child, const QString& name, QWidget* parent) {
     auto* box = new Box(child, name, parent);
     box->setAlignment(Qt::AlignRight);
@@ -142,14 +149,14 @@ QWidget* LumoraView::makeTools(LumoraControl& control) {
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(Theme::Spacing / 2);
     for (Button* child : {&control.AddButton, &control.InsertButton, &control.DeleteButton})
-        layout->addWidget(button(*child, tools));
+        layout->addWidget(toolButton(*child, tools));
     layout->addSpacing(2 * Theme::Spacing);
     for (Button* child : {&control.ZoomInButton, &control.ZoomOutButton, &control.ZoomToFitButton})
-        layout->addWidget(button(*child, tools));
+        layout->addWidget(toolButton(*child, tools));
     layout->addStretch();
     layout->addWidget(label(control.BlockCountLabel, tools));
     layout->addSpacing(Theme::Spacing);
-    layout->addWidget(button(control.ProgramButton, tools));
+    layout->addWidget(toolButton(control.ProgramButton, tools));
     return tools;
 }
 
