@@ -1,6 +1,6 @@
 // Lets the person at the screen use link devices: puts the udev rule in its place, asking for the
 // rights in the system's own way, and says what it did.
-#include "udev-rules.h"
+#include "apps/udev-rules.h"
 
 #include <QApplication>
 #include <QMessageBox>
