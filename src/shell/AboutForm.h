@@ -16,7 +16,7 @@ class HyperlinkControl final : public ChildControl {
     static constexpr int Hovered = 0x0000FF;
     static constexpr int Pressed = 0x9F009F;
 
-    Timer HighlightTimerHack{50}; ///< Runs while the mouse is over it.
+    Timer HighlightTimerHack{50};  ///< Runs while the mouse is over it.
     Event<bool&> PointerLookedFor; ///< Answered with whether the mouse is over it now.
 
     [[nodiscard]] const std::string& Caption() const { return caption_; }

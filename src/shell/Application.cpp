@@ -10,8 +10,7 @@ void Application::RunFromProgramDirectory(const std::string& program,
     path += program;
     if (programs_.Start(path, arguments))
         return;
-    const std::string commandLine =
-        "\"" + path + "\"" + (arguments.empty() ? "" : " " + arguments);
+    const std::string commandLine = "\"" + path + "\"" + (arguments.empty() ? "" : " " + arguments);
     dialogs_.ShowError("Failed to start " + commandLine + ".");
 }
 

@@ -204,8 +204,7 @@ void MainForm::updateClipboardMenu() {
     menu.mnuEditCopy.setEnabled(has && clipboard_->Clipboard_CanCopy(), "Nothing is selected.");
     menu.mnuEditPaste.setEnabled(has && clipboard_->Clipboard_CanPaste(),
                                  "Nothing that fits here has been copied.");
-    menu.mnuEditDelete.setEnabled(has && clipboard_->Clipboard_CanDelete(),
-                                  "Nothing is selected.");
+    menu.mnuEditDelete.setEnabled(has && clipboard_->Clipboard_CanDelete(), "Nothing is selected.");
     menu.mnuEdit.setVisible(has || history_ != nullptr);
     for (MenuItem* item : {&menu.mnuEditCutPasteSeparator, &menu.mnuEditCut, &menu.mnuEditCopy,
                            &menu.mnuEditPaste, &menu.mnuEditDelete})
@@ -296,9 +295,9 @@ void MainForm::powerCycle() const {
 
 void MainForm::reinstallDrivers() const {
     application_.RunFromProgramDirectory("Install Drivers.exe", {});
-    place_.dialogs.Message(
-        {"Restart Needed", "You will need to restart Corvane to use the newly installed drivers.",
-         MessageBox::Icon::Information, MessageBox::Buttons::Ok});
+    place_.dialogs.Message({"Restart Needed",
+                            "You will need to restart Corvane to use the newly installed drivers.",
+                            MessageBox::Icon::Information, MessageBox::Buttons::Ok});
 }
 
 void MainForm::reprogramEEPROM() const {

@@ -3,9 +3,8 @@
 namespace corvane {
 
 MainMenu::MainMenu() {
-    for (MenuItem* item :
-         {&mnuFileNew, &mnuFileOpen, &mnuFileSave, &mnuFileSaveAs, &mnuEditUndo, &mnuEditRedo,
-          &mnuEditCut, &mnuEditCopy, &mnuEditPaste, &mnuEditDelete})
+    for (MenuItem* item : {&mnuFileNew, &mnuFileOpen, &mnuFileSave, &mnuFileSaveAs, &mnuEditUndo,
+                           &mnuEditRedo, &mnuEditCut, &mnuEditCopy, &mnuEditPaste, &mnuEditDelete})
         item->setEnabled(false);
     for (MenuItem* item : {&mnuFileMRUSeparator, &mnuOptions, &mnuOptionsAutopatch})
         item->setVisible(false);

@@ -1,7 +1,8 @@
 #include "system/DiskFiles.h"
 
-#include <cerrno>
 #include <climits>
+
+#include <cerrno>
 #include <cstdlib>
 #include <fcntl.h>
 #include <filesystem>

@@ -98,7 +98,8 @@ SettingKeys SettingsStore::read() {
 int SettingsStore::acquire() const {
     if (!MakePrivateFolder(folder_))
         return -1;
-    const int lock = ::open((folder_ / "settings.lock").c_str(), O_CREAT | O_RDWR | O_CLOEXEC, 0600);
+    const int lock =
+        ::open((folder_ / "settings.lock").c_str(), O_CREAT | O_RDWR | O_CLOEXEC, 0600);
     if (lock >= 0)
         ::flock(lock, LOCK_EX);
     return lock;

@@ -13,9 +13,7 @@ class TextFiles final : public KOText {
 
     void SerReadClear() override { lines_ = {}; }
     [[nodiscard]] int SerReadLoad(const std::string& path) override;
-    [[nodiscard]] int SerReadLineCount() const override {
-        return static_cast<int>(lines_.count());
-    }
+    [[nodiscard]] int SerReadLineCount() const override { return static_cast<int>(lines_.count()); }
     void SerReadLineGet(int index) override;
 
     void SerLineClear() override { line_.clear(); }
