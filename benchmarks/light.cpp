@@ -5,6 +5,7 @@
 #include "desktop/light/LumoraView.h"
 #include "desktop/light/TracksCanvas.h"
 #include "kolib/devices/LinkDevices.h"
+#include "kolib/images/QtImages.h"
 #include "kolib/text/TextFiles.h"
 #include "support/Measure.h"
 #include "support/Nobody.h"
@@ -32,6 +33,7 @@ struct Bench {
     Nobody nobody;
     DiskFiles files;
     TextFiles text{files};
+    QtImages images;
     SystemClock clock;
     RunModes modes;
     KODebug debug{modes};
@@ -46,7 +48,7 @@ struct Bench {
     KORegistry registry{store};
     QtKeyboard keyboard;
     LumoraControl control{{link, device, products, modes, clock, pause, debug, debugger, nobody,
-                           nobody, text, programs, registry},
+                           nobody, text, images, programs, registry},
                           keyboard};
     LumoraView view{control, nullptr};
 

@@ -6,6 +6,7 @@
 #include "eeprom/GenericEEPROMProgrammer.h"
 #include "kolib/devices/LinkDevices.h"
 #include "kolib/devices/VirtualLinkSource.h"
+#include "kolib/images/QtImages.h"
 #include "kolib/text/TextFiles.h"
 #include "light/LumoraImage.h"
 #include "support/Measure.h"
@@ -93,11 +94,12 @@ Programmed programInto(int baud, std::chrono::microseconds writeTime) {
     KOCommLink link({device, packets, products, modes, clock, debug, pause});
     DiskFiles files;
     TextFiles text(files);
+    QtImages images;
     SystemPrograms programs;
     SettingsStore store("/nonexistent", files);
     KORegistry registry(store);
-    const Workplace place{link,     device, products, modes, clock,    pause,   debug,
-                          debugger, nobody, nobody,   text,  programs, registry};
+    const Workplace place{link,     device, products, modes, clock,  pause,    debug,
+                          debugger, nobody, nobody,   text,  images, programs, registry};
     GenericEEPROMProgrammer programmer(place);
     const Connection onPacket = link.PacketReceived.connect(
         [&](const KOPacket& packet) { programmer.ProcessPacket(packet); });

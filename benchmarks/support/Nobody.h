@@ -7,11 +7,13 @@ namespace corvane {
 /// Nobody at the screen.
 struct Nobody final : Dialogs, BusyPointer {
     Answer Message(const MessageBox&) override { return Answer::No; }
-    std::optional<std::string> OpenFile(const std::string&) override { return {}; }
+    std::optional<std::string> OpenFile(const std::string&, const std::string&) override {
+        return {};
+    }
     std::optional<std::string> SaveFile(const std::string&, const std::string&) override {
         return {};
     }
-    std::optional<int> PickColor(int) override { return {}; }
+    std::optional<int> PickColor(int, const std::string&) override { return {}; }
     std::optional<std::string> Input(const std::string&, const std::string&,
                                      const std::string&) override {
         return {};

@@ -26,12 +26,13 @@ class Dialogs {
     /// Closing the box without a choice counts as Cancel, or as No or Ok where there is no Cancel.
     virtual Answer Message(const MessageBox& box) = 0;
     /// `filter` in the form "Name (*.x)|*.x|Other (*.y)|*.y". The file exists.
-    [[nodiscard]] virtual std::optional<std::string> OpenFile(const std::string& filter) = 0;
+    [[nodiscard]] virtual std::optional<std::string> OpenFile(const std::string& filter,
+                                                              const std::string& title) = 0;
     /// The folder exists, and the person has agreed to replace a file that does.
     [[nodiscard]] virtual std::optional<std::string> SaveFile(const std::string& filter,
                                                               const std::string& initialName) = 0;
     /// Colours are RGB values with red in the low byte.
-    [[nodiscard]] virtual std::optional<int> PickColor(int initial) = 0;
+    [[nodiscard]] virtual std::optional<int> PickColor(int initial, const std::string& title) = 0;
     [[nodiscard]] virtual std::optional<std::string>
     Input(const std::string& prompt, const std::string& title, const std::string& initial) = 0;
 

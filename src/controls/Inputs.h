@@ -49,6 +49,27 @@ class OptionButton final : public ChildControl {
     bool value_ = false;
 };
 
+/// Something that is on or off.
+class CheckBox final : public ChildControl {
+  public:
+    explicit CheckBox(std::string caption) : caption_(std::move(caption)) {}
+
+    Event<> Click; ///< The person has switched it.
+
+    [[nodiscard]] const std::string& Caption() const { return caption_; }
+    [[nodiscard]] bool Value() const { return value_; }
+    void toggle() {
+        if (!Enabled() || !Visible())
+            return;
+        assign(value_, !value_);
+        Click.raise();
+    }
+
+  private:
+    std::string caption_;
+    bool value_ = false;
+};
+
 /// A slider from `Min` to `Max`.
 class Slider final : public ChildControl {
   public:

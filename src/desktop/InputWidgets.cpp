@@ -3,6 +3,7 @@
 #include "desktop/Binders.h"
 
 #include <QApplication>
+#include <QCheckBox>
 #include <QKeyEvent>
 #include <QRadioButton>
 #include <QScrollBar>
@@ -95,6 +96,15 @@ void Bind(QRadioButton* button, OptionButton& child) {
         button->setChecked(child.Value());
     });
     QObject::connect(button, &QRadioButton::clicked, button, [&child] { child.choose(); });
+}
+
+void Bind(QCheckBox* box, CheckBox& child) {
+    BindWidget(box, child);
+    Follow(box, child, [box, &child] {
+        box->setText(QString::fromStdString(child.Caption()));
+        box->setChecked(child.Value());
+    });
+    QObject::connect(box, &QCheckBox::clicked, box, [&child] { child.toggle(); });
 }
 
 void Bind(QTabBar* bar, TabStrip& child) {

@@ -6,7 +6,7 @@
 #include <QPointer>
 #include <QSlider>
 
-class QGroupBox;
+class QCheckBox;
 class QRadioButton;
 class QScrollBar;
 class QTabBar;
@@ -50,6 +50,7 @@ class UpsideDownSlider final : public QSlider {
 void CommitFocusedBox();
 
 void Bind(QRadioButton* button, OptionButton& child);
+void Bind(QCheckBox* box, CheckBox& child);
 void Bind(QTabBar* bar, TabStrip& child);
 void Bind(QScrollBar* bar, ScrollBar& child);
 

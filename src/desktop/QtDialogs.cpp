@@ -77,8 +77,9 @@ Answer QtDialogs::Message(const MessageBox& box) {
     }
 }
 
-std::optional<std::string> QtDialogs::OpenFile(const std::string& filter) {
-    QFileDialog dialog(parent(), "Open", folder_, ToolkitFilter(filter));
+std::optional<std::string> QtDialogs::OpenFile(const std::string& filter,
+                                               const std::string& title) {
+    QFileDialog dialog(parent(), QString::fromStdString(title), folder_, ToolkitFilter(filter));
     dialog.setFileMode(QFileDialog::ExistingFile);
     return dialog.exec() == QDialog::Accepted ? chosen(dialog.selectedFiles().value(0))
                                               : std::nullopt;
@@ -94,8 +95,9 @@ std::optional<std::string> QtDialogs::SaveFile(const std::string& filter,
                                               : std::nullopt;
 }
 
-std::optional<int> QtDialogs::PickColor(int initial) {
-    const QColor color = QColorDialog::getColor(Theme::fromRgb(initial), parent());
+std::optional<int> QtDialogs::PickColor(int initial, const std::string& title) {
+    const QColor color =
+        QColorDialog::getColor(Theme::fromRgb(initial), parent(), QString::fromStdString(title));
     if (!color.isValid())
         return std::nullopt;
     return color.red() | (color.green() << 8) | (color.blue() << 16);

@@ -17,10 +17,11 @@ class QtDialogs final : public Dialogs, public BusyPointer {
     void setFolder(const QString& folder) { folder_ = folder; }
 
     Answer Message(const MessageBox& box) override;
-    std::optional<std::string> OpenFile(const std::string& filter) override;
+    std::optional<std::string> OpenFile(const std::string& filter,
+                                        const std::string& title) override;
     std::optional<std::string> SaveFile(const std::string& filter,
                                         const std::string& initialName) override;
-    std::optional<int> PickColor(int initial) override;
+    std::optional<int> PickColor(int initial, const std::string& title) override;
     std::optional<std::string> Input(const std::string& prompt, const std::string& title,
                                      const std::string& initial) override;
     void set(bool busy) override;

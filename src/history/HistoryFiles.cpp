@@ -47,7 +47,8 @@ bool History::OpenHistory(std::string filename) {
     if (mayBeLost()) {
         Assert(!filter_.empty());
         if (filename.empty()) {
-            const std::optional<std::string> chosen = with_.dialogs.OpenFile(dialogFilter());
+            const std::optional<std::string> chosen =
+                with_.dialogs.OpenFile(dialogFilter(), "Open");
             if (!chosen)
                 return false;
             filename = *chosen;

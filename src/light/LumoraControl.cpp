@@ -28,6 +28,8 @@ LumoraControl::LumoraControl(const Workplace& place, const KOKeyboard& keyboard)
     : document({place.dialogs, place.pointer, place.text}),
       tracks(document, place.dialogs, keyboard),
       options(document, place.dialogs),
+      simulator(document, place.clock),
+      simulatorControl({document, simulator, options, place.images, place.dialogs}),
       TabStrip1(allTabs()),
       place_(place),
       dialogs_(place.dialogs) {
@@ -195,7 +197,7 @@ void LumoraControl::UpdateTripPoint() {
 
 void LumoraControl::UpdateTrackVisibility() {
     if (IsSimulating())
-        return;
+        return loadSimulator();
     const int active = ActiveChannel();
     bool frozen = false;
     for (int index = 1; index <= LumoraDocument::TrackCount; ++index) {
@@ -214,10 +216,20 @@ void LumoraControl::UpdateTrackVisibility() {
         document.HistoryObject().Unfreeze();
 }
 
+void LumoraControl::loadSimulator() {
+    simulator.takeAllSettings();
+    simulator.setSlider(simulatedLevel_);
+}
+
 void LumoraControl::changeTab() {
     History& history = document.HistoryObject();
     history.Freeze();
     options.setChannel(ActiveChannel());
+    if (std::exchange(simulating_, IsSimulating()) != simulating_) {
+        simulator.Reset();
+        loadSimulator();
+        simulatorControl.redraw(); // colours may have changed meanwhile
+    }
     Update();
     doLayout();
     history.Unfreeze();
@@ -230,6 +242,8 @@ void LumoraControl::doLayout() {
     for (Button* button : {&ZoomInButton, &ZoomOutButton, &ZoomToFitButton})
         button->setEnabled(withTracks, noTracks);
     TracksFrame.setVisible(withTracks);
+    SimulatorFrame.setVisible(IsSimulating());
+    simulatorControl.setAutoUpdate(IsSimulating());
     options.TransmitterFrame.setVisible(IsEditingTransmitter());
     tripPoint.TripPointFrame.setVisible(!IsEditingTransmitter());
     tripPoint.setSimulating(ActiveChannel() == 0);
@@ -241,6 +255,9 @@ void LumoraControl::doLayout() {
 
 void LumoraControl::resetToDefaults() {
     simulatedLevel_ = 50;
+    simulator.Reset();
+    loadSimulator();
+    simulatorControl.refresh();
     Update();
 }
 

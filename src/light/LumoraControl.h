@@ -6,6 +6,7 @@
 #include "light/LumoraPlaces.h"
 #include "light/LumoraProgramming.h"
 #include "light/LumoraScrollableTracks.h"
+#include "light/LumoraSimulatorControl.h"
 #include "light/SegmentPopup.h"
 #include "link/ProductControl.h"
 #include "link/Workplace.h"
@@ -59,13 +60,16 @@ class LumoraControl final : public ProductControl, public ClipboardCommands {
     LumoraDocument document;
     LumoraScrollableTracks tracks;
     LumoraOptions options;
+    LumoraSimulator simulator;
+    LumoraSimulatorControl simulatorControl;
     SegmentPopup segmentPopup;
     TrackPopup trackPopup;
 
     TabStrip TabStrip1;
     TripPointControl tripPoint; ///< A channel's trip point, or the level that is simulated.
     Label BlockCountLabel;
-    Frame TracksFrame; ///< Shows while the tracks do.
+    Frame TracksFrame;    ///< Shows while the tracks do.
+    Frame SimulatorFrame; ///< Shows while the simulator does.
     Button AdvancedButton{"Advanced >>"};
     Button AddButton{"Add"};
     Button InsertButton{"Insert"};
@@ -88,6 +92,7 @@ class LumoraControl final : public ProductControl, public ClipboardCommands {
     void UpdateFrames();
     void UpdateTripPoint();
     void UpdateTrackVisibility();
+    void loadSimulator();
     void updateCanCopy();
     void addOrInsert(bool add);
     void deleteSelected();
@@ -115,6 +120,7 @@ class LumoraControl final : public ProductControl, public ClipboardCommands {
     bool canCopy_ = false;
     int simulatedLevel_ = 50; // percent
     bool advanced_ = false;
+    bool simulating_ = false; // the "Simulator" tab is on show
     std::vector<Connection> connections_;
 };
 

@@ -94,10 +94,8 @@ std::string LumoraDocument::Data(int channel, std::string_view propertyName) con
         return std::to_string(transmitterMin_);
     if (propertyName == RangeMaxName)
         return std::to_string(transmitterMax_);
-    if (propertyName.starts_with(SimulatorStart)) {
-        const auto found = simulator_.find(std::pair(channel, std::string(propertyName)));
-        return found == simulator_.end() ? std::string() : found->second;
-    }
+    if (propertyName.starts_with(SimulatorStart))
+        return simulator_.Changes(channel, propertyName);
     if (const NumberSetting* setting = numberSetting(propertyName))
         return std::to_string(settings(channel).*setting->member);
     if (propertyName == LightColorName)
@@ -114,9 +112,10 @@ void LumoraDocument::setData(int channel, std::string_view propertyName, std::st
         transmitterMin_ = limited(text, shortestPulse, longestPulse);
     else if (propertyName == RangeMaxName)
         transmitterMax_ = limited(text, shortestPulse, longestPulse);
-    else if (propertyName.starts_with(SimulatorStart))
-        simulator_[std::pair(channel, std::string(propertyName))] = text;
-    else if (const NumberSetting* setting = numberSetting(propertyName))
+    else if (propertyName.starts_with(SimulatorStart)) {
+        if (!simulator_.setChanges(channel, propertyName, text))
+            return;
+    } else if (const NumberSetting* setting = numberSetting(propertyName))
         settingsOf(channel).*setting->member = limited(text, setting->lowest, setting->highest);
     else if (propertyName == NoSignalName)
         settingsOf(channel).noSignal = text == "Top" ? 0 : 1;
@@ -133,14 +132,23 @@ void LumoraDocument::setData(int channel, std::string_view propertyName, std::st
 
 bool LumoraDocument::takesData(int channel, std::string_view propertyName) {
     const bool ofAChannel = numberSetting(propertyName) != nullptr ||
-                            propertyName == LightColorName || propertyName == NoSignalName;
+                            propertyName == LightColorName || propertyName == NoSignalName ||
+                            propertyName == LumoraSimulatorSettings::LightImageName ||
+                            propertyName == LumoraSimulatorSettings::LightPositionName;
     return isChannel(channel) || (channel == 0 && !ofAChannel);
+}
+
+void LumoraDocument::setButtonFace(KORgbValue color) {
+    const bool untouched = history_.Length() == 0;
+    simulator_.setButtonFace(color);
+    if (untouched)
+        simulator_.ResetToDefaults();
 }
 
 void LumoraDocument::resetToDefaults() {
     // The transmitter's range has come back already, by the undoing of every change.
     settings_ = {};
-    simulator_.clear();
+    simulator_.ResetToDefaults();
     for (const auto& track : tracks_)
         track->setLightColor(LumoraChannelSettings().lightColor);
 }

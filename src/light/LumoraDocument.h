@@ -1,10 +1,10 @@
 #pragma once
 
 #include "history/History.h"
+#include "light/LumoraSimulatorSettings.h"
 #include "light/LumoraTrack.h"
 
 #include <array>
-#include <map>
 #include <string>
 #include <string_view>
 
@@ -56,6 +56,10 @@ class LumoraDocument final : public HistoryHost {
     [[nodiscard]] int transmitterMin() const { return transmitterMin_; } ///< microseconds
     [[nodiscard]] int transmitterMax() const { return transmitterMax_; }
 
+    [[nodiscard]] const LumoraSimulatorSettings& simulator() const { return simulator_; }
+    /// The colour that an untouched canvas has; for a document that has not been begun.
+    void setButtonFace(KORgbValue color);
+
     /// A setting by its name, as text. The names "XMit Min" and "XMit Max" ignore the channel; a
     /// name that is none gives empty text.
     [[nodiscard]] std::string Data(int channel, std::string_view propertyName) const;
@@ -73,7 +77,7 @@ class LumoraDocument final : public HistoryHost {
     std::array<LumoraChannelSettings, ChannelCount> settings_;
     int transmitterMin_ = DefaultRangeMin;
     int transmitterMax_ = DefaultRangeMax;
-    std::map<std::pair<int, std::string>, std::string, std::less<>> simulator_; // texts by name
+    LumoraSimulatorSettings simulator_;
     History history_;
     Connection onReset_;
 };

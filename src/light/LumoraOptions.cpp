@@ -69,7 +69,8 @@ void LumoraOptions::record(int channel, const std::string& propertyName,
 void LumoraOptions::changeLightColor() {
     if (channel_ == 0)
         return;
-    if (const std::optional<int> color = dialogs_.PickColor(ChannelLightColorSample.ForeColor()))
+    if (const std::optional<int> color =
+            dialogs_.PickColor(ChannelLightColorSample.ForeColor(), "Light Color"))
         record(channel_, "Light Color", WriteHexadecimal(static_cast<std::uint32_t>(*color)));
 }
 

@@ -45,6 +45,7 @@ int LumoraTrack::InsertTrack(int index, double time, int brightness,
         binary_ ? std::string() : functionCode, binary_ || brightness2 == -1 ? 0 : brightness2);
     functionChanges({}, element->functionCode());
     elements_.insert(elements_.begin() + (index - 1), std::move(element));
+    ends_.clear();
     SegmentInserted.raise(index);
     return index;
 }
@@ -53,6 +54,7 @@ void LumoraTrack::RemoveTrack(int index) {
     functionChanges(GetTrack(index).functionCode(), {});
     SegmentRemoving.raise(index);
     elements_.erase(elements_.begin() + (index - 1));
+    ends_.clear();
     SegmentRemoved.raise(index);
 }
 
@@ -61,10 +63,32 @@ int LumoraTrack::BlockCount() const {
 }
 
 float LumoraTrack::TimeLimit() const {
-    float total = 0;
-    for (const auto& element : elements_)
-        total += static_cast<float>(element->time());
-    return total;
+    sumTimes();
+    return elements_.empty() ? 0 : timeLimit_;
+}
+
+int LumoraTrack::SegmentAt(double seconds) const {
+    sumTimes();
+    const auto after = std::upper_bound(ends_.begin(), ends_.end(), seconds);
+    return std::min(static_cast<int>(after - ends_.begin()) + 1, GetTrackCount());
+}
+
+void LumoraTrack::sumTimes() const {
+    if (ends_.size() == elements_.size())
+        return;
+    ends_.clear();
+    timeLimit_ = 0;
+    double end = 0;
+    for (const auto& element : elements_) {
+        end += element->time();
+        ends_.push_back(end);
+        timeLimit_ += static_cast<float>(element->time());
+    }
+}
+
+void LumoraTrack::elementChanged(const LumoraTrackElement& element) {
+    ends_.clear();
+    SegmentChanged.raise(element);
 }
 
 void LumoraTrack::functionChanges(const std::string& before, const std::string& after) {

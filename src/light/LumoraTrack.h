@@ -47,17 +47,25 @@ class LumoraTrack {
     [[nodiscard]] int BlockCount() const;
     /// Seconds that it takes to play.
     [[nodiscard]] float TimeLimit() const;
+    /// The segment that plays at so many seconds from the beginning, on a border the later one;
+    /// the last one past the end, 0 in an empty track.
+    [[nodiscard]] int SegmentAt(double seconds) const;
 
     // For the segments alone.
-    void elementChanged(const LumoraTrackElement& element) const { SegmentChanged.raise(element); }
+    void elementChanged(const LumoraTrackElement& element);
     void functionChanges(const std::string& before, const std::string& after);
 
   private:
+    void sumTimes() const;
+
     bool topTrack_;
     bool binary_ = false;
     int lightColor_ = 0xFFFFFF;
     std::vector<std::unique_ptr<LumoraTrackElement>> elements_;
     int functions_ = 0; // segments that have one
+    // Worked out when they are asked for.
+    mutable std::vector<double> ends_; // of the segments, in seconds
+    mutable float timeLimit_ = 0;
 };
 
 } // namespace corvane

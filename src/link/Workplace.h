@@ -1,6 +1,7 @@
 #pragma once
 
 #include "controls/Dialogs.h"
+#include "kolib/KOImages.h"
 #include "kolib/KOText.h"
 #include "link/KOCommLink.h"
 #include "system/KORegistry.h"
@@ -21,6 +22,7 @@ struct Workplace {
     Dialogs& dialogs;
     BusyPointer& pointer;
     KOText& text;
+    KOImages& images;
     Programs& programs;
     const KORegistry& registry;
 };

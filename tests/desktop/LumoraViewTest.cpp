@@ -32,8 +32,8 @@ class LumoraWindow : public testing::Test {
     QtKeyboard keyboard;
     Workplace place{desk.bench.link,  desk.bench.device, desk.bench.products, desk.bench.modes,
                     desk.bench.clock, desk.pause,        desk.bench.debug,    desk.bench.debugger,
-                    dialogs,          dialogs,           desk.text,           desk.programs,
-                    desk.registry};
+                    dialogs,          dialogs,           desk.text,           desk.images,
+                    desk.programs,    desk.registry};
     Application application{desk.programs, dialogs};
     ProductControls controls{place, keyboard};
     MainForm form{place, controls, application};

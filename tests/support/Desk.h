@@ -1,6 +1,7 @@
 #pragma once
 
 #include "controls/Inputs.h"
+#include "kolib/images/QtImages.h"
 #include "kolib/text/TextFiles.h"
 #include "link/Workplace.h"
 #include "support/LinkBench.h"
@@ -46,6 +47,7 @@ class Desk {
     Person person;
     DiskFiles files;
     TextFiles text{files};
+    QtImages images;
     NotedPrograms programs;
     HeldKeys keys;
     SettingsStore store{folder.path() / "config", files};
@@ -53,7 +55,7 @@ class Desk {
     StepPause pause{bench.clock};
     Workplace place{bench.link, bench.device, bench.products, bench.modes, bench.clock,
                     pause,      bench.debug,  bench.debugger, person,      person,
-                    text,       programs,     registry};
+                    text,       images,       programs,       registry};
 };
 
 } // namespace corvane

@@ -24,8 +24,9 @@ class Person final : public Dialogs, public BusyPointer {
         sawBusyMessage = sawBusyMessage || busy;
         return box.buttons == MessageBox::Buttons::Ok ? Answer::Ok : next(answers, Answer::Cancel);
     }
-    std::optional<std::string> OpenFile(const std::string& filter) override {
-        asked.push_back("open " + filter);
+    std::optional<std::string> OpenFile(const std::string& filter,
+                                        const std::string& title) override {
+        asked.push_back((title == "Open" ? "open " : title + ": ") + filter);
         return next(files, {});
     }
     std::optional<std::string> SaveFile(const std::string& filter,
@@ -33,8 +34,8 @@ class Person final : public Dialogs, public BusyPointer {
         asked.push_back("save " + filter + " as " + initialName);
         return next(files, {});
     }
-    std::optional<int> PickColor(int initial) override {
-        asked.push_back("color " + std::to_string(initial));
+    std::optional<int> PickColor(int initial, const std::string& title) override {
+        asked.push_back(title + ": color " + std::to_string(initial));
         return next(colors, {});
     }
     std::optional<std::string> Input(const std::string& prompt, const std::string& title,

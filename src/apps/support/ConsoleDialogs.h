@@ -9,11 +9,13 @@ namespace corvane {
 class ConsoleDialogs : public Dialogs, public BusyPointer {
   public:
     Answer Message(const MessageBox& box) override;
-    std::optional<std::string> OpenFile(const std::string&) override { return std::nullopt; }
+    std::optional<std::string> OpenFile(const std::string&, const std::string&) override {
+        return std::nullopt;
+    }
     std::optional<std::string> SaveFile(const std::string&, const std::string&) override {
         return std::exchange(saveName_, std::nullopt);
     }
-    std::optional<int> PickColor(int) override { return std::nullopt; }
+    std::optional<int> PickColor(int, const std::string&) override { return std::nullopt; }
     std::optional<std::string> Input(const std::string&, const std::string&,
                                      const std::string&) override {
         return std::nullopt;

@@ -2,6 +2,7 @@
 
 #include "base/KODebug.h"
 #include "kolib/devices/LinkDevices.h"
+#include "kolib/images/QtImages.h"
 #include "kolib/text/TextFiles.h"
 #include "kolib/wire/HostSession.h"
 #include "link/Workplace.h"
@@ -36,6 +37,7 @@ class Program {
     SystemClock clock;
     DiskFiles files;
     TextFiles text{files};
+    QtImages images;
     SystemPrograms programs;
     SettingsStore settings;
     KORegistry registry{settings};

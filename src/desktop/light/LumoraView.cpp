@@ -4,6 +4,7 @@
 #include "desktop/Theme.h"
 #include "desktop/TripPointView.h"
 #include "desktop/light/ProgrammingDialog.h"
+#include "desktop/light/SimulatorView.h"
 #include "desktop/light/TracksCanvas.h"
 
 #include <QGroupBox>
@@ -114,13 +115,16 @@ LumoraView::LumoraView(LumoraControl& control, QWidget* parent) : QWidget(parent
     BindWidget(tracks, control.TracksFrame);
 
     QWidget* transmitter = makeTransmitter(control.options);
-    auto* empty = new QWidget(this); // keeps the height where there are no tracks
-    Follow(empty, control.TracksFrame,
-           [empty, &control] { empty->setVisible(!control.TracksFrame.Visible()); });
+    auto* empty = new QWidget(this); // keeps the height where there is nothing else
+    Follow(empty, control.options.TransmitterFrame,
+           [empty, &control] { empty->setVisible(control.options.TransmitterFrame.Visible()); });
+    simulator_ = new SimulatorView(control.simulatorControl, this);
+    BindWidget(simulator_, control.SimulatorFrame);
 
     auto* main = new QVBoxLayout;
     main->setSpacing(Theme::Spacing);
     main->addWidget(tracks, 1);
+    main->addWidget(simulator_, 1);
     main->addWidget(transmitter, 0, Qt::AlignLeft);
     main->addWidget(empty, 1);
     auto* middle = new QHBoxLayout;

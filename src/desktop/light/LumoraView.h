@@ -6,6 +6,7 @@
 
 namespace corvane {
 
+class SimulatorView;
 class TracksCanvas;
 
 /// The light editor's screen.
@@ -14,6 +15,7 @@ class LumoraView final : public QWidget {
     LumoraView(LumoraControl& control, QWidget* parent);
 
     [[nodiscard]] TracksCanvas& canvas() { return *canvas_; }
+    [[nodiscard]] SimulatorView& simulator() { return *simulator_; }
 
   private:
     [[nodiscard]] QWidget* makeTools(LumoraControl& control);
@@ -21,6 +23,7 @@ class LumoraView final : public QWidget {
     [[nodiscard]] QWidget* makeTransmitter(LumoraOptions& options);
 
     TracksCanvas* canvas_;
+    SimulatorView* simulator_;
 };
 
 } // namespace corvane

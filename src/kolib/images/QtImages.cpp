@@ -1,0 +1,159 @@
+#include "kolib/images/QtImages.h"
+
+#include <QBuffer>
+#include <QImageReader>
+
+#include <algorithm>
+#include <cstring>
+
+namespace corvane {
+
+namespace {
+
+constexpr int AllocationLimit = 80; // MB, a little above the largest picture
+constexpr qsizetype LongestText = qsizetype{100} * 1024 * 1024;
+constexpr auto Format = QImage::Format_ARGB32;
+
+/// Reads what a device holds, once its header has promised a size that is not too large.
+QImage readFrom(QImageReader& reader) {
+    const QSize size = reader.size();
+    if (size.isValid() && (size.width() > KOImages::MaxSize || size.height() > KOImages::MaxSize))
+        return {};
+    reader.setAutoTransform(true);
+    const QImage image = reader.read();
+    if (image.width() > KOImages::MaxSize || image.height() > KOImages::MaxSize)
+        return {};
+    return image.convertToFormat(Format);
+}
+
+constexpr int scaled(int value, int by) {
+    return (value * by + 127) / 255;
+}
+
+/// Light added to what is there: never darker, never above full.
+constexpr int lit(int ground, int light) {
+    return ground + scaled(255 - ground, light);
+}
+
+QRgb over(QRgb front, QRgb back) {
+    const int alpha = qAlpha(front);
+    const auto part = [alpha](int a, int b) { return scaled(a, alpha) + scaled(b, 255 - alpha); };
+    return qRgb(part(qRed(front), qRed(back)), part(qGreen(front), qGreen(back)),
+                part(qBlue(front), qBlue(back)));
+}
+
+} // namespace
+
+QtImages::QtImages() {
+    QImageReader::setAllocationLimit(AllocationLimit);
+}
+
+bool QtImages::LoadImage(const std::string& text) {
+    current_ = {};
+    if (text.empty())
+        return true;
+    if (static_cast<qsizetype>(text.size()) > LongestText)
+        return false;
+    const auto decoded = QByteArray::fromBase64Encoding(
+        QByteArray::fromRawData(text.data(), static_cast<qsizetype>(text.size())),
+        QByteArray::AbortOnBase64DecodingErrors);
+    if (!decoded)
+        return false;
+    QBuffer buffer;
+    buffer.setData(*decoded);
+    QImageReader reader(&buffer, "png");
+    current_ = readFrom(reader);
+    return !current_.isNull();
+}
+
+std::string QtImages::SaveImage() const {
+    if (current_.isNull())
+        return {};
+    QBuffer buffer;
+    current_.convertToFormat(QImage::Format_RGBA8888).save(&buffer, "png");
+    return buffer.data().toBase64().toStdString();
+}
+
+void QtImages::SetImage(const Picture& picture) {
+    current_ = picture.empty() ? QImage() : QImage(picture.width, picture.height, Format);
+    for (int y = 0; y < current_.height(); ++y)
+        std::memcpy(current_.scanLine(y),
+                    picture.pixels.data() + static_cast<std::ptrdiff_t>(y) * picture.width,
+                    static_cast<std::size_t>(picture.width) * sizeof(std::uint32_t));
+}
+
+Picture QtImages::GetImage() const {
+    Picture picture{current_.width(), current_.height(), {}};
+    picture.pixels.resize(static_cast<std::size_t>(picture.width) *
+                          static_cast<std::size_t>(picture.height));
+    for (int y = 0; y < picture.height; ++y)
+        std::memcpy(picture.pixels.data() + static_cast<std::ptrdiff_t>(y) * picture.width,
+                    current_.constScanLine(y),
+                    static_cast<std::size_t>(picture.width) * sizeof(std::uint32_t));
+    return picture;
+}
+
+void QtImages::GetImageSizes(int& width, int& height) const {
+    width = current_.width();
+    height = current_.height();
+}
+
+void QtImages::CacheImage(const std::string& name) {
+    named_[QString::fromStdString(name)] = current_;
+}
+
+void QtImages::UncacheImage(const std::string& name) {
+    current_ = named_.value(QString::fromStdString(name));
+}
+
+void QtImages::ColorizeImage(int r, int g, int b) {
+    for (int y = 0; y < current_.height(); ++y) {
+        // NOLINTNEXTLINE(*-reinterpret-cast): the pixels of a row are of this type
+        auto* row = reinterpret_cast<QRgb*>(current_.scanLine(y));
+        for (int x = 0; x < current_.width(); ++x)
+            row[x] = qRgba(scaled(qRed(row[x]), r), scaled(qGreen(row[x]), g),
+                           scaled(qBlue(row[x]), b), qAlpha(row[x]));
+    }
+}
+
+void QtImages::MakeTransparentImage(const std::string& backgroundName, int x, int y, int r, int g,
+                                    int b) {
+    const QImage background = named_.value(QString::fromStdString(backgroundName));
+    const QRgb ground = qRgb(r, g, b);
+    for (int row = 0; row < current_.height(); ++row) {
+        // NOLINTNEXTLINE(*-reinterpret-cast): the pixels of a row are of this type
+        auto* lights = reinterpret_cast<QRgb*>(current_.scanLine(row));
+        const bool inside = row + y >= 0 && row + y < background.height();
+        // NOLINTNEXTLINE(*-reinterpret-cast)
+        const auto* behind =
+            inside ? reinterpret_cast<const QRgb*>(background.constScanLine(row + y)) : nullptr;
+        for (int column = 0; column < current_.width(); ++column) {
+            const int at = column + x;
+            const QRgb back = behind != nullptr && at >= 0 && at < background.width()
+                                  ? over(behind[at], ground)
+                                  : ground;
+            const QRgb light = lights[column];
+            const int alpha = qAlpha(light);
+            lights[column] = qRgb(lit(qRed(back), scaled(qRed(light), alpha)),
+                                  lit(qGreen(back), scaled(qGreen(light), alpha)),
+                                  lit(qBlue(back), scaled(qBlue(light), alpha)));
+        }
+    }
+}
+
+std::optional<Picture> QtImages::DecodeFile(const std::string& path) {
+    QImageReader reader(QString::fromStdString(path));
+    reader.setDecideFormatFromContent(true);
+    static const QList<QByteArray> known{"bmp", "gif", "jpeg", "jpg", "png"};
+    if (!known.contains(reader.format()))
+        return std::nullopt;
+    const QImage image = readFrom(reader);
+    if (image.isNull())
+        return std::nullopt;
+    const QImage kept = std::exchange(current_, image);
+    Picture picture = GetImage();
+    current_ = kept;
+    return picture;
+}
+
+} // namespace corvane

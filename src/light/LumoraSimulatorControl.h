@@ -1,0 +1,125 @@
+#pragma once
+
+#include "controls/Inputs.h"
+#include "controls/Menu.h"
+#include "kolib/KOImages.h"
+#include "light/LumoraOptions.h"
+#include "light/LumoraSimulator.h"
+
+namespace corvane {
+
+/// The picture on the "Simulator" tab: a background, and a light for each channel that can be
+/// dragged into place and shows what the simulator plays. Everything that a person does here is
+/// recorded through the options. Lights count from 1; sizes and places are pixels from the canvas's
+/// corner.
+class LumoraSimulatorControl {
+  public:
+    struct Surroundings {
+        LumoraDocument& document;
+        LumoraSimulator& simulator;
+        LumoraOptions& options; ///< Records the changes.
+        KOImages& images;
+        Dialogs& dialogs;
+    };
+    /// Where something stands on the canvas and what it shows; no picture means one colour.
+    struct Patch {
+        int left = 0;
+        int top = 0;
+        int width = 0;
+        int height = 0;
+        Picture picture;
+        KORgbValue color;
+    };
+
+    explicit LumoraSimulatorControl(const Surroundings& surroundings);
+    LumoraSimulatorControl(const LumoraSimulatorControl&) = delete;
+    LumoraSimulatorControl& operator=(const LumoraSimulatorControl&) = delete;
+
+    Event<int> LightChanged; ///< Shows something else, perhaps elsewhere.
+    Event<> CanvasChanged;   ///< Colour, background, or everything.
+
+    [[nodiscard]] KORgbValue BackColor() const { return settings().backColor(); }
+    [[nodiscard]] const Patch& background() const { return background_; }
+    [[nodiscard]] const Patch& light(int Channel) const { return lights_[place(Channel)]; }
+    /// The topmost light at a point; 0 for none.
+    [[nodiscard]] int lightAt(int x, int y) const;
+
+    void Resize(int width, int height);
+    [[nodiscard]] int CanvasHeight() const { return height_; }
+    /// Whether the clock runs. When it begins to, all tracks begin anew.
+    [[nodiscard]] bool AutoUpdate() const { return UpdateTimer.Enabled(); }
+    void setAutoUpdate(bool run);
+    /// The desktop's colour for buttons, which an untouched canvas has.
+    void setButtonFace(KORgbValue color);
+    /// Takes everything from the document.
+    void refresh();
+    /// Draws everything as it is now.
+    void redraw() { showBackground(); }
+
+    // Dragging, by the pointer's place within the light.
+    void pressLight(int Channel, int x, int y);
+    void moveLight(int Channel, int x, int y);
+    void releaseLight(int Channel);
+    /// Puts back the light that is being dragged.
+    void cancelDrag();
+    [[nodiscard]] int draggedLight() const { return drag_; }
+
+    /// A picture file for a light, or with 0 for the background.
+    void takePicture(int Channel, const std::string& path);
+
+    Timer UpdateTimer{25};
+    Frame ChecksFrame;
+    CheckBox SlowMotionCheck{"Slow Motion"};
+    CheckBox SimulateLossOfSignalCheck{"Simulate Loss of Signal"};
+    CheckBox SimulateHysteresisCheck{"Simulate Hysteresis"};
+    Frame OptionsFrame;
+    Label ChannelLabel{"Channels"};
+    std::array<Button, LumoraDocument::ChannelCount> LightChannelButton;
+    Label BackgroundLabel{"Background"};
+    Button BackgroundOptionsButton{"Background Options"};
+
+    MenuItem mnuCanvasChangeBackground{"Change &Background..."};
+    MenuItem mnuCanvasResetBackground{"&Reset Background"};
+    MenuItem mnuCanvasSeparator1;
+    MenuItem mnuCanvasSetBackgroundColor{"Set Background &Color..."};
+    MenuItem mnuLightChangePicture{"Change &Picture..."};
+    MenuItem mnuLightResetPicture{"&Reset Picture"};
+    /// A menu is to pop up: for a light, or with 0 for the canvas. It is ready when this is raised.
+    Event<int> MenuWanted;
+    void openMenu(int Channel);
+    [[nodiscard]] std::vector<MenuPlace> menuLayout(int Channel);
+
+  private:
+    [[nodiscard]] static std::size_t place(int Channel) {
+        return static_cast<std::size_t>(Channel) - 1;
+    }
+    [[nodiscard]] const LumoraSimulatorSettings& settings() const {
+        return with_.document.simulator();
+    }
+    void settingChanged(std::string_view name, int channel);
+    void loadImages(int Channel);
+    void showBackground();
+    void positionLight(int Channel);
+    void updateLight(int Channel);
+    void updateAllLights();
+    void placeLight(int Channel, int left, int top);
+    void choosePicture(int Channel);
+    void resetPicture(int Channel);
+    void chooseColor();
+    void tick();
+
+    Surroundings with_;
+    int width_ = 0;
+    int height_ = 0;
+    Patch background_;
+    std::array<Patch, LumoraDocument::ChannelCount> lights_;
+    int drag_ = 0;
+    int grabX_ = 0;
+    int grabY_ = 0;
+    bool moved_ = false;
+    int menuChannel_ = 0;
+    bool restart_ = false;
+    std::vector<Connection> connections_;
+};
+
+} // namespace corvane
