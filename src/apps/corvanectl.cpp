@@ -2,6 +2,7 @@
 #include "apps/support/LightCommands.h"
 #include "apps/support/MemoryCommands.h"
 #include "apps/support/PickedDevice.h"
+#include "apps/support/PlayCommand.h"
 #include "apps/support/Program.h"
 
 #include <CLI/CLI.hpp>
@@ -94,6 +95,7 @@ int main(int argc, char** argv) {
     std::string file;
     std::string target;
     std::string deviceType = "1.2";
+    PlaySetup playing;
     bool yes = false;
     bool no = false;
     int address = 0;
@@ -149,6 +151,28 @@ int main(int argc, char** argv) {
     addAnswers(programming);
     programming->callback(
         [&] { result = ProgramLight(Session(options).program(), file, answer()); });
+    CLI::App* play = app.add_subcommand(
+        "play", "Print the brightness that a light program gives on six channels over time");
+    play->add_option("FILE", file)->required();
+    play->add_option("--seconds", playing.seconds, "How long")
+        ->check(CLI::Range(0.0, 1e6))
+        ->capture_default_str();
+    play->add_option("--step", playing.step, "Milliseconds from line to line")
+        ->check(CLI::Range(1, 1000000))
+        ->capture_default_str();
+    play->add_option_function<std::string>(
+        "--stick",
+        [&](const std::string& text) {
+            const auto moves = ParseStick(text);
+            if (!moves)
+                throw CLI::ValidationError("--stick", "'" + text + "' is not P[,T:P...]");
+            playing.stick = *moves;
+        },
+        "Stick position in percent, and positions from times in seconds: P[,T:P...]");
+    play->add_flag("--no-signal", playing.noSignal, "Without a signal from the transmitter");
+    play->add_flag("--hysteresis", playing.hysteresis, "With the hysteresis of each channel");
+    play->add_option("--png", playing.png, "Draw it into this file");
+    play->callback([&] { result = PlayLight(Session(options).program(), file, playing); });
     constexpr int lastAddress = 65535;
     CLI::App* reading = app.add_subcommand("read", "Print bytes of the product's EEPROM");
     reading->add_option("ADDRESS", address)->required()->check(CLI::Range(0, lastAddress));

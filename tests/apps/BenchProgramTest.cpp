@@ -302,6 +302,22 @@ TEST_F(BenchProgram, ProgramsALightControllerThatThenPlaysTheProgram) {
         eventually([&] { return watch.output().find(" s: 50 80 0") != std::string::npos; }));
 }
 
+TEST_F(BenchProgram, PlaysAProgramWithoutAController) {
+    const std::string light =
+        folder.file("a.lumora", "Lumora\t2\t2\t0\t2\nLumoraTrackInsert\t1\t0\t1\t50\t.2\t2\t0\t.1\n"
+                                "LumoraTrackInsert2\t2\t1\t1\t100\t1\tP\t0\n");
+    const Ran played = ctl({"play", light, "--seconds", "0.4", "--step", "100", "--stick",
+                            "80,0.3:20", "--png", folder.path() / "a.png"});
+    EXPECT_EQ(played.status, 0) << played.errors;
+    EXPECT_EQ(played.output, "seconds,1,2,3,4,5,6\n0.000,50,0,0,0,0,0\n0.100,50,0,0,0,0,0\n"
+                             "0.200,0,0,0,0,0,0\n0.300,0,20,0,0,0,0\n");
+    EXPECT_EQ(folder.content("a.png").substr(1, 3), "PNG");
+    EXPECT_EQ(ctl({"play", light, "--no-signal", "--seconds", "0.1", "--stick", "20"}).output,
+              "seconds,1,2,3,4,5,6\n0.000,50,0,0,0,0,0\n");
+    for (const char* stick : {"101", "x", "50,60", "1:50", "50,2:10,1:20", ""})
+        EXPECT_EQ(ctl({"play", light, "--stick", stick}).status, 2) << stick;
+}
+
 TEST_F(BenchProgram, AsksAboutTheOlderControllerOnlyWhenItMust) {
     const std::string plain =
         folder.file("a.lumora", "Lumora\t1\t1\t0\t2\nLumoraTrackInsert\t1\t0\t1\t50\t.2\n");

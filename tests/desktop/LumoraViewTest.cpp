@@ -3,6 +3,7 @@
 #include "desktop/EventLoop.h"
 #include "desktop/MainWindow.h"
 #include "desktop/QtDialogs.h"
+#include "desktop/light/SimulatorView.h"
 #include "desktop/light/TracksCanvas.h"
 #include "light/LumoraUndoableSegmentChange.h"
 #include "support/LightBench.h"
@@ -13,6 +14,7 @@
 #include <QLabel>
 #include <QMenu>
 #include <QMenuBar>
+#include <QMimeData>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QRadioButton>
@@ -23,6 +25,16 @@
 
 namespace corvane {
 namespace {
+
+/// A program with every kind of segment.
+constexpr const char* DrawnProgram =
+    "Lumora\t6\t6\t0\t2\nLumoraText\t1\tLight Color\tFFFFFF\tFF3020\n"
+    "LumoraTrackInsert2\t1\t0\t1\t100\t.8\t\t0\t2\t0\t.3\t\t0\t3\t60\t1.1\t\t0\t4\t10\t.1\t\t0"
+    "\t5\t100\t.9\tP\t10\t6\t100\t.9\tPT\t0\n"
+    "LumoraTrackInsert2\t1\t1\t1\t30\t1\tPT\t100\t2\t100\t.05\t\t0\t3\t0\t.05\t\t0\t4\t80\t."
+    "25\t\t0\n"
+    "LumoraText\t2\tLight Color\tFFFFFF\t30FF\nLumoraTrackInsert\t2\t0\t1\t90\t1.2\n"
+    "LumoraTrackInsert\t5\t1\t1\t100\t1.2\t2\t0\t1.2\n";
 
 /// The real main window over the light editor, with real events.
 class LumoraWindow : public testing::Test {
@@ -277,6 +289,53 @@ TEST_F(LumoraWindow, ProgramsTheControllerAndSaysHowItWent) {
     EXPECT_FALSE(dialog->isVisible());
 }
 
+TEST_F(LumoraWindow, ThePictureOfTheModelIsDraggedUndoneSavedAndReopened) {
+    control().TabStrip1.select(9);
+    QApplication::processEvents();
+    SimulatorCanvas& canvas = view().simulator().canvas();
+    const auto drop = [&](QPoint at, const char* file) {
+        QMimeData data;
+        data.setUrls({QUrl::fromLocalFile(QString(CORVANE_EXAMPLES) + "/" + file)});
+        QDragEnterEvent enter(at, Qt::CopyAction, &data, Qt::LeftButton, {});
+        QApplication::sendEvent(&canvas, &enter);
+        EXPECT_TRUE(enter.isAccepted());
+        QDropEvent event(at, Qt::CopyAction, &data, Qt::LeftButton, {});
+        QApplication::sendEvent(&canvas, &event);
+    };
+    const LumoraSimulatorControl& simulator = control().simulatorControl;
+    const auto middleOf = [&simulator](int light) {
+        const auto& patch = simulator.light(light);
+        return QPoint(patch.left + patch.width / 2, patch.top + patch.height / 2);
+    };
+    drop(QPoint(3, 3), "model.png");
+    EXPECT_EQ(simulator.background().width, 640);
+    drop(middleOf(2), "light.png");
+    EXPECT_EQ(simulator.light(2).width, 60);
+    const QPoint from = middleOf(2);
+    const QPoint to = from + QPoint(120, -60);
+    QTest::mousePress(&canvas, Qt::LeftButton, {}, from);
+    for (const QPoint& at : {from + QPoint(40, -20), to}) {
+        QMouseEvent move(QEvent::MouseMove, QPointF(at), canvas.mapToGlobal(QPointF(at)),
+                         Qt::NoButton, Qt::LeftButton, {});
+        QApplication::sendEvent(&canvas, &move);
+    }
+    QTest::mouseRelease(&canvas, Qt::LeftButton, {}, to);
+    EXPECT_EQ(middleOf(2), to);
+    control().simulatorControl.setAutoUpdate(false); // so that pictures can be compared
+    window.setFocus();
+    const QImage dragged = canvas.grab().toImage();
+    key(Qt::Key_Z, Qt::ControlModifier);
+    EXPECT_EQ(middleOf(2), from);
+    EXPECT_NE(canvas.grab().toImage(), dragged);
+    key(Qt::Key_Y, Qt::ControlModifier);
+    EXPECT_EQ(canvas.grab().toImage(), dragged);
+    saveAs("picture.lumora");
+    form.menu.mnuFileNew.choose();
+    EXPECT_NE(canvas.grab().toImage(), dragged);
+    form.menu.mnuFileMRU.item(1).choose();
+    EXPECT_EQ(canvas.grab().toImage(), dragged);
+}
+
 TEST_F(LumoraWindow, EveryControlHasAName) {
     for (int tab = 1; tab <= 9; ++tab) {
         control().TabStrip1.select(tab);
@@ -296,27 +355,19 @@ TEST_F(LumoraWindow, EveryControlHasAName) {
 TEST_F(LumoraWindow, LooksRightOnEveryTab) {
     if (qEnvironmentVariableIsEmpty("CORVANE_SCREENSHOTS"))
         GTEST_SKIP() << "no pictures asked for";
-    const auto put = [this](int channel, bool onState, std::vector<LumoraSegment> segments) {
-        auto change = std::make_unique<LumoraUndoableTrackChange>();
-        change->InitializeGroup(document(), true, channel, onState, std::move(segments));
-        document().HistoryObject().Record(std::move(change));
-    };
-    document().setData(1, "Light Color", "FF3020");
-    document().setData(2, "Light Color", "30FF");
-    put(1, false,
-        {{1, 100, 0.8, {}, 0},
-         {2, 0, 0.3, {}, 0},
-         {3, 60, 1.1, {}, 0},
-         {4, 10, 0.1, {}, 0},
-         {5, 100, 0.9, "P", 10},
-         {6, 100, 0.9, "PT", 0}});
-    put(1, true,
-        {{1, 30, 1.0, "PT", 100},
-         {2, 100, 0.05, {}, 0},
-         {3, 0, 0.05, {}, 0},
-         {4, 80, 0.25, {}, 0}});
-    put(2, false, {{1, 90, 1.2, {}, 0}});
-    put(5, true, {{1, 100, 1.2, {}, 0}, {2, 0, 1.2, {}, 0}});
+    ASSERT_TRUE(document().HistoryObject().OpenHistory(CORVANE_EXAMPLES "/navigation.lumora"));
+    control().TabStrip1.select(9);
+    control().tripPoint.TripPointValue.type("80");
+    for (const auto& [name, color] :
+         {std::pair("day", "250,250,250"), std::pair("night", "8,8,16")}) {
+        document().setData(0, "Sim Background Color", color);
+        QApplication::processEvents();
+        desk.bench.clock.advance(450);
+        control().simulator.Update();
+        shoot(window, QString("simulator-") + name);
+    }
+    ASSERT_TRUE(
+        document().HistoryObject().OpenHistory(desk.folder.file("drawn.lumora", DrawnProgram)));
     for (const QSize size : {QSize(734, 518), QSize(1600, 1000)}) {
         window.resize(size);
         for (int tab = 1; tab <= 9; ++tab) {

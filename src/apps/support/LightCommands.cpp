@@ -26,15 +26,6 @@ std::string tooLarge(int blocksUsed, int maxBlocks) {
            " segments. The program needs " + std::to_string(blocksUsed) + ".";
 }
 
-bool openLight(Program& program, LumoraDocument& document, const std::string& file) {
-    const KOProductProfile* product = program.products.ByExtension(KOIOExtension(file));
-    if (product == nullptr || product->Class != "Corvane.LumoraControl") {
-        fail(file + " is no light program.");
-        return false;
-    }
-    return document.HistoryObject().OpenHistory(file);
-}
-
 int failed(const LumoraCompiled& compiled) {
     return compiled.outcome == LumoraCompiled::Outcome::Canceled
                ? fail("Programming canceled.")
@@ -87,6 +78,15 @@ void showProgress(int percent) {
 
 } // namespace
 
+bool OpenLight(Program& program, LumoraDocument& document, const std::string& file) {
+    const KOProductProfile* product = program.products.ByExtension(KOIOExtension(file));
+    if (product == nullptr || product->Class != "Corvane.LumoraControl") {
+        fail(file + " is no light program.");
+        return false;
+    }
+    return document.HistoryObject().OpenHistory(file);
+}
+
 Answer AnsweringDialogs::Message(const MessageBox& box) {
     if (box.buttons != MessageBox::Buttons::YesNo)
         return ConsoleDialogs::Message(box);
@@ -105,7 +105,7 @@ int CompileLight(Program& program, const std::string& file, bool older, const st
                  std::optional<bool> answer) {
     AnsweringDialogs dialogs(answer);
     LumoraDocument document({dialogs, dialogs, program.text});
-    if (!openLight(program, document, file))
+    if (!OpenLight(program, document, file))
         return Failed;
     if (const int channel = LumoraEncoding::channelWithUnknownFunction(document); channel != 0)
         return fail("Channel " + std::to_string(channel) +
@@ -117,7 +117,7 @@ int CompileLight(Program& program, const std::string& file, bool older, const st
 int ProgramLight(Program& program, const std::string& file, std::optional<bool> answer) {
     AnsweringDialogs dialogs(answer);
     LumoraDocument document({dialogs, dialogs, program.text});
-    if (!openLight(program, document, file))
+    if (!OpenLight(program, document, file))
         return Failed;
     LumoraProgrammer run(program.workplace(dialogs, dialogs), document);
     LumoraProgramming dialog; // the same words as in the window

@@ -2,6 +2,7 @@
 
 #include "apps/support/ConsoleDialogs.h"
 #include "apps/support/Program.h"
+#include "light/LumoraDocument.h"
 
 #include <optional>
 
@@ -17,6 +18,9 @@ class AnsweringDialogs final : public ConsoleDialogs {
   private:
     std::optional<bool> answer_;
 };
+
+/// Opens a light program; what is wrong with it is told.
+[[nodiscard]] bool OpenLight(Program& program, LumoraDocument& document, const std::string& file);
 
 /// Commands on light programs. Each gives the exit status.
 

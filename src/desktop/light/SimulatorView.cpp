@@ -76,7 +76,10 @@ void SimulatorCanvas::paintEvent(QPaintEvent* event) {
             painter.setPen(QColor(128, 128, 128)); // a dark one can be found too
             painter.drawRect(rect.adjusted(0, 0, -1, -1));
         } else {
+            // Light upon light: none of them hides another.
+            painter.setCompositionMode(QPainter::CompositionMode_Lighten);
             painter.drawImage(rect.topLeft(), imageOf(patch.picture));
+            painter.setCompositionMode(QPainter::CompositionMode_SourceOver);
         }
     }
     if (hasFocus()) {

@@ -1,6 +1,7 @@
 #include "kolib/images/QtImages.h"
 
 #include <QBuffer>
+#include <QFile>
 #include <QImageReader>
 
 #include <algorithm>
@@ -13,6 +14,22 @@ namespace {
 constexpr int AllocationLimit = 80; // MB, a little above the largest picture
 constexpr qsizetype LongestText = qsizetype{100} * 1024 * 1024;
 constexpr auto Format = QImage::Format_ARGB32;
+
+/// Whether the bytes go as far as their format says; the readers make do with less.
+bool isWhole(const QByteArray& bytes, const QByteArray& format) {
+    constexpr qsizetype tail = 64; // bytes in which the end mark must stand
+    const QByteArray end = bytes.right(tail);
+    if (format == "png")
+        return end.contains("IEND");
+    if (format == "jpeg" || format == "jpg")
+        return end.contains("\xFF\xD9");
+    if (format == "gif")
+        return end.contains(';');
+    const auto byte = [&bytes](qsizetype i) { return static_cast<unsigned char>(bytes[i]); };
+    return bytes.size() > 5 &&
+           byte(2) + byte(3) * 0x100LL + byte(4) * 0x10000LL + byte(5) * 0x1000000LL <=
+               bytes.size();
+}
 
 /// Reads what a device holds, once its header has promised a size that is not too large.
 QImage readFrom(QImageReader& reader) {
@@ -52,7 +69,8 @@ bool QtImages::LoadImage(const std::string& text) {
     current_ = {};
     if (text.empty())
         return true;
-    if (static_cast<qsizetype>(text.size()) > LongestText)
+    constexpr std::size_t base64Unit = 4; // characters; the text is padded
+    if (static_cast<qsizetype>(text.size()) > LongestText || text.size() % base64Unit != 0)
         return false;
     const auto decoded = QByteArray::fromBase64Encoding(
         QByteArray::fromRawData(text.data(), static_cast<qsizetype>(text.size())),
@@ -61,17 +79,23 @@ bool QtImages::LoadImage(const std::string& text) {
         return false;
     QBuffer buffer;
     buffer.setData(*decoded);
+    buffer.open(QIODevice::ReadOnly);
     QImageReader reader(&buffer, "png");
-    current_ = readFrom(reader);
+    if (isWhole(*decoded, "png"))
+        current_ = readFrom(reader);
     return !current_.isNull();
 }
 
 std::string QtImages::SaveImage() const {
+    return QByteArray::fromStdString(SavePng()).toBase64().toStdString();
+}
+
+std::string QtImages::SavePng() const {
     if (current_.isNull())
         return {};
     QBuffer buffer;
     current_.convertToFormat(QImage::Format_RGBA8888).save(&buffer, "png");
-    return buffer.data().toBase64().toStdString();
+    return buffer.data().toStdString();
 }
 
 void QtImages::SetImage(const Picture& picture) {
@@ -142,10 +166,16 @@ void QtImages::MakeTransparentImage(const std::string& backgroundName, int x, in
 }
 
 std::optional<Picture> QtImages::DecodeFile(const std::string& path) {
-    QImageReader reader(QString::fromStdString(path));
+    QFile file(QString::fromStdString(path));
+    if (!file.open(QIODevice::ReadOnly) || file.size() > LongestText)
+        return std::nullopt;
+    QBuffer buffer;
+    buffer.setData(file.readAll());
+    buffer.open(QIODevice::ReadOnly);
+    QImageReader reader(&buffer);
     reader.setDecideFormatFromContent(true);
     static const QList<QByteArray> known{"bmp", "gif", "jpeg", "jpg", "png"};
-    if (!known.contains(reader.format()))
+    if (!known.contains(reader.format()) || !isWhole(buffer.data(), reader.format()))
         return std::nullopt;
     const QImage image = readFrom(reader);
     if (image.isNull())

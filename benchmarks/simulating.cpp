@@ -1,0 +1,81 @@
+// Runs a light editor with its Simulator tab on show for some seconds and prints the processor time
+// that it took, in percent of a core. See simulating.sh.
+#include "desktop/EventLoop.h"
+#include "desktop/light/LumoraView.h"
+#include "kolib/devices/LinkDevices.h"
+#include "kolib/images/QtImages.h"
+#include "kolib/text/TextFiles.h"
+#include "support/Nobody.h"
+#include "system/DiskFiles.h"
+#include "system/SystemClock.h"
+
+#include <QApplication>
+#include <QTimer>
+
+#include <cstdio>
+#include <cstdlib>
+#include <ctime>
+#include <string_view>
+
+namespace {
+
+using namespace corvane;
+
+struct NoPause final : Pause {
+    void pause() override {}
+};
+
+std::string pictureText(QtImages& images, int width, int height, std::uint32_t color) {
+    images.SetImage(
+        {width, height,
+         std::vector<std::uint32_t>(
+             static_cast<std::size_t>(width) * static_cast<std::size_t>(height), color)});
+    return images.SaveImage();
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    const bool changing = argc > 1 && std::string_view(argv[1]) == "changing";
+    const int seconds = argc > 2 ? std::atoi(argv[2]) : 20;
+    const DesktopApplication desktop(argc, argv);
+    Nobody nobody;
+    DiskFiles files;
+    TextFiles text(files);
+    QtImages images;
+    SystemClock clock;
+    RunModes modes;
+    KODebug debug(modes);
+    KODebugger debugger;
+    wire::HostSession packets(clock, {});
+    LinkDevices device({}, packets, debug);
+    KOProductList products("KO", debug);
+    NoPause pause;
+    KOCommLink link({device, packets, products, modes, clock, debug, pause});
+    SystemPrograms programs;
+    SettingsStore store("/nonexistent", files);
+    KORegistry registry(store);
+    QtKeyboard keyboard;
+    LumoraControl control({link, device, products, modes, clock, pause, debug, debugger, nobody,
+                           nobody, text, images, programs, registry},
+                          keyboard);
+    LumoraView view(control, nullptr);
+    view.resize(1300, 950);
+    view.show();
+    LumoraDocument& document = control.document;
+    document.setData(0, "Sim Background Image", pictureText(images, 1200, 800, 0xFF506070));
+    for (int channel = 1; channel <= LumoraDocument::ChannelCount; ++channel) {
+        document.setData(channel, "Sim Light Image", pictureText(images, 80, 80, 0xC0FFFFFF));
+        for (int i = 1; i <= (changing ? 100 : 1); ++i)
+            document.Channel(channel, false).InsertTrack(i, 0.02, i * 37 % 101, {}, 0);
+    }
+    control.TabStrip1.select(9);
+    control.tripPoint.TripPointValue.type("80");
+    QApplication::processEvents();
+    const std::clock_t before = std::clock();
+    QTimer::singleShot(seconds * 1000, &desktop, &QCoreApplication::quit);
+    DesktopApplication::exec();
+    const double used = static_cast<double>(std::clock() - before) / CLOCKS_PER_SEC;
+    std::printf("%s: %.1f percent of a core (aim: below %d)\n", changing ? "changing" : "steady",
+                100 * used / seconds, changing ? 15 : 1);
+}

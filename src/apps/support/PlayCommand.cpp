@@ -1,0 +1,145 @@
+#include "apps/support/PlayCommand.h"
+
+#include "apps/support/ConsoleDialogs.h"
+#include "apps/support/LightCommands.h"
+#include "light/LumoraSimulator.h"
+
+#include <charconv>
+#include <cstdio>
+#include <iostream>
+
+namespace corvane {
+
+namespace {
+
+constexpr int Done = 0;
+constexpr int Failed = 1;
+
+/// A clock that moves from line to line.
+struct StepClock final : Clock {
+    std::uint32_t milliseconds = 0;
+    [[nodiscard]] std::uint32_t now() const override { return milliseconds; }
+};
+
+template<class Number>
+std::optional<Number> numberIn(std::string_view text, Number lowest, Number highest) {
+    Number value{};
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (error != std::errc() || end != text.data() + text.size() || !(value >= lowest) ||
+        !(value <= highest))
+        return std::nullopt;
+    return value;
+}
+
+/// The channels one below another, time to the right: each in its colour as bright as it plays,
+/// with a curve of its brightness over it.
+class PlayChart {
+  public:
+    PlayChart(int columns, const LumoraSimulator& simulator)
+        : simulator_(simulator),
+          width_(std::clamp(columns, 1, KOImages::MaxSize)),
+          picture_{
+              width_, Height,
+              std::vector<std::uint32_t>(static_cast<std::size_t>(width_) * Height, 0xFF202024)} {}
+
+    void draw(int column) {
+        if (column >= width_)
+            return;
+        for (int channel = 1; channel <= simulator_.ChannelCount(); ++channel) {
+            const KORgbValue color = simulator_.Colorization(channel);
+            const auto light = 0xFF000000U | (static_cast<std::uint32_t>(color.R) << 16) |
+                               (static_cast<std::uint32_t>(color.G) << 8) |
+                               static_cast<std::uint32_t>(color.B);
+            const int top = (channel - 1) * (StripHeight + Gap);
+            for (int y = 0; y < StripHeight; ++y)
+                at(column, top + y) = light;
+            const int curve = (StripHeight - 1) * (100 - simulator_.brightness(channel)) / 100;
+            at(column, top + curve) = 0xFFFFC400;
+        }
+    }
+    [[nodiscard]] const Picture& picture() const { return picture_; }
+
+  private:
+    static constexpr int StripHeight = 60; // pixels
+    static constexpr int Gap = 6;
+    static constexpr int Height = 6 * (StripHeight + Gap) - Gap;
+
+    std::uint32_t& at(int x, int y) {
+        return picture_.pixels[static_cast<std::size_t>(y) * static_cast<std::size_t>(width_) +
+                               static_cast<std::size_t>(x)];
+    }
+
+    const LumoraSimulator& simulator_;
+    int width_;
+    Picture picture_;
+};
+
+} // namespace
+
+std::optional<std::vector<PlaySetup::Move>> ParseStick(const std::string& text) {
+    constexpr double longest = 1e6; // seconds
+    std::vector<PlaySetup::Move> moves;
+    std::string_view rest = text;
+    for (bool more = true; more;) {
+        const std::size_t comma = rest.find(',');
+        more = comma != std::string_view::npos;
+        std::string_view part = rest.substr(0, comma);
+        rest.remove_prefix(more ? comma + 1 : rest.size());
+        const std::size_t colon = part.find(':');
+        if (moves.empty() != (colon == std::string_view::npos))
+            return std::nullopt; // only the first one has no time
+        PlaySetup::Move move;
+        if (!moves.empty()) {
+            const auto time = numberIn<double>(part.substr(0, colon), 0, longest);
+            if (!time)
+                return std::nullopt;
+            move.time = static_cast<int>(*time * 1000 + 0.5);
+            part.remove_prefix(colon + 1);
+        }
+        const auto stick = numberIn<int>(part, 0, 100);
+        if (!stick || (!moves.empty() && move.time < moves.back().time))
+            return std::nullopt;
+        move.stick = *stick;
+        moves.push_back(move);
+    }
+    return moves;
+}
+
+int PlayLight(Program& program, const std::string& file, const PlaySetup& setup) {
+    AnsweringDialogs dialogs(std::nullopt);
+    LumoraDocument document({dialogs, dialogs, program.text});
+    if (!OpenLight(program, document, file))
+        return Failed;
+    StepClock clock;
+    LumoraSimulator simulator(document, clock);
+    simulator.takeAllSettings();
+    simulator.setSimulateHysteresis(setup.hysteresis);
+    simulator.setSimulateLossOfSignal(setup.noSignal);
+    const int end = static_cast<int>(setup.seconds * 1000);
+    PlayChart chart((end + setup.step - 1) / setup.step, simulator);
+    auto move = setup.stick.begin();
+    std::cout << "seconds,1,2,3,4,5,6\n";
+    for (int time = 0; time < end; time += setup.step) {
+        clock.milliseconds = static_cast<std::uint32_t>(time);
+        simulator.Update();
+        for (; move != setup.stick.end() && move->time <= time; ++move)
+            simulator.setSlider(move->stick);
+        if (time == 0)
+            simulator.Reset();
+        std::printf("%d.%03d", time / 1000, time % 1000);
+        for (int channel = 1; channel <= simulator.ChannelCount(); ++channel)
+            std::printf(",%d", simulator.brightness(channel));
+        std::printf("\n");
+        chart.draw(time / setup.step);
+    }
+    std::fflush(stdout);
+    if (setup.png.empty())
+        return Done;
+    program.images.SetImage(chart.picture());
+    if (program.files.ReplaceWhole(setup.png, program.images.SavePng()))
+        return Done;
+    std::cerr << "corvanectl: Can't save the picture.\n";
+    return Failed;
+}
+
+} // namespace corvane

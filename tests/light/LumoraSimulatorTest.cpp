@@ -1,0 +1,275 @@
+#include "light/LumoraSimulator.h"
+
+#include "bench/LightPlayer.h"
+#include "support/LightBench.h"
+#include "support/RandomProgram.h"
+
+#include <gmock/gmock.h>
+
+namespace corvane {
+namespace {
+
+using testing::ElementsAre;
+
+class Simulator : public testing::Test, public LightBench {
+  protected:
+    ManualClock clock{1000};
+    LumoraSimulator simulator{document, clock};
+    std::vector<int> changed;
+    Connection onBrightness =
+        simulator.BrightnessChanged.connect([this](int channel) { changed.push_back(channel); });
+
+    void set(const char* name, int value, int channel = 1) {
+        document.setData(channel, name, std::to_string(value));
+        simulator.takeSettings(channel);
+    }
+    /// 1 for the top track, 2 for the bottom one, 3 for off.
+    int trackAt(int slider) {
+        simulator.setSlider(slider);
+        const LumoraTrack* track = simulator.SelectedTrack(1);
+        return track == nullptr ? 3 : track->topTrack() ? 1 : 2;
+    }
+    int pass(int milliseconds) {
+        clock.advance(static_cast<std::uint64_t>(milliseconds));
+        simulator.Update();
+        return simulator.brightness(1);
+    }
+};
+
+TEST_F(Simulator, WalksThroughATrackAndBeginsAgain) {
+    simulator.takeAllSettings();
+    add(1, false, 80, 0.2);
+    add(1, false, 10, 0.1);
+    simulator.setSlider(50); // at the trip point the top track plays
+    simulator.Reset();
+    EXPECT_EQ(simulator.brightness(1), 80);
+    EXPECT_EQ(pass(199), 80);
+    EXPECT_EQ(pass(2), 10);
+    simulator.setTime(1, 0.7);
+    EXPECT_NEAR(simulator.time(1), 0.1, 1e-6);
+    simulator.setTime(1, 0.2); // on the border the later one plays
+    EXPECT_EQ(simulator.brightness(1), 10);
+    simulator.setMotionMultiplier(0.25);
+    simulator.Reset();
+    EXPECT_EQ(pass(400), 80);
+    EXPECT_NEAR(simulator.time(1), 0.1, 1e-9);
+    document.track(1).RemoveTrack(2); // edits count at once
+    EXPECT_NEAR(simulator.TimeLimit(1), 0.2, 1e-6);
+    document.track(1).RemoveTrack(1);
+    EXPECT_EQ(pass(40), 0);
+    EXPECT_EQ(simulator.time(1), 0);
+}
+
+TEST_F(Simulator, ChoosesTheTrackWithAndWithoutHysteresis) {
+    set("Hysteresis", 10);
+    EXPECT_EQ(trackAt(49), 2);
+    EXPECT_EQ(trackAt(50), 1);
+    EXPECT_EQ(trackAt(49), 2);
+    simulator.setSimulateHysteresis(true);
+    EXPECT_EQ(trackAt(59), 2);
+    EXPECT_EQ(trackAt(60), 1);
+    EXPECT_EQ(trackAt(40), 1);
+    EXPECT_EQ(trackAt(39), 2);
+    set("Turn Off Point", 30);
+    EXPECT_EQ(trackAt(29), 3);
+    EXPECT_EQ(trackAt(30), 2);
+    set("Turn Off Point", 55); // within the band the top track does not fall to off
+    trackAt(100);
+    EXPECT_EQ(trackAt(41), 1);
+    EXPECT_EQ(trackAt(39), 3);
+}
+
+TEST_F(Simulator, WithoutASignalTheStickDoesNotCount) {
+    set("No Signal", 0);
+    document.setData(1, "No Signal", "Bottom");
+    simulator.takeSettings(1);
+    trackAt(100);
+    simulator.setSimulateLossOfSignal(true);
+    EXPECT_EQ(trackAt(100), 2);
+    EXPECT_EQ(trackAt(0), 2);
+    simulator.setSlider(100);
+    simulator.setSimulateLossOfSignal(false);
+    EXPECT_EQ(trackAt(100), 1);
+}
+
+TEST_F(Simulator, TellsOfChangesOnly) {
+    simulator.takeAllSettings();
+    add(1, true, 60, 1);
+    simulator.setSlider(10);
+    simulator.Reset();
+    changed.clear();
+    simulator.setSlider(10);
+    pass(100);
+    pass(100);
+    EXPECT_TRUE(changed.empty());
+    document.setData(1, "Light Color", "FF");
+    simulator.takeSettings(1);
+    EXPECT_TRUE(changed.empty());
+    EXPECT_EQ(simulator.Colorization(1), KORgbValue(153, 0, 0));
+    int selections = 0;
+    const Connection onSelected =
+        simulator.SelectedTrackChanged.connect([&](int channel) { selections += channel == 1; });
+    simulator.setSlider(90);
+    EXPECT_EQ(selections, 1);
+    EXPECT_THAT(changed, ElementsAre(1));
+    EXPECT_EQ(simulator.Colorization(1), KORgbValue());
+}
+
+TEST_F(Simulator, MeasuresItsFramesAcrossTheWrapOfTheClock) {
+    ManualClock wrapping(0xFFFFFFF0ULL);
+    KOFrameTimer timer(wrapping);
+    KOStopWatch watch(wrapping);
+    wrapping.advance(40);
+    timer.Update();
+    EXPECT_EQ(timer.TimeStep(), 40);
+    EXPECT_FLOAT_EQ(timer.TimeStepInSeconds(), 0.04F);
+    EXPECT_EQ(watch.TimeElapsed(), 40);
+    timer.Reset();
+    EXPECT_EQ(timer.TimeStep(), 0);
+}
+
+/// The controller's currents beside the simulator's brightness, for one program.
+class SideBySide {
+  public:
+    SideBySide(const LumoraDocument& document, const std::string& name)
+        : document_(document), name_(name), simulator_(document, clock_) {
+        LumoraImageCompiler compiler(document);
+        EXPECT_EQ(compiler.compile().outcome, LumoraCompiled::Outcome::Done) << name;
+        const auto bytes = compiler.image().bytes();
+        simulator_.takeAllSettings();
+        simulator_.setSimulateHysteresis(true);
+        player_.setStick(0, now());
+        player_.start(bench::readImage(bench::ByteView(bytes)), now());
+        simulator_.Reset();
+    }
+
+    /// Moves the stick near to this position, but not to where percents and bytes may choose
+    /// different tracks: the percent bytes of trip point and hysteresis are rounded before they are
+    /// added.
+    void stick(int percent) {
+        while (percent < 100 && onAnEdge(percent))
+            ++percent;
+        simulator_.setSlider(percent);
+        player_.setStick(percent, now());
+        stick_ = percent;
+    }
+    void signal(bool present) {
+        simulator_.setSimulateLossOfSignal(!present);
+        player_.setSignal(present, now());
+        signal_ = present;
+    }
+    void pass(int milliseconds) {
+        clock_.advance(static_cast<std::uint64_t>(milliseconds));
+        simulator_.Update();
+    }
+    void compare() {
+        const bench::Currents currents = player_.currents(now());
+        for (int channel = 1; channel <= 6; ++channel) {
+            const LumoraChannelSettings& settings = document_.settings(channel);
+            const int expected = simulator_.brightness(channel) * settings.maxCurrent;
+            const int current = currents[static_cast<std::size_t>(channel) - 1] * 100;
+            if (isNarrowed(settings) || nearABorder(channel) || atTheTripPoint(channel))
+                continue;
+            // Two currents and the way between them are cut to whole mA, the level to a byte, and
+            // the brightness to a percent.
+            const int rounding = 200 + settings.maxCurrent + steepness(channel, settings);
+            ASSERT_NEAR(expected, current, rounding)
+                << name_ << " channel " << channel << " stick " << stick_ << " at "
+                << simulator_.time(channel);
+            ++compared;
+        }
+    }
+    int compared = 0;
+
+  private:
+    [[nodiscard]] bench::Time now() const { return clock_.sinceStart(); }
+    [[nodiscard]] bool onAnEdge(int stick) const {
+        for (int channel = 1; channel <= 6; ++channel) {
+            const LumoraChannelSettings& settings = document_.settings(channel);
+            for (const int edge : {settings.tripPoint - settings.hysteresis,
+                                   settings.tripPoint + settings.hysteresis})
+                if (std::abs(stick - edge) <= 1)
+                    return true;
+        }
+        return false;
+    }
+    /// The image narrows a band that would reach beyond the ends of the stick's way.
+    [[nodiscard]] static bool isNarrowed(const LumoraChannelSettings& settings) {
+        return settings.hysteresis > settings.tripPoint ||
+               settings.hysteresis + settings.tripPoint > 100;
+    }
+    /// A segment that follows the stick from the trip point, with the stick right there: by the
+    /// simulator's fractions the level may just lie outside its range.
+    [[nodiscard]] bool atTheTripPoint(int channel) const {
+        const LumoraTrack* track = simulator_.SelectedTrack(channel);
+        const int segment = track == nullptr ? 0 : track->SegmentAt(simulator_.time(channel));
+        return stick_ == document_.settings(channel).tripPoint && segment != 0 &&
+               track->GetTrack(segment).functionCode() == "PT";
+    }
+    /// So near the border of two segments that the sums of their times may disagree.
+    [[nodiscard]] bool nearABorder(int channel) const {
+        const LumoraTrack* track = simulator_.SelectedTrack(channel);
+        if (track == nullptr)
+            return false;
+        const double time = simulator_.time(channel);
+        constexpr double close = 0.0006;
+        return track->SegmentAt(time + close) != track->SegmentAt(std::max(0.0, time - close)) ||
+               time < close || time > track->TimeLimit() - close;
+    }
+    /// How far a level that is off by one byte moves a current in the segment that plays.
+    [[nodiscard]] int steepness(int channel, const LumoraChannelSettings& settings) const {
+        const LumoraTrack* track = simulator_.SelectedTrack(channel);
+        const int segment = track == nullptr ? 0 : track->SegmentAt(simulator_.time(channel));
+        if (segment == 0 || track->GetTrack(segment).functionCode() != "PT")
+            return 0;
+        const int range =
+            std::max(1, track->topTrack() ? 100 - settings.tripPoint : settings.tripPoint);
+        return settings.maxCurrent * 100 / range;
+    }
+
+    const LumoraDocument& document_;
+    std::string name_;
+    ManualClock clock_{1000};
+    LumoraSimulator simulator_;
+    bench::LightPlayer player_;
+    int stick_ = 0;
+    bool signal_ = true;
+};
+
+TEST_F(Simulator, ShowsWhatTheControllerPlays) {
+    int compared = 0;
+    const auto run = [&compared](const LumoraDocument& program, const std::string& name) {
+        SideBySide both(program, name);
+        for (const int stick : {3, 25, 47, 52, 78, 97, 73, 51, 44, 22, 8}) {
+            both.stick(stick);
+            for (int frame = 0; frame < 20; ++frame) {
+                both.pass(37);
+                both.compare();
+                if (testing::Test::HasFatalFailure())
+                    return;
+            }
+        }
+        both.signal(false);
+        both.pass(63);
+        both.compare();
+        both.signal(true);
+        both.pass(63);
+        both.compare();
+        compared += both.compared;
+    };
+    for (const auto& entry : std::filesystem::directory_iterator(CORVANE_EXAMPLES)) {
+        if (entry.path().extension() != ".lumora")
+            continue;
+        ASSERT_TRUE(history.OpenHistory(entry.path()));
+        run(document, entry.path());
+    }
+    for (unsigned seed = 1; seed <= 200; ++seed) {
+        LumoraDocument program({desk.person, desk.person, desk.text});
+        fillAtRandom(program, seed, LumoraDocument::BlockLimit);
+        run(program, "seed " + std::to_string(seed));
+    }
+    EXPECT_GT(compared, 100000);
+}
+
+} // namespace
+} // namespace corvane
