@@ -19,11 +19,24 @@ struct MessageBox {
 
 enum class Answer { Ok, Yes, No, Cancel };
 
+/// The answer of a box that is closed without a choice.
+[[nodiscard]] constexpr Answer DismissedAnswer(MessageBox::Buttons buttons) {
+    switch (buttons) {
+    case MessageBox::Buttons::Ok:
+        return Answer::Ok;
+    case MessageBox::Buttons::YesNo:
+        return Answer::No;
+    case MessageBox::Buttons::YesNoCancel:
+        return Answer::Cancel;
+    }
+    return Answer::Cancel;
+}
+
 /// The dialogs that a person is shown. Each gives nothing when it is cancelled.
 class Dialogs {
   public:
     virtual ~Dialogs() = default;
-    /// Closing the box without a choice counts as Cancel, or as No or Ok where there is no Cancel.
+    /// Closing the box without a choice counts as `DismissedAnswer`.
     virtual Answer Message(const MessageBox& box) = 0;
     /// `filter` in the form "Name (*.x)|*.x|Other (*.y)|*.y". The file exists.
     [[nodiscard]] virtual std::optional<std::string> OpenFile(const std::string& filter,

@@ -65,15 +65,7 @@ Answer QtDialogs::Message(const MessageBox& box) {
     case QMessageBox::Ok:
         return Answer::Ok;
     default:
-        switch (box.buttons) {
-        case MessageBox::Buttons::Ok:
-            return Answer::Ok;
-        case MessageBox::Buttons::YesNo:
-            return Answer::No;
-        case MessageBox::Buttons::YesNoCancel:
-            return Answer::Cancel;
-        }
-        return Answer::Cancel;
+        return DismissedAnswer(box.buttons);
     }
 }
 

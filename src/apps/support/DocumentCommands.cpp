@@ -46,15 +46,7 @@ Answer ConsoleDialogs::Message(const MessageBox& box) {
             line += c;
     }
     std::cerr << "corvanectl: " << line << '\n';
-    switch (box.buttons) {
-    case MessageBox::Buttons::Ok:
-        return Answer::Ok;
-    case MessageBox::Buttons::YesNo:
-        return Answer::No;
-    case MessageBox::Buttons::YesNoCancel:
-        return Answer::Cancel;
-    }
-    return Answer::Cancel;
+    return DismissedAnswer(box.buttons);
 }
 
 int CheckDocument(Program& program, const std::string& file) {
