@@ -1,7 +1,8 @@
 #include "bench/FaultyLine.h"
 
+#include "base/NumberWithin.h"
+
 #include <algorithm>
-#include <charconv>
 
 namespace corvane::bench {
 
@@ -10,23 +11,13 @@ namespace {
 // Bytes without an end mark are passed on in pieces of this size.
 constexpr std::size_t LongestPiece = 4096;
 
-template<class Number>
-std::optional<Number> numberFrom(std::string_view text, Number lowest, Number highest) {
-    Number value{};
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (error != std::errc() || end != text.data() + text.size() || !(value >= lowest) ||
-        !(value <= highest))
-        return std::nullopt;
-    return value;
-}
-
 bool setFault(Faults& faults, std::string_view name, std::string_view value) {
     if (name == "drop" || name == "corrupt") {
-        const auto probability = numberFrom<double>(value, 0, 1);
+        const auto probability = NumberWithin<double>(value, 0, 1);
         (name == "drop" ? faults.drop : faults.corrupt) = probability.value_or(0);
         return probability.has_value();
     }
-    const auto count = numberFrom<int>(value, 0, 1'000'000'000);
+    const auto count = NumberWithin<int>(value, 0, 1'000'000'000);
     if (name == "delay")
         faults.delay = std::chrono::milliseconds(count.value_or(0));
     else if (name == "mute-after")

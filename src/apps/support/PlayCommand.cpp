@@ -2,9 +2,9 @@
 
 #include "apps/support/ConsoleDialogs.h"
 #include "apps/support/LightCommands.h"
+#include "base/NumberWithin.h"
 #include "light/LumoraSimulator.h"
 
-#include <charconv>
 #include <cstdio>
 #include <iostream>
 
@@ -20,16 +20,6 @@ struct StepClock final : Clock {
     std::uint32_t milliseconds = 0;
     [[nodiscard]] std::uint32_t now() const override { return milliseconds; }
 };
-
-template<class Number>
-std::optional<Number> numberIn(std::string_view text, Number lowest, Number highest) {
-    Number value{};
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (error != std::errc() || end != text.data() + text.size() || !(value >= lowest) ||
-        !(value <= highest))
-        return std::nullopt;
-    return value;
-}
 
 /// The channels one below another, time to the right: each in its colour as bright as it plays,
 /// with a curve of its brightness over it.
@@ -90,13 +80,13 @@ std::optional<std::vector<PlaySetup::Move>> ParseStick(const std::string& text) 
             return std::nullopt; // only the first one has no time
         PlaySetup::Move move;
         if (!moves.empty()) {
-            const auto time = numberIn<double>(part.substr(0, colon), 0, longest);
+            const auto time = NumberWithin<double>(part.substr(0, colon), 0, longest);
             if (!time)
                 return std::nullopt;
             move.time = static_cast<int>(*time * 1000 + 0.5);
             part.remove_prefix(colon + 1);
         }
-        const auto stick = numberIn<int>(part, 0, 100);
+        const auto stick = NumberWithin<int>(part, 0, 100);
         if (!stick || (!moves.empty() && move.time < moves.back().time))
             return std::nullopt;
         move.stick = *stick;
