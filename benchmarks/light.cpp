@@ -4,13 +4,8 @@
 #include "desktop/EventLoop.h"
 #include "desktop/light/LumoraView.h"
 #include "desktop/light/TracksCanvas.h"
-#include "kolib/devices/LinkDevices.h"
-#include "kolib/images/QtImages.h"
-#include "kolib/text/TextFiles.h"
+#include "support/EmptyDesk.h"
 #include "support/Measure.h"
-#include "support/Nobody.h"
-#include "system/DiskFiles.h"
-#include "system/SystemClock.h"
 
 #include <QApplication>
 
@@ -24,32 +19,11 @@ namespace {
 using namespace corvane;
 constexpr int Repeats = 7;
 
-struct NoPause final : Pause {
-    void pause() override {}
-};
-
 /// A light editor with its view and nothing else.
 struct Bench {
-    Nobody nobody;
-    DiskFiles files;
-    TextFiles text{files};
-    QtImages images;
-    SystemClock clock;
-    RunModes modes;
-    KODebug debug{modes};
-    KODebugger debugger;
-    wire::HostSession packets{clock, {}};
-    LinkDevices device{{}, packets, debug};
-    KOProductList products{"KO", debug};
-    NoPause pause;
-    KOCommLink link{{device, packets, products, modes, clock, debug, pause}};
-    SystemPrograms programs;
-    SettingsStore store{"/nonexistent", files};
-    KORegistry registry{store};
+    EmptyDesk desk;
     QtKeyboard keyboard;
-    LumoraControl control{{link, device, products, modes, clock, pause, debug, debugger, nobody,
-                           nobody, text, images, programs, registry},
-                          keyboard};
+    LumoraControl control{desk.place, keyboard};
     LumoraView view{control, nullptr};
 
     Bench() {

@@ -2,12 +2,7 @@
 // that it took, in percent of a core. See simulating.sh.
 #include "desktop/EventLoop.h"
 #include "desktop/light/LumoraView.h"
-#include "kolib/devices/LinkDevices.h"
-#include "kolib/images/QtImages.h"
-#include "kolib/text/TextFiles.h"
-#include "support/Nobody.h"
-#include "system/DiskFiles.h"
-#include "system/SystemClock.h"
+#include "support/EmptyDesk.h"
 
 #include <QApplication>
 #include <QTimer>
@@ -20,10 +15,6 @@
 namespace {
 
 using namespace corvane;
-
-struct NoPause final : Pause {
-    void pause() override {}
-};
 
 std::string pictureText(QtImages& images, int width, int height, std::uint32_t color) {
     images.SetImage(
@@ -39,33 +30,16 @@ int main(int argc, char** argv) {
     const bool changing = argc > 1 && std::string_view(argv[1]) == "changing";
     const int seconds = argc > 2 ? std::atoi(argv[2]) : 20;
     const DesktopApplication desktop(argc, argv);
-    Nobody nobody;
-    DiskFiles files;
-    TextFiles text(files);
-    QtImages images;
-    SystemClock clock;
-    RunModes modes;
-    KODebug debug(modes);
-    KODebugger debugger;
-    wire::HostSession packets(clock, {});
-    LinkDevices device({}, packets, debug);
-    KOProductList products("KO", debug);
-    NoPause pause;
-    KOCommLink link({device, packets, products, modes, clock, debug, pause});
-    SystemPrograms programs;
-    SettingsStore store("/nonexistent", files);
-    KORegistry registry(store);
+    EmptyDesk desk;
     QtKeyboard keyboard;
-    LumoraControl control({link, device, products, modes, clock, pause, debug, debugger, nobody,
-                           nobody, text, images, programs, registry},
-                          keyboard);
+    LumoraControl control(desk.place, keyboard);
     LumoraView view(control, nullptr);
     view.resize(1300, 950);
     view.show();
     LumoraDocument& document = control.document;
-    document.setData(0, "Sim Background Image", pictureText(images, 1200, 800, 0xFF506070));
+    document.setData(0, "Sim Background Image", pictureText(desk.images, 1200, 800, 0xFF506070));
     for (int channel = 1; channel <= LumoraDocument::ChannelCount; ++channel) {
-        document.setData(channel, "Sim Light Image", pictureText(images, 80, 80, 0xC0FFFFFF));
+        document.setData(channel, "Sim Light Image", pictureText(desk.images, 80, 80, 0xC0FFFFFF));
         for (int i = 1; i <= (changing ? 100 : 1); ++i)
             document.Channel(channel, false).InsertTrack(i, 0.02, i * 37 % 101, {}, 0);
     }

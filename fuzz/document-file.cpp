@@ -1,26 +1,11 @@
 // Any bytes as a document file: refused or opened, and what was opened can be saved and read again.
-#include "history/History.h"
-#include "kolib/text/TextFiles.h"
-#include "support/Nobody.h"
+#include "FuzzedDocument.h"
 
 #include <cstdlib>
 
 namespace {
 
 using namespace corvane;
-
-struct MemoryFile final : FileDoor {
-    std::string content;
-
-    ReadResult ReadWhole(const std::string&, std::string& bytes) override {
-        bytes = content;
-        return ReadResult::Done;
-    }
-    bool ReplaceWhole(const std::string&, std::string_view bytes) override {
-        content = bytes;
-        return true;
-    }
-};
 
 /// Keeps any line as it is.
 struct AnyChange final : UndoableChange {

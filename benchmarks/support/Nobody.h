@@ -18,6 +18,7 @@ struct Nobody final : Dialogs, BusyPointer {
                                      const std::string&) override {
         return {};
     }
+    void Beep(bool) override {}
     void set(bool) override {}
 };
 

@@ -84,6 +84,7 @@ int main(int argc, char** argv) {
     bool noSignal = false;
     bool watch = false;
     PlayRequest request;
+    Setup setup;
 
     CLI::App app("A virtual link device with a product behind it, for work without hardware.");
     app.set_version_flag("--version", std::string("corvane-bench " CORVANE_VERSION));
@@ -92,6 +93,9 @@ int main(int argc, char** argv) {
     app.add_option("--firmware", firmware, "Firmware version that it reports")
         ->capture_default_str();
     app.add_option("--eeprom", eepromFile, "File that keeps the product's memory across runs");
+    app.add_option("--size", setup.eepromSize, "Bytes of memory that the product 'eeprom' has")
+        ->check(CLI::Range(1, 65536))
+        ->capture_default_str();
     app.add_option("--write-time", writeTime, "Milliseconds that writing one EEPROM byte takes")
         ->check(CLI::Range(0.0, 1000.0))
         ->capture_default_str();
@@ -101,12 +105,11 @@ int main(int argc, char** argv) {
                    "drop=P,corrupt=P,delay=MS,mute-after=N,unplug-after=N for each frame");
     app.add_option("--seed", seed, "Start of the random numbers for the faults")
         ->capture_default_str();
-    app.add_option("--stick", stick,
-                   "Stick position that a light controller sees at first, percent")
+    app.add_option("--stick", stick, "Stick position that the product sees at first, percent")
         ->check(CLI::Range(0, 100))
         ->capture_default_str();
     app.add_flag("--no-signal", noSignal, "It hears no transmitter at first");
-    app.add_flag("--watch", watch, "Show its lights in the terminal, with keys for the stick");
+    app.add_flag("--watch", watch, "Show its outputs in the terminal, with keys for the stick");
     CLI::App* playing =
         app.add_subcommand("play", "Print the currents that a controller's image gives, in mA");
     playing->add_option("IMAGE", request.image, "File with the 255 bytes")->required();
@@ -132,7 +135,6 @@ int main(int argc, char** argv) {
         return play(request);
     if (product.empty())
         return usageError("Name a product.\n" + productHelp());
-    Setup setup;
     setup.stick = stick;
     setup.signal = !noSignal;
     setup.eepromFile = eepromFile;
@@ -158,8 +160,8 @@ int main(int argc, char** argv) {
         std::cerr << "corvane-bench: " << problem << '\n';
         return 1;
     }
-    std::optional<LightScreen> screen;
-    if (watch && link.lights() != nullptr)
+    std::optional<OutputScreen> screen;
+    if (watch && link.outputs() != nullptr)
         server.setScreen(screen.emplace(link));
     server.run();
     return 0;

@@ -1,9 +1,12 @@
+#include "apps/support/ControlCommands.h"
 #include "apps/support/DocumentCommands.h"
+#include "apps/support/ExitStatus.h"
 #include "apps/support/LightCommands.h"
 #include "apps/support/MemoryCommands.h"
 #include "apps/support/PickedDevice.h"
 #include "apps/support/PlayCommand.h"
 #include "apps/support/Program.h"
+#include "system/File.h"
 
 #include <CLI/CLI.hpp>
 
@@ -14,18 +17,15 @@ namespace {
 
 using namespace corvane;
 
-constexpr int Done = 0;
-constexpr int Failed = 1;
-constexpr int WrongUsage = 2;
-
 struct Options {
     std::optional<int> device;
     bool debug = false;
 };
 
-int fail(const std::string& reason) {
-    std::cerr << "corvanectl: " << reason << '\n';
-    return Failed;
+/// Class name of the control that a file belongs to; empty for a file of no product.
+std::string classOf(const Program& program, const std::string& file) {
+    const KOProductProfile* product = program.products.ByExtension(KOIOExtension(file));
+    return product == nullptr ? std::string() : product->Class;
 }
 
 /// What a command works with: the program's core, its log on the error output.
@@ -51,6 +51,23 @@ class Session {
     Connection onLine_;
 };
 
+int compileFile(Program& program, const std::string& file, bool older, const std::string& out,
+                std::optional<bool> answer) {
+    const std::string product = classOf(program, file);
+    if (product == "Corvane.PactorControl")
+        return CompileRelay(program, file, out);
+    return CompileLight(program, file, older, out, answer);
+}
+
+int programFile(Program& program, const std::string& file, std::optional<bool> answer) {
+    const std::string product = classOf(program, file);
+    if (product == "Corvane.PactorControl")
+        return ProgramRelay(program, file);
+    if (product == "Corvane.EEPROMEditorControl")
+        return ProgramEEPROM(program, file, answer);
+    return ProgramLight(program, file, answer);
+}
+
 int listDevices(const Options& options) {
     constexpr std::int32_t answerTime = 1000; // ms
     Session session(options);
@@ -68,7 +85,7 @@ int listDevices(const Options& options) {
                   << info.Manufacturer << '\t' << info.ManufacturerID << '\t' << info.SerialNumber
                   << '\n';
     }
-    return Done;
+    return ExitStatus::Done;
 }
 
 int identify(const Options& options) {
@@ -76,22 +93,22 @@ int identify(const Options& options) {
     Program& program = session.program();
     KOCommLink& link = program.link;
     if (const std::string problem = ConnectAny(program); !problem.empty())
-        return fail(problem);
+        return Fail(problem);
     const KOProductProfile* product = program.products.ByDeviceType(link.deviceType());
     const std::string type = link.deviceType().ToString();
     const std::string firmware = link.firmwareVersion().ToString();
     link.DisconnectAndBlock(false);
     if (product == nullptr)
-        return fail("Unrecognized product.");
+        return Fail("Unrecognized product.");
     std::cout << product->Name << '\t' << type << '\t' << firmware << '\n';
-    return Done;
+    return ExitStatus::Done;
 }
 
 } // namespace
 
 int main(int argc, char** argv) {
     Options options;
-    int result = Done;
+    int result = ExitStatus::Done;
     std::string file;
     std::string target;
     std::string deviceType = "1.2";
@@ -133,8 +150,8 @@ int main(int argc, char** argv) {
         CLI::Option* saysYes = command->add_flag("--yes", yes, "Answer questions with Yes");
         command->add_flag("--no", no, "Answer questions with No")->excludes(saysYes);
     };
-    CLI::App* compile =
-        app.add_subcommand("compile", "Print the bytes that a light program is for the controller");
+    CLI::App* compile = app.add_subcommand(
+        "compile", "Print the bytes that a light program or a relay file is for the product");
     compile->add_option("FILE", file)->required();
     compile->add_option("--device", deviceType, "Device type of the controller")
         ->check(CLI::IsMember({"1.1", "1.2"}))
@@ -143,14 +160,26 @@ int main(int argc, char** argv) {
     addAnswers(compile);
     compile->callback([&] {
         result =
-            CompileLight(Session(options).program(), file, deviceType == "1.1", target, answer());
+            compileFile(Session(options).program(), file, deviceType == "1.1", target, answer());
     });
     CLI::App* programming =
         app.add_subcommand("program", "Put a document into the product on the link, and verify it");
     programming->add_option("FILE", file)->required();
     addAnswers(programming);
     programming->callback(
-        [&] { result = ProgramLight(Session(options).program(), file, answer()); });
+        [&] { result = programFile(Session(options).program(), file, answer()); });
+    CLI::App* readingSettings =
+        app.add_subcommand("read-settings", "Read the product on the link into a document");
+    readingSettings->require_subcommand(1);
+    CLI::App* readingRelay =
+        readingSettings->add_subcommand("relay", "Save what is in the relay as a document");
+    readingRelay->add_option("OUT", target)->required();
+    readingRelay->callback([&] { result = ReadRelay(Session(options).program(), target); });
+    CLI::App* readingEEPROM = readingSettings->add_subcommand(
+        "eeprom", "Read the values of a document's variables, and save it as another");
+    readingEEPROM->add_option("IN", file)->required();
+    readingEEPROM->add_option("OUT", target)->required();
+    readingEEPROM->callback([&] { result = ReadEEPROM(Session(options).program(), file, target); });
     CLI::App* play = app.add_subcommand(
         "play", "Print the brightness that a light program gives on six channels over time");
     play->add_option("FILE", file)->required();
@@ -187,7 +216,7 @@ int main(int argc, char** argv) {
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
-        return app.exit(error) == 0 ? Done : WrongUsage;
+        return app.exit(error) == 0 ? ExitStatus::Done : ExitStatus::WrongUsage;
     }
     return result;
 }

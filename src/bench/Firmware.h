@@ -4,8 +4,6 @@
 
 namespace corvane::bench {
 
-class LightPlayer;
-
 /// What a product tells of itself when a session starts.
 struct Identity {
     std::uint8_t deviceMajor = 0;
@@ -21,6 +19,27 @@ class Reply {
     virtual void send(std::uint8_t channel, ByteView data) = 0;
 };
 
+/// What one output of a product does at a moment.
+struct Output {
+    std::string name;
+    int level = 0;
+    int fullLevel = 1;
+    std::string text; ///< The level for a person.
+    std::string unit;
+};
+
+/// What a product does to the model that it is built into, and what the transmitter tells it.
+class Outputs {
+  public:
+    virtual ~Outputs() = default;
+    /// Stick position in percent of the transmitter's range; limited to 0 to 100.
+    virtual void setStick(int percent, Time now) = 0;
+    [[nodiscard]] virtual int stick() const = 0;
+    virtual void setSignal(bool present, Time now) = 0;
+    [[nodiscard]] virtual bool signal() const = 0;
+    [[nodiscard]] virtual std::vector<Output> at(Time now) const = 0;
+};
+
 /// What a product does with packets, apart from the session itself.
 class Firmware {
   public:
@@ -33,8 +52,8 @@ class Firmware {
     virtual void tick(Time now, Reply& reply) = 0;
     /// When `tick` has something to do next.
     [[nodiscard]] virtual std::optional<Time> nextTick() const = 0;
-    /// What its lights do, for a product that has some.
-    [[nodiscard]] virtual LightPlayer* lights() { return nullptr; }
+    /// Nothing for a product that has none.
+    [[nodiscard]] virtual Outputs* outputs() { return nullptr; }
 };
 
 } // namespace corvane::bench

@@ -80,6 +80,16 @@ Currents LightPlayer::currents(Time now) const {
     return currents;
 }
 
+std::vector<Output> LightPlayer::at(Time now) const {
+    constexpr int fullCurrent = 250; // mA
+    std::vector<Output> outputs;
+    int channel = 0;
+    for (const int current : currents(now))
+        outputs.push_back({"Channel " + std::to_string(++channel), current, fullCurrent,
+                           std::to_string(current), " mA"});
+    return outputs;
+}
+
 int LightPlayer::currentOf(const LightChannel& channel, const State& state, Time now) const {
     if (state.track != Track::Top && state.track != Track::Bottom)
         return 0;

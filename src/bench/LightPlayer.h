@@ -1,5 +1,6 @@
 #pragma once
 
+#include "bench/Firmware.h"
 #include "bench/LumoraMemory.h"
 
 namespace corvane::bench {
@@ -9,13 +10,13 @@ using Currents = std::array<int, 6>;
 
 /// Plays a light program as the controller does: chooses each channel's track by stick and signal,
 /// walks through it, and works out the currents in integers.
-class LightPlayer {
+class LightPlayer final : public Outputs {
   public:
-    /// Stick position in percent of the transmitter's range.
-    void setStick(int percent, Time now);
-    void setSignal(bool present, Time now);
-    [[nodiscard]] int stick() const { return stick_; }
-    [[nodiscard]] bool signal() const { return signal_; }
+    void setStick(int percent, Time now) override;
+    void setSignal(bool present, Time now) override;
+    [[nodiscard]] int stick() const override { return stick_; }
+    [[nodiscard]] bool signal() const override { return signal_; }
+    [[nodiscard]] std::vector<Output> at(Time now) const override;
     /// Begins this program from its start, as after the power has come.
     void start(LightProgram program, Time now);
     [[nodiscard]] Currents currents(Time now) const;

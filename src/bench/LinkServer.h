@@ -1,7 +1,7 @@
 #pragma once
 
-#include "bench/LightScreen.h"
 #include "bench/LinkProtocol.h"
+#include "bench/OutputScreen.h"
 #include "bench/VirtualLink.h"
 
 #include <filesystem>
@@ -24,8 +24,8 @@ class LinkServer {
     /// Makes the folder if need be and plugs the link in. A socket that a killed bench left is
     /// replaced. What is wrong, or nothing.
     [[nodiscard]] std::string start();
-    /// Shows the product's lights while it serves. The screen must outlive the serving.
-    void setScreen(LightScreen& screen) { screen_ = &screen; }
+    /// Shows the product's outputs while it serves. The screen must outlive the serving.
+    void setScreen(OutputScreen& screen) { screen_ = &screen; }
     /// Serves until a signal comes, or the person at the screen ends it.
     void run();
 
@@ -62,7 +62,7 @@ class LinkServer {
     bool signalled_ = false;
     bool knocked_ = false; // somebody wants to connect
     bool typed_ = false;   // a key has been pressed
-    LightScreen* screen_ = nullptr;
+    OutputScreen* screen_ = nullptr;
     std::list<Connection> connections_;
     std::chrono::steady_clock::time_point start_ = std::chrono::steady_clock::now();
 };

@@ -14,7 +14,7 @@ class LumoraFirmware : public Firmware {
     [[nodiscard]] bool keepIn(const std::filesystem::path& file) { return memory_.keepIn(file); }
     [[nodiscard]] Identity identity() const override { return identity_; }
     void powerOn(Time now) override { player_.start(program(), now); }
-    [[nodiscard]] LightPlayer* lights() override { return &player_; }
+    [[nodiscard]] Outputs* outputs() override { return &player_; }
 
   protected:
     [[nodiscard]] virtual LightProgram program() const = 0;

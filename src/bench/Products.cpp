@@ -1,6 +1,7 @@
 #include "bench/Products.h"
 
 #include "bench/LumoraFirmware.h"
+#include "bench/PactorFirmware.h"
 
 #include <algorithm>
 #include <array>
@@ -13,12 +14,11 @@ struct Row {
     std::string_view name;
     std::uint8_t major;
     std::uint8_t minor;
-    std::size_t eepromSize; // of the part on a product that is only an EEPROM; 0 for others
 };
 
 constexpr std::array products{
-    Row{"lumora-1.1", 1, 1, 0},   Row{"lumora-1.2", 1, 2, 0}, Row{"pactor-2.1", 2, 1, 128},
-    Row{"pactor-3.1", 3, 1, 128}, Row{"eeprom", 255, 1, 256}, Row{"quillon", 100, 1, 0},
+    Row{"lumora-1.1", 1, 1}, Row{"lumora-1.2", 1, 2}, Row{"pactor-2.1", 2, 1},
+    Row{"pactor-3.1", 3, 1}, Row{"eeprom", 255, 1},   Row{"quillon", 100, 1},
 };
 constexpr std::string_view Blank = "blank";
 constexpr std::string_view Silent = "silent";
@@ -27,7 +27,7 @@ const LinkStrings programmedLink{"Corvane", "Ortaline Works", "KO", "KO0000001"}
 const LinkStrings stockChip{"FT232R USB UART", "FTDI", "FT", "FT0000001"};
 
 /// A product that knows the session and nothing else.
-class PlainProduct : public Firmware {
+class PlainProduct final : public Firmware {
   public:
     explicit PlainProduct(Identity identity) : identity_(identity) {}
 
@@ -41,26 +41,6 @@ class PlainProduct : public Firmware {
     Identity identity_;
 };
 
-/// A product whose EEPROM can be read and written.
-class EepromProduct final : public PlainProduct {
-  public:
-    EepromProduct(Identity identity, std::size_t size, Time writeTime)
-        : PlainProduct(identity), eeprom_(size), service_(eeprom_, writeTime) {}
-
-    [[nodiscard]] bool keepIn(const std::filesystem::path& file) { return eeprom_.keepIn(file); }
-
-    void powerOn(Time) override { service_.powerOff(); }
-    void packet(std::uint8_t channel, ByteView data, Time now, Reply& reply) override {
-        static_cast<void>(service_.packet(channel, data, now, reply));
-    }
-    void tick(Time now, Reply& reply) override { service_.tick(now, reply); }
-    [[nodiscard]] std::optional<Time> nextTick() const override { return service_.nextTick(); }
-
-  private:
-    Eeprom eeprom_;
-    EepromService service_;
-};
-
 template<class Product>
 std::optional<Bench> withMemory(std::unique_ptr<Product> product, const Setup& setup,
                                 std::string& error) {
@@ -68,9 +48,9 @@ std::optional<Bench> withMemory(std::unique_ptr<Product> product, const Setup& s
         error = "The memory file '" + setup.eepromFile.string() + "' can't be read and written.";
         return std::nullopt;
     }
-    if (LightPlayer* lights = product->lights()) {
-        lights->setStick(setup.stick, Time{0});
-        lights->setSignal(setup.signal, Time{0});
+    if (Outputs* outputs = product->outputs()) {
+        outputs->setStick(setup.stick, Time{0});
+        outputs->setSignal(setup.signal, Time{0});
     }
     return Bench{programmedLink, std::move(product)};
 }
@@ -106,10 +86,14 @@ std::optional<Bench> makeBench(std::string_view product, const Setup& setup, std
         return withMemory(std::make_unique<OlderLumora>(identity), setup, error);
     if (row->name == "lumora-1.2")
         return withMemory(std::make_unique<NewerLumora>(identity, setup.writeTime), setup, error);
-    if (row->eepromSize == 0)
-        return Bench{programmedLink, std::make_unique<PlainProduct>(identity)};
-    return withMemory(std::make_unique<EepromProduct>(identity, row->eepromSize, setup.writeTime),
-                      setup, error);
+    if (row->name.starts_with("pactor"))
+        return withMemory(std::make_unique<PactorFirmware>(identity, setup.writeTime), setup,
+                          error);
+    if (row->name == "eeprom")
+        return withMemory(
+            std::make_unique<MemoryFirmware>(identity, setup.eepromSize, setup.writeTime), setup,
+            error);
+    return Bench{programmedLink, std::make_unique<PlainProduct>(identity)};
 }
 
 } // namespace corvane::bench

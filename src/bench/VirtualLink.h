@@ -28,8 +28,8 @@ class VirtualLink {
     [[nodiscard]] Bytes run(Time now);
     [[nodiscard]] std::optional<Time> nextEvent() const;
     void powerCycle();
-    /// The product's lights, if it has some.
-    [[nodiscard]] LightPlayer* lights() { return firmware_ ? firmware_->lights() : nullptr; }
+    /// The product's outputs, if it has some.
+    [[nodiscard]] Outputs* outputs() { return firmware_ ? firmware_->outputs() : nullptr; }
     /// The fault that pulls the plug has come.
     [[nodiscard]] bool unplugged() const { return wire_.unplugged(); }
 

@@ -2,6 +2,7 @@
 
 #include "base/Event.h"
 
+#include <optional>
 #include <string>
 
 namespace corvane {
@@ -57,10 +58,25 @@ class Label final : public ChildControl {
     /// An RGB value with red in the low byte. 0, black, stands for the palette's own text colour.
     [[nodiscard]] int ForeColor() const { return foreColor_; }
     void setForeColor(int color) { assign(foreColor_, color); }
+    /// The same for the ground; nothing for that of the window.
+    [[nodiscard]] const std::optional<int>& BackColor() const { return backColor_; }
+    void setBackColor(std::optional<int> color) { assign(backColor_, color); }
 
   private:
     std::string caption_;
     int foreColor_ = 0;
+    std::optional<int> backColor_;
+};
+
+/// A place that is filled with a colour.
+class PictureBox final : public ChildControl {
+  public:
+    /// An RGB value with red in the low byte.
+    [[nodiscard]] int BackColor() const { return backColor_; }
+    void setBackColor(int color) { assign(backColor_, color); }
+
+  private:
+    int backColor_ = 0;
 };
 
 /// Something to press: a button, or a picture that acts like one.

@@ -8,7 +8,7 @@ namespace corvane {
 
 /// A question or message that stops everything until the person has answered.
 struct MessageBox {
-    enum class Icon { Information, Question, Warning, Critical };
+    enum class Icon { None, Information, Question, Warning, Critical };
     enum class Buttons { Ok, YesNo, YesNoCancel };
 
     std::string title;
@@ -48,6 +48,9 @@ class Dialogs {
     [[nodiscard]] virtual std::optional<int> PickColor(int initial, const std::string& title) = 0;
     [[nodiscard]] virtual std::optional<std::string>
     Input(const std::string& prompt, const std::string& title, const std::string& initial) = 0;
+
+    /// A short sound: that of an error, or that of a plain report.
+    virtual void Beep(bool error) = 0;
 
     void ShowError(const std::string& text) {
         Message({"Error", text, MessageBox::Icon::Critical, MessageBox::Buttons::Ok});

@@ -15,6 +15,9 @@ class TextBox final : public ChildControl {
 
     [[nodiscard]] const std::string& Text() const { return text_; }
     void setText(const std::string& text) { assign(text_, text); }
+    /// An RGB value that the ground is tinted with, red in the low byte; nothing for the usual one.
+    [[nodiscard]] const std::optional<int>& Tint() const { return tint_; }
+    void setTint(std::optional<int> color) { assign(tint_, color); }
 
     // What the view calls.
     void type(const std::string& text) {
@@ -24,6 +27,30 @@ class TextBox final : public ChildControl {
     void leave() const { Validate.raise(); }
 
   private:
+    std::string text_;
+    std::optional<int> tint_;
+};
+
+/// A list that drops down, of which one entry is chosen.
+class DropDownList final : public ChildControl {
+  public:
+    explicit DropDownList(std::vector<std::string> items) : items_(std::move(items)) {}
+
+    Event<> Click;    ///< The person has chosen an entry.
+    Event<> Validate; ///< The person has left the list.
+
+    [[nodiscard]] const std::vector<std::string>& Items() const { return items_; }
+    /// The chosen entry; empty for none.
+    [[nodiscard]] const std::string& Text() const { return text_; }
+    void setText(const std::string& text) { assign(text_, text); }
+    void choose(const std::string& text) {
+        setText(text);
+        Click.raise();
+    }
+    void leave() const { Validate.raise(); }
+
+  private:
+    std::vector<std::string> items_;
     std::string text_;
 };
 
@@ -162,7 +189,15 @@ class ProgressBar final : public ChildControl {
 };
 
 /// Groups other parts, which show only while it does.
-class Frame final : public ChildControl {};
+class Frame final : public ChildControl {
+  public:
+    explicit Frame(std::string caption = {}) : caption_(std::move(caption)) {}
+
+    [[nodiscard]] const std::string& Caption() const { return caption_; }
+
+  private:
+    std::string caption_;
+};
 
 /// The keys that change what a click means, as they are at this moment.
 class KOKeyboard {

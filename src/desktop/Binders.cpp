@@ -6,6 +6,7 @@
 
 #include <QAbstractButton>
 #include <QAction>
+#include <QApplication>
 #include <QLabel>
 #include <QMenu>
 #include <QMenuBar>
@@ -52,15 +53,46 @@ void BindWidget(QWidget* widget, ChildControl& child) {
     });
 }
 
+namespace {
+
+/// Runs a function whenever the desktop changes its colours, as long as a connection would be held.
+class PaletteFollower final : public HeldConnection {
+  public:
+    PaletteFollower(QWidget* widget, std::function<void()> follow)
+        : HeldConnection(widget, {}), follow_(std::move(follow)) {
+        widget->installEventFilter(this);
+    }
+    bool eventFilter(QObject*, QEvent* event) override {
+        if (event->type() == QEvent::PaletteChange)
+            follow_();
+        return false;
+    }
+
+  private:
+    std::function<void()> follow_;
+};
+
+} // namespace
+
 void Bind(QLabel* label, Label& child) {
     BindWidget(label, child);
-    Follow(label, child, [label, &child] {
-        label->setText(QString::fromStdString(child.Caption()));
-        QPalette palette =
-            label->parentWidget() == nullptr ? QPalette() : label->parentWidget()->palette();
+    const auto color = [label, &child] {
+        QPalette own; // with nothing set, so that all else follows the desktop's colours
         if (child.ForeColor() != 0)
-            palette.setColor(QPalette::WindowText, Theme::textColor(palette, child.ForeColor()));
-        label->setPalette(palette);
+            own.setColor(QPalette::WindowText,
+                         Theme::textColor(QApplication::palette(label), child.ForeColor()));
+        label->setAutoFillBackground(child.BackColor().has_value());
+        if (child.BackColor()) {
+            const QColor ground = Theme::fromRgb(*child.BackColor());
+            own.setColor(QPalette::Window, ground);
+            own.setColor(QPalette::WindowText, Theme::readableOn(ground));
+        }
+        label->setPalette(own);
+    };
+    new PaletteFollower(label, color);
+    Follow(label, child, [label, &child, color] {
+        label->setText(QString::fromStdString(child.Caption()));
+        color();
     });
 }
 

@@ -35,7 +35,7 @@ void Bind(QMenuBar* bar, const std::vector<MenuPlace>& places);
 void Bind(QMenu* menu, const std::vector<MenuPlace>& places);
 
 /// Holds a connection as long as its parent lives.
-class HeldConnection final : public QObject {
+class HeldConnection : public QObject {
   public:
     HeldConnection(QObject* parent, Connection connection)
         : QObject(parent), connection_(std::move(connection)) {}

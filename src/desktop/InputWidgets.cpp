@@ -1,6 +1,7 @@
 #include "desktop/InputWidgets.h"
 
 #include "desktop/Binders.h"
+#include "desktop/Theme.h"
 
 #include <QApplication>
 #include <QCheckBox>
@@ -11,7 +12,15 @@
 
 namespace corvane {
 
-Box::Box(TextBox& child, const QString& accessibleName, QWidget* parent) : QLineEdit(parent) {
+namespace {
+constexpr int LongestText = 1 << 24; // far beyond what a person types, so that nothing is cut off
+}
+
+Box::Box(QWidget* parent) : QLineEdit(parent) {
+    setMaxLength(LongestText);
+}
+
+Box::Box(TextBox& child, const QString& accessibleName, QWidget* parent) : Box(parent) {
     setAccessibleName(accessibleName);
     BindWidget(this, child);
     bindTo(&child);
@@ -24,12 +33,23 @@ void Box::bindTo(TextBox* child) {
     disconnect(this, &QLineEdit::textEdited, nullptr, nullptr);
     if (child == nullptr)
         return;
-    showText();
+    const auto show = [this] {
+        showText();
+        showTint();
+        setToolTip(QString::fromStdString(child_->ToolTipText()));
+    };
+    show();
     connect(this, &QLineEdit::textEdited, this, [this](const QString& text) {
-        child_->type(text.toStdString());
+        const std::string typed = text.toStdString();
+        child_->type(typed_ ? typed_(typed) : typed);
         showText(); // what the core made of it
     });
-    held_ = new HeldConnection(this, child->Changed.connect([this] { showText(); }));
+    held_ = new HeldConnection(this, child->Changed.connect(show));
+}
+
+void Box::setTranslation(Translation shown, Translation typed) {
+    shown_ = std::move(shown);
+    typed_ = std::move(typed);
 }
 
 void Box::commit() {
@@ -38,9 +58,21 @@ void Box::commit() {
 }
 
 void Box::showText() {
-    const QString wanted = QString::fromStdString(child_->Text());
-    if (text() != wanted)
-        setText(wanted);
+    const QString wanted = QString::fromStdString(shown_ ? shown_(child_->Text()) : child_->Text());
+    if (text() == wanted)
+        return;
+    setText(wanted);
+    if (!hasFocus())
+        setCursorPosition(0); // long text shows its beginning
+}
+
+void Box::showTint() {
+    QPalette own; // with nothing set, so that all else follows the desktop's colours
+    if (child_->Tint()) {
+        const QColor ground = QApplication::palette(this).color(QPalette::Base);
+        own.setColor(QPalette::Base, Theme::tinted(ground, *child_->Tint()));
+    }
+    setPalette(own);
 }
 
 bool Box::event(QEvent* event) {
@@ -53,7 +85,10 @@ bool Box::event(QEvent* event) {
             return false;
         }
     }
-    return QLineEdit::event(event);
+    const bool taken = QLineEdit::event(event);
+    if (event->type() == QEvent::PaletteChange && held_ != nullptr)
+        showTint();
+    return taken;
 }
 
 void Box::focusOutEvent(QFocusEvent* event) {
@@ -84,9 +119,59 @@ void UpsideDownSlider::wheelEvent(QWheelEvent* event) {
         event->ignore();
 }
 
+DropDown::DropDown(const QString& accessibleName, QWidget* parent) : QComboBox(parent) {
+    setAccessibleName(accessibleName);
+    connect(this, &QComboBox::textActivated, this, [this](const QString& text) {
+        pending_ = true;
+        child_->choose(text.toStdString());
+    });
+}
+
+void DropDown::bindTo(DropDownList* child) {
+    delete held_;
+    child_ = child;
+    pending_ = false;
+    clear();
+    if (child == nullptr)
+        return;
+    for (const std::string& item : child->Items())
+        addItem(QString::fromStdString(item));
+    setToolTip(QString::fromStdString(child->ToolTipText()));
+    showText();
+    held_ = new HeldConnection(this, child->Changed.connect([this] { showText(); }));
+}
+
+void DropDown::commit() {
+    if (std::exchange(pending_, false))
+        child_->leave();
+}
+
+void DropDown::showText() {
+    setCurrentIndex(findText(QString::fromStdString(child_->Text())));
+}
+
+void DropDown::focusOutEvent(QFocusEvent* event) {
+    QComboBox::focusOutEvent(event);
+    if (child_ == nullptr || event->reason() == Qt::PopupFocusReason ||
+        event->reason() == Qt::ActiveWindowFocusReason)
+        return;
+    pending_ = false;
+    child_->leave();
+}
+
+void DropDown::wheelEvent(QWheelEvent* event) {
+    if (hasFocus())
+        QComboBox::wheelEvent(event);
+    else
+        event->ignore();
+}
+
 void CommitFocusedBox() {
-    if (auto* box = dynamic_cast<Box*>(QApplication::focusWidget()))
+    QWidget* focused = QApplication::focusWidget();
+    if (auto* box = dynamic_cast<Box*>(focused))
         box->commit();
+    else if (auto* list = dynamic_cast<DropDown*>(focused))
+        list->commit();
 }
 
 void Bind(QRadioButton* button, OptionButton& child) {

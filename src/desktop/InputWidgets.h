@@ -2,9 +2,12 @@
 
 #include "controls/Inputs.h"
 
+#include <QComboBox>
 #include <QLineEdit>
 #include <QPointer>
 #include <QSlider>
+
+#include <functional>
 
 class QCheckBox;
 class QRadioButton;
@@ -17,12 +20,15 @@ namespace corvane {
 /// some, and is the document's otherwise.
 class Box final : public QLineEdit {
   public:
-    explicit Box(QWidget* parent) : QLineEdit(parent) {}
+    explicit Box(QWidget* parent);
     /// Bound to one text box for good.
     Box(TextBox& child, const QString& accessibleName, QWidget* parent);
 
     /// Shows another text box, or none. It must outlive that or the next call.
     void bindTo(TextBox* child);
+    /// Shows other characters in place of some; `typed` does the opposite of `shown`.
+    using Translation = std::function<std::string(std::string_view)>;
+    void setTranslation(Translation shown, Translation typed);
     /// Lets what has been typed count, as on leaving the box.
     void commit();
 
@@ -32,9 +38,34 @@ class Box final : public QLineEdit {
 
   private:
     void showText();
+    void showTint();
 
     TextBox* child_ = nullptr;
     QPointer<QObject> held_;
+    Translation shown_;
+    Translation typed_;
+};
+
+/// A list that drops down and is one of the core's.
+class DropDown final : public QComboBox {
+  public:
+    DropDown(const QString& accessibleName, QWidget* parent);
+
+    /// Shows another list, or none. It must outlive that or the next call.
+    void bindTo(DropDownList* child);
+    /// Lets a choice count that was made since the list was last left.
+    void commit();
+
+  protected:
+    void focusOutEvent(QFocusEvent* event) override;
+    void wheelEvent(QWheelEvent* event) override;
+
+  private:
+    void showText();
+
+    DropDownList* child_ = nullptr;
+    QPointer<QObject> held_;
+    bool pending_ = false; // an entry was chosen
 };
 
 /// A vertical slider whose top means the lowest value of the core's slider.
@@ -46,7 +77,7 @@ class UpsideDownSlider final : public QSlider {
     void wheelEvent(QWheelEvent* event) override;
 };
 
-/// Lets what has been typed into the box with the focus count, before a command is run.
+/// Lets what has been typed or chosen where the focus is count, before a command is run.
 void CommitFocusedBox();
 
 void Bind(QRadioButton* button, OptionButton& child);

@@ -81,8 +81,10 @@ void MainWindow::dropEvent(QDropEvent* event) {
 }
 
 bool MainWindow::eventFilter(QObject* watched, QEvent* event) {
-    if (watched == area_ && event->type() == QEvent::Resize)
+    if (watched == area_ && event->type() == QEvent::Resize) {
         form_.Resize(toTwips(area_->size()));
+        fitSign();
+    }
     return QMainWindow::eventFilter(watched, event);
 }
 
@@ -131,11 +133,25 @@ void MainWindow::showStatus(const LinkStatus& status) {
                                                                              : "●";
     const QString headline = QString::fromStdString(status.headline());
     const QString detail = QString::fromStdString(status.detail());
-    sign_->setText(mark + " " + headline);
-    sign_->setToolTip(detail);
+    signTexts_ = {mark + " " + headline, mark};
+    sign_->setToolTip(headline + ". " + detail);
     sign_->setAccessibleName("Link: " + headline + ". " + detail);
-    menuBar()->setCornerWidget(sign_); // makes room for the new text
+    fitSign();
     sign_->show();
+}
+
+void MainWindow::fitSign() {
+    constexpr int roundEachMenu = 3 * Theme::Spacing; // pixels
+    int menus = 2 * Theme::Spacing;
+    for (const QAction* action : menuBar()->actions())
+        if (action->isVisible())
+            menus +=
+                roundEachMenu + fontMetrics().size(Qt::TextShowMnemonic, action->text()).width();
+    const int room = area_->width() - menus;
+    const bool fits =
+        fontMetrics().horizontalAdvance(signTexts_.first) + 2 * Theme::Spacing <= room;
+    sign_->setText(fits ? signTexts_.first : signTexts_.second);
+    menuBar()->setCornerWidget(sign_); // makes room for the new text
 }
 
 void MainWindow::showAbout() {

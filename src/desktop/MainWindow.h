@@ -31,11 +31,13 @@ class MainWindow final : public QMainWindow {
     void place();
     void takeSize(TwipSize clientSize);
     void showStatus(const LinkStatus& status);
+    void fitSign();
     void showAbout();
 
     MainForm& form_;
     QWidget* area_; // what the menu bar leaves
     QLabel* sign_;
+    std::pair<QString, QString> signTexts_; // where there is room, and where there is not
     QPointer<QWidget> view_;
     QPointer<QWidget> about_;
     std::vector<Connection> connections_;

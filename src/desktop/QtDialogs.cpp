@@ -15,6 +15,8 @@ namespace {
 
 QMessageBox::Icon iconOf(MessageBox::Icon icon) {
     switch (icon) {
+    case MessageBox::Icon::None:
+        return QMessageBox::NoIcon;
     case MessageBox::Icon::Information:
         return QMessageBox::Information;
     case MessageBox::Icon::Question:
@@ -102,6 +104,10 @@ std::optional<std::string> QtDialogs::Input(const std::string& prompt, const std
                                                QString::fromStdString(prompt), QLineEdit::Normal,
                                                QString::fromStdString(initial), &accepted);
     return accepted ? std::optional(text.toStdString()) : std::nullopt;
+}
+
+void QtDialogs::Beep(bool) {
+    QApplication::beep(); // the desktop has one sound for all
 }
 
 void QtDialogs::set(bool busy) {

@@ -24,6 +24,7 @@ class QtDialogs final : public Dialogs, public BusyPointer {
     std::optional<int> PickColor(int initial, const std::string& title) override;
     std::optional<std::string> Input(const std::string& prompt, const std::string& title,
                                      const std::string& initial) override;
+    void Beep(bool error) override;
     void set(bool busy) override;
 
   private:

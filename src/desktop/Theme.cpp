@@ -1,5 +1,7 @@
 #include "desktop/Theme.h"
 
+#include "base/KORgbValue.h"
+
 #include <QIcon>
 #include <QPainter>
 #include <QPixmap>
@@ -30,6 +32,17 @@ bool isDark(const QPalette& palette) {
 
 QColor fromRgb(int color) {
     return {color & 0xFF, (color >> 8) & 0xFF, (color >> 16) & 0xFF};
+}
+
+QColor readableOn(const QColor& ground) {
+    return contrast(Qt::black, ground) >= contrast(Qt::white, ground) ? Qt::black : Qt::white;
+}
+
+QColor tinted(const QColor& ground, int color) {
+    constexpr double share = 0.3;
+    const KORgbValue blended = KORgbValue(ground.red(), ground.green(), ground.blue())
+                                   .BlendWith(KORgbValue::FromColor(color), share);
+    return {blended.R, blended.G, blended.B};
 }
 
 double contrast(const QColor& a, const QColor& b) {

@@ -17,6 +17,10 @@ inline constexpr int Spacing = 8; // pixels, between parts and round groups
 [[nodiscard]] QColor fromRgb(int color);
 /// A colour of the core for text, brightened on a dark ground until it can be read.
 [[nodiscard]] QColor textColor(const QPalette& palette, int color);
+/// Black or white, whichever can be read on this ground.
+[[nodiscard]] QColor readableOn(const QColor& ground);
+/// A ground with a touch of a colour of the core.
+[[nodiscard]] QColor tinted(const QColor& ground, int color);
 [[nodiscard]] double contrast(const QColor& a, const QColor& b);
 
 [[nodiscard]] QIcon programIcon();

@@ -1,7 +1,9 @@
 #include "desktop/Views.h"
 
 #include "desktop/DefaultView.h"
+#include "desktop/eeprom/EEPROMEditorView.h"
 #include "desktop/light/LumoraView.h"
+#include "desktop/relay/PactorView.h"
 
 namespace corvane {
 
@@ -10,6 +12,10 @@ QWidget* MakeView(ProductControl& control, QWidget* parent) {
         return new DefaultView(*start, parent);
     if (auto* light = dynamic_cast<LumoraControl*>(&control))
         return new LumoraView(*light, parent);
+    if (auto* relay = dynamic_cast<PactorControl*>(&control))
+        return new PactorView(*relay, parent);
+    if (auto* eeprom = dynamic_cast<EEPROMEditorControl*>(&control))
+        return new EEPROMEditorView(*eeprom, parent);
     return new QWidget(parent);
 }
 

@@ -8,6 +8,8 @@ namespace corvane {
 namespace {
 
 constexpr const char* NotUnderstood = "Can't understand the file format.";
+constexpr const char* NotForThisDocument =
+    "Can't understand the file format (deserialization error).";
 
 struct Header {
     std::int32_t length = 0;
@@ -144,10 +146,10 @@ std::string History::parse(const std::string& path, Loaded& loaded) {
         if (change == nullptr)
             return "Can't understand the file format (unrecognized prefix).";
         if (!change->Deserialize(*this, prefix, data))
-            return "Can't understand the file format (deserialization error).";
+            return NotForThisDocument;
         loaded.changes.push_back(std::move(change));
     }
-    return loader_->FitTogether(loaded.changes) ? "" : NotUnderstood;
+    return loader_->FitTogether(loaded.changes) ? "" : NotForThisDocument;
 }
 
 void History::replay(Loaded loaded, const std::string& filename) {

@@ -24,6 +24,7 @@ struct LumoraChannelSettings {
 /// transmitter's range. Only changes write it, and its history is its file.
 class LumoraDocument final : public HistoryHost {
   public:
+    static constexpr std::string_view TextPrefix = "LumoraText";
     static constexpr int ChannelCount = 6;
     static constexpr int TrackCount = 2 * ChannelCount;
     static constexpr int FirstBinaryChannel = 5; ///< This one and those behind are two-level.

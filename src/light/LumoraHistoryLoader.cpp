@@ -8,7 +8,7 @@
 namespace corvane {
 
 std::unique_ptr<UndoableChange> LumoraHistoryLoader::Load(std::string_view prefix) const {
-    if (prefix == LumoraUndoableTextChange::Prefix)
+    if (prefix == LumoraDocument::TextPrefix)
         return std::make_unique<LumoraUndoableTextChange>();
     if (LumoraUndoableTrackChange::isPrefix(prefix))
         return std::make_unique<LumoraUndoableTrackChange>();

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "history/UndoableChange.h"
+#include "history/TextChange.h"
 #include "light/LumoraDocument.h"
 
 #include <array>
@@ -24,7 +24,10 @@ class LumoraUndoableChange : public UndoableChange {
     /// 0 for one of the whole document.
     [[nodiscard]] virtual int Channel() const = 0;
     /// Name of the setting; empty for a change of segments.
-    [[nodiscard]] virtual const std::string& PropertyName() const;
+    [[nodiscard]] virtual const std::string& PropertyName() const {
+        static const std::string none;
+        return none;
+    }
     /// Whether what the change applies to is there, and what is there after it.
     [[nodiscard]] virtual bool fits(LumoraSegmentCounts&) const { return true; }
 
@@ -39,26 +42,10 @@ class LumoraUndoableChange : public UndoableChange {
 };
 
 /// A setting, as the text that `Data` gives and takes.
-class LumoraUndoableTextChange final : public LumoraUndoableChange {
+class LumoraUndoableTextChange final : public TextChange<LumoraDocument, LumoraUndoableChange> {
   public:
-    static constexpr std::string_view Prefix = "LumoraText";
-
-    void Initialize(LumoraDocument& document, int channel, std::string propertyName,
-                    std::string newValue);
-    void Redo() override { document_->setData(channel_, propertyName_, newValue_); }
-    void Undo() override { document_->setData(channel_, propertyName_, oldValue_); }
-    void Serialize(std::string& prefix, std::vector<std::string>& Data) const override;
-    [[nodiscard]] bool Deserialize(History& history, std::string_view prefix,
-                                   const std::vector<std::string>& Data) override;
-    [[nodiscard]] int Channel() const override { return channel_; }
-    [[nodiscard]] const std::string& PropertyName() const override { return propertyName_; }
-
-  private:
-    LumoraDocument* document_ = nullptr;
-    int channel_ = 0;
-    std::string propertyName_;
-    std::string oldValue_;
-    std::string newValue_;
+    [[nodiscard]] int Channel() const override { return index(); }
+    [[nodiscard]] const std::string& PropertyName() const override { return property(); }
 };
 
 } // namespace corvane

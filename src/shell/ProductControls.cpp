@@ -1,7 +1,9 @@
 #include "shell/ProductControls.h"
 
+#include "eeprom/EEPROMEditorControl.h"
 #include "light/LumoraControl.h"
 #include "link/DefaultControl.h"
+#include "relay/PactorControl.h"
 
 namespace corvane {
 
@@ -12,6 +14,9 @@ constexpr const char* DefaultClass = "Corvane.DefaultControl";
 ProductControls::ProductControls(const Workplace& place, const KOKeyboard& keyboard) {
     add("Corvane.LumoraControl",
         [place, &keyboard] { return std::make_unique<LumoraControl>(place, keyboard); });
+    add("Corvane.PactorControl", [place] { return std::make_unique<PactorControl>(place); });
+    add("Corvane.EEPROMEditorControl",
+        [place] { return std::make_unique<EEPROMEditorControl>(place); });
     add(DefaultClass,
         [place] { return std::make_unique<DefaultControl>(place.link, place.programs); });
 }

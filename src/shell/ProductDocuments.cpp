@@ -1,6 +1,8 @@
 #include "shell/ProductDocuments.h"
 
+#include "eeprom/KOEEPROMDocument.h"
 #include "light/LumoraDocument.h"
+#include "relay/PactorDocument.h"
 
 namespace corvane {
 
@@ -16,12 +18,17 @@ class Headless final : public ProductDocument {
     Document document_;
 };
 
+template<class Document>
+std::unique_ptr<ProductDocument> make(const History::Surroundings& surroundings) {
+    return std::make_unique<Headless<Document>>(surroundings);
+}
+
 } // namespace
 
 ProductDocuments::ProductDocuments() {
-    add("Corvane.LumoraControl", [](const History::Surroundings& surroundings) {
-        return std::make_unique<Headless<LumoraDocument>>(surroundings);
-    });
+    add("Corvane.LumoraControl", make<LumoraDocument>);
+    add("Corvane.PactorControl", make<PactorDocument>);
+    add("Corvane.EEPROMEditorControl", make<KOEEPROMDocument>);
 }
 
 } // namespace corvane

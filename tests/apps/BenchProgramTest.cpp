@@ -1,62 +1,14 @@
-#include "kolib/devices/LinkDevices.h"
+#include "support/BenchProgram.h"
+
 #include "kolib/devices/UsbLinkSource.h"
-#include "kolib/devices/VirtualLinkSource.h"
-#include "support/Process.h"
-#include "system/SystemClock.h"
 
-#include <gmock/gmock.h>
-
-#include <chrono>
 #include <fstream>
-#include <thread>
 
 namespace corvane {
 namespace {
 
 using namespace std::chrono_literals;
 using testing::HasSubstr;
-
-template<class Condition>
-bool eventually(Condition condition, std::chrono::milliseconds limit = 5s) {
-    const auto end = std::chrono::steady_clock::now() + limit;
-    while (!condition()) {
-        if (std::chrono::steady_clock::now() > end)
-            return false;
-        std::this_thread::sleep_for(2ms);
-    }
-    return true;
-}
-
-/// The real programs, talking through a folder of virtual links of their own.
-class BenchProgram : public testing::Test {
-  protected:
-    TemporaryFolder folder;
-    SystemClock clock;
-    RunModes modes;
-    KODebug debug{modes};
-    wire::HostSession packets{clock, {}};
-
-    void SetUp() override { ::setenv("CORVANE_BENCH_DIR", folder.path().c_str(), 1); }
-
-    [[nodiscard]] std::filesystem::path socketOf(const std::string& name) const {
-        return folder.path() / (name + ".link");
-    }
-    void waitFor(const std::string& name) const {
-        ASSERT_TRUE(eventually([&] { return std::filesystem::exists(socketOf(name)); })) << name;
-    }
-    [[nodiscard]] std::unique_ptr<LinkDevices> devices() {
-        std::vector<std::unique_ptr<LinkSource>> sources;
-        sources.push_back(
-            std::make_unique<VirtualLinkSource>(VirtualLinkSource::userFolder(), clock));
-        return std::make_unique<LinkDevices>(std::move(sources), packets, debug);
-    }
-    static bool countBecomes(KODevice& device, int count) {
-        return eventually([&] {
-            device.EnumerateDevices();
-            return device.GetDeviceCount() == count;
-        });
-    }
-};
 
 TEST_F(BenchProgram, IdentifyNamesEachProduct) {
     const std::vector<std::pair<std::string, std::string>> lines{
@@ -230,114 +182,6 @@ TEST_F(BenchProgram, KeepsTheEepromAcrossRuns) {
         EXPECT_EQ(transfer(*device, 208, {0, 0, 2}), (std::vector<std::uint8_t>{9, 255}));
     }
     EXPECT_EQ(std::filesystem::file_size(memory), 128U);
-}
-
-TEST_F(BenchProgram, ChecksAndConvertsDocuments) {
-    const std::string light = "Lumora\t2\t1\t0\t1\nLumoraTrackInsert\t1\t0\t1\t50\t0.5\n"
-                              "LumoraTime\t1\t0\t1\t.5\t.6\n";
-    const std::string file = folder.file("a.lumora", light);
-    Process check("corvanectl", {"check", file});
-    EXPECT_EQ(check.wait(), 0);
-    EXPECT_EQ(check.output(), "type\tLumora\nversion\t1\nchanges\t2\nposition\t1\nstop point\t0\n");
-    Process convert("corvanectl", {"convert", file, folder.path() / "b.lumora"});
-    EXPECT_EQ(convert.wait(), 0);
-    EXPECT_EQ(folder.content("b.lumora"), "Lumora\t2\t1\t0\t2\nLumoraTrackInsert\t1\t0\t1\t50\t.5\n"
-                                          "LumoraTime\t1\t0\t1\t.5\t.6\n");
-    const std::vector<std::pair<std::vector<std::string>, std::string>> failures{
-        {{"check", folder.path() / "none.lumora"}, "corvanectl: File not found.\n"},
-        {{"check", folder.file("c.lumora", "?")},
-         "corvanectl: Can't understand the file format.\n"},
-        {{"check", folder.file("d.lumora", "Lumora\t0\t0\t0\t9\n")},
-         "corvanectl: This file was made with a newer version of the program. You will need to get "
-         "the new version to view it.\n"},
-        {{"check", "notes.txt"}, "corvanectl: No product owns files like notes.txt.\n"},
-        {{"convert", file, "/nowhere/b.lumora"}, "corvanectl: Can't save the file.\n"},
-    };
-    for (const auto& [arguments, message] : failures) {
-        Process failing("corvanectl", arguments);
-        EXPECT_EQ(failing.wait(), 1);
-        EXPECT_EQ(failing.errors(), message);
-        EXPECT_EQ(failing.output(), "");
-    }
-}
-
-/// Runs corvanectl and gives its exit status, output and errors.
-struct Ran {
-    int status;
-    std::string output;
-    std::string errors;
-};
-Ran ctl(const std::vector<std::string>& arguments) {
-    Process process("corvanectl", arguments);
-    const int status = process.wait();
-    return {status, process.output(), process.errors()};
-}
-
-TEST_F(BenchProgram, ProgramsALightControllerThatThenPlaysTheProgram) {
-    const std::string memory = folder.path() / "memory";
-    const std::string light =
-        folder.file("a.lumora", "Lumora\t2\t2\t0\t2\nLumoraTrackInsert\t1\t0\t1\t50\t.2\t2\t0\t.1\n"
-                                "LumoraTrackInsert2\t2\t0\t1\t100\t1\tP\t0\n");
-    Process bench("corvane-bench", {"lumora-1.2", "--eeprom", memory, "--write-time", "0"});
-    waitFor("lumora-1.2");
-    const Ran programmed = ctl({"program", light});
-    EXPECT_EQ(programmed.status, 0) << programmed.errors;
-    EXPECT_EQ(programmed.output, "Programming complete.\n");
-    const Ran compiled = ctl({"compile", light, "-o", folder.path() / "image"});
-    EXPECT_EQ(compiled.status, 0);
-    EXPECT_EQ(folder.content("memory").substr(0, 255), folder.content("image"));
-    EXPECT_EQ(ctl({"read", "25", "8"}).output, "20 50 10 0 100 0 100 251\n");
-    EXPECT_EQ(ctl({"write", "0", "1", "2", "3"}).status, 0);
-    EXPECT_EQ(ctl({"read", "0", "4"}).output, "1 2 3 127\n");
-    bench.signal(SIGTERM);
-    EXPECT_EQ(bench.wait(), 0);
-
-    Process play("corvane-bench", {"play", folder.path() / "image", "--stick", "80", "--seconds",
-                                   "0.4", "--step", "100"});
-    EXPECT_EQ(play.wait(), 0);
-    EXPECT_EQ(play.output(), "seconds,1,2,3,4,5,6\n0.000,50,80,0,0,0,0\n0.100,50,80,0,0,0,0\n"
-                             "0.200,0,80,0,0,0,0\n0.300,50,80,0,0,0,0\n");
-    Process watch("corvane-bench", {"lumora-1.2", "--eeprom", memory, "--watch", "--stick", "80"});
-    EXPECT_TRUE(
-        eventually([&] { return watch.output().find(" s: 50 80 0") != std::string::npos; }));
-}
-
-TEST_F(BenchProgram, PlaysAProgramWithoutAController) {
-    const std::string light =
-        folder.file("a.lumora", "Lumora\t2\t2\t0\t2\nLumoraTrackInsert\t1\t0\t1\t50\t.2\t2\t0\t.1\n"
-                                "LumoraTrackInsert2\t2\t1\t1\t100\t1\tP\t0\n");
-    const Ran played = ctl({"play", light, "--seconds", "0.4", "--step", "100", "--stick",
-                            "80,0.3:20", "--png", folder.path() / "a.png"});
-    EXPECT_EQ(played.status, 0) << played.errors;
-    EXPECT_EQ(played.output, "seconds,1,2,3,4,5,6\n0.000,50,0,0,0,0,0\n0.100,50,0,0,0,0,0\n"
-                             "0.200,0,0,0,0,0,0\n0.300,0,20,0,0,0,0\n");
-    EXPECT_EQ(folder.content("a.png").substr(1, 3), "PNG");
-    EXPECT_EQ(ctl({"play", light, "--no-signal", "--seconds", "0.1", "--stick", "20"}).output,
-              "seconds,1,2,3,4,5,6\n0.000,50,0,0,0,0,0\n");
-    for (const char* stick : {"101", "x", "50,60", "1:50", "50,2:10,1:20", ""})
-        EXPECT_EQ(ctl({"play", light, "--stick", stick}).status, 2) << stick;
-}
-
-TEST_F(BenchProgram, AsksAboutTheOlderControllerOnlyWhenItMust) {
-    const std::string plain =
-        folder.file("a.lumora", "Lumora\t1\t1\t0\t2\nLumoraTrackInsert\t1\t0\t1\t50\t.2\n");
-    const Ran asked = ctl({"compile", "--device", "1.1", plain});
-    EXPECT_EQ(asked.status, 0);
-    EXPECT_EQ(asked.output.substr(0, 17), "6: 255\n5: 0 20 50");
-    const std::string advanced =
-        folder.file("b.lumora", "Lumora\t1\t1\t0\t2\nLumoraTrackInsert2\t1\t0\t1\t100\t1\tP\t0\n");
-    EXPECT_EQ(ctl({"compile", "--device", "1.1", advanced}).status, 1);
-    EXPECT_EQ(ctl({"compile", "--device", "1.1", "--no", advanced}).status, 1);
-    EXPECT_EQ(ctl({"compile", "--device", "1.1", "--yes", advanced}).status, 0);
-    EXPECT_EQ(ctl({"compile", "--device", "1.3", advanced}).status, 2);
-    EXPECT_EQ(ctl({"compile", "--yes", "--no", advanced}).status, 2);
-    std::string many = "Lumora\t1\t1\t0\t2\nLumoraTrackInsert\t1\t0";
-    for (int i = 1; i <= 96; ++i)
-        many += "\t" + std::to_string(i) + "\t50\t.2";
-    const Ran large = ctl({"compile", folder.file("c.lumora", many + "\n")});
-    EXPECT_EQ(large.status, 1);
-    EXPECT_EQ(large.errors, "corvanectl: The Lumora controller can only hold 106 segments. The "
-                            "program needs 107.\n");
 }
 
 TEST(UsbStrings, ComeFromWhatTheKernelHasRead) {

@@ -1,27 +1,20 @@
 #include "desktop/light/LumoraView.h"
 
-#include "desktop/EventLoop.h"
-#include "desktop/MainWindow.h"
-#include "desktop/QtDialogs.h"
 #include "desktop/light/SimulatorView.h"
 #include "desktop/light/TracksCanvas.h"
 #include "light/LumoraUndoableSegmentChange.h"
 #include "support/LightBench.h"
-#include "support/Screen.h"
+#include "support/ProductWindow.h"
 
-#include <QFileDialog>
 #include <QGroupBox>
 #include <QLabel>
 #include <QMenu>
 #include <QMenuBar>
 #include <QMimeData>
 #include <QProgressBar>
-#include <QPushButton>
 #include <QRadioButton>
 #include <QTabBar>
-#include <QTest>
 #include <QWheelEvent>
-#include <gtest/gtest.h>
 
 namespace corvane {
 namespace {
@@ -36,46 +29,14 @@ constexpr const char* DrawnProgram =
     "LumoraText\t2\tLight Color\tFFFFFF\t30FF\nLumoraTrackInsert\t2\t0\t1\t90\t1.2\n"
     "LumoraTrackInsert\t5\t1\t1\t100\t1.2\t2\t0\t1.2\n";
 
-/// The real main window over the light editor, with real events.
-class LumoraWindow : public testing::Test {
+class LumoraWindow : public ProductWindow {
   protected:
-    Desk desk;
-    QtDialogs dialogs;
-    QtKeyboard keyboard;
-    Workplace place{desk.bench.link,  desk.bench.device, desk.bench.products, desk.bench.modes,
-                    desk.bench.clock, desk.pause,        desk.bench.debug,    desk.bench.debugger,
-                    dialogs,          dialogs,           desk.text,           desk.images,
-                    desk.programs,    desk.registry};
-    Application application{desk.programs, dialogs};
-    ProductControls controls{place, keyboard};
-    MainForm form{place, controls, application};
-    LinkStatus status{desk.bench.link, desk.bench.products};
-    MainWindow window{form, status};
-
-    void SetUp() override {
-        dialogs.setFolder(QString::fromStdString(desk.folder.path()));
-        window.show();
-        ASSERT_TRUE(QTest::qWaitForWindowExposed(&window));
-        window.activateWindow();
-        form.Initialize({});
-        QApplication::processEvents();
-    }
+    void SetUp() override { open({}); }
     LumoraControl& control() { return dynamic_cast<LumoraControl&>(*form.control()); }
     LumoraDocument& document() { return control().document; }
     LumoraView& view() { return dynamic_cast<LumoraView&>(*window.view()); }
     TracksCanvas& canvas() { return view().canvas(); }
 
-    void press(const char* caption) {
-        for (QPushButton* button : view().findChildren<QPushButton*>())
-            if (button->text() == caption)
-                return QTest::mouseClick(button, Qt::LeftButton);
-        FAIL() << caption;
-    }
-    void key(Qt::Key which, Qt::KeyboardModifiers modifiers = {}) {
-        QTest::keyClick(QApplication::focusWidget() == nullptr ? &window
-                                                               : QApplication::focusWidget(),
-                        which, modifiers);
-    }
     void drag(QPoint from, QPoint to) {
         QTest::mousePress(&canvas(), Qt::LeftButton, {}, from);
         for (int step = 1; step <= 4; ++step) {
@@ -86,15 +47,6 @@ class LumoraWindow : public testing::Test {
         }
     }
     void release(QPoint at) { QTest::mouseRelease(&canvas(), Qt::LeftButton, {}, at); }
-    void saveAs(const QString& name) {
-        whenShown<QFileDialog>([&name](QFileDialog& dialog) {
-            dialog.findChild<QLineEdit*>("fileNameEdit")->setText(name);
-            QTest::keyClick(&dialog, Qt::Key_Return);
-        });
-        QTest::keyClick(&window, Qt::Key_S, Qt::ControlModifier);
-        window.activateWindow();
-        ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
-    }
 };
 
 TEST_F(LumoraWindow, AProgramIsDrawnWithMouseAndKeysSavedAndReopened) {

@@ -146,7 +146,7 @@ TEST_F(HistoryFiles, UnsoundFilesAreToldAndLeaveTheDocument) {
     std::string tooMany = "Notes\t13\t0\t0\t2\n"; // which this product finds unsound as a whole
     for (int i = 0; i < 13; ++i)
         tooMany += "Marker\n";
-    EXPECT_EQ(open(tooMany), NotUnderstood);
+    EXPECT_EQ(open(tooMany), "Error: Can't understand the file format (deserialization error).");
     EXPECT_FALSE(history.OpenHistory(folder.path() / "nowhere.note"));
     EXPECT_EQ(person.takeMessage(), "Error: File not found.");
     EXPECT_FALSE(history.OpenHistory(folder.path())); // a folder

@@ -16,6 +16,7 @@ class Person final : public Dialogs, public BusyPointer {
     std::deque<std::optional<int>> colors;
     std::vector<MessageBox> messages;
     std::vector<std::string> asked; ///< Filters and prompts with what stood there at first.
+    std::string beeps;              ///< A letter a sound: r for a report, E for an error.
     bool busy = false;
     bool sawBusyMessage = false;
 
@@ -43,6 +44,7 @@ class Person final : public Dialogs, public BusyPointer {
         asked.push_back(title + ": " + prompt + " " + initial);
         return next(inputs, {});
     }
+    void Beep(bool error) override { beeps += error ? 'E' : 'r'; }
     void set(bool isBusy) override { busy = isBusy; }
 
     /// Title and text of the last message, and forgets it.

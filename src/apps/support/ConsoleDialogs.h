@@ -20,6 +20,7 @@ class ConsoleDialogs : public Dialogs, public BusyPointer {
                                      const std::string&) override {
         return std::nullopt;
     }
+    void Beep(bool) override {}
     void set(bool) override {}
 
     /// The answer to the next question for a name to save under.

@@ -1,6 +1,7 @@
 #include "apps/support/DocumentCommands.h"
 
 #include "apps/support/ConsoleDialogs.h"
+#include "apps/support/ExitStatus.h"
 #include "shell/ProductDocuments.h"
 #include "system/File.h"
 
@@ -9,9 +10,6 @@
 namespace corvane {
 
 namespace {
-
-constexpr int Done = 0;
-constexpr int Failed = 1;
 
 /// A document that a command works on, opened from a file.
 class OpenedDocument {
@@ -37,35 +35,23 @@ class OpenedDocument {
 
 } // namespace
 
-Answer ConsoleDialogs::Message(const MessageBox& box) {
-    std::string line;
-    for (const char c : box.text) {
-        if (c == '\r' || c == '\n')
-            line += line.empty() || line.back() == ' ' ? "" : " ";
-        else
-            line += c;
-    }
-    std::cerr << "corvanectl: " << line << '\n';
-    return DismissedAnswer(box.buttons);
-}
-
 int CheckDocument(Program& program, const std::string& file) {
     const OpenedDocument document(program, file);
     if (!document.opened())
-        return Failed;
+        return ExitStatus::Failed;
     const History& history = document.history();
     std::cout << "type\t" << history.TypeCode() << "\nversion\t" << history.fileVersion()
               << "\nchanges\t" << history.Length() << "\nposition\t" << history.position()
               << "\nstop point\t" << history.undoStopPoint() << '\n';
-    return Done;
+    return ExitStatus::Done;
 }
 
 int ConvertDocument(Program& program, const std::string& from, const std::string& to) {
     OpenedDocument document(program, from);
     if (!document.opened())
-        return Failed;
+        return ExitStatus::Failed;
     document.dialogs.setSaveName(to);
-    return document.history().SaveHistoryAs() ? Done : Failed;
+    return document.history().SaveHistoryAs() ? ExitStatus::Done : ExitStatus::Failed;
 }
 
 } // namespace corvane

@@ -1,6 +1,7 @@
 #include "apps/support/LightCommands.h"
 
-#include "base/Text.h"
+#include "apps/support/AnsweringDialogs.h"
+#include "apps/support/ExitStatus.h"
 #include "light/LumoraProgrammer.h"
 #include "light/LumoraProgramming.h"
 #include "system/File.h"
@@ -13,14 +14,6 @@ namespace corvane {
 
 namespace {
 
-constexpr int Done = 0;
-constexpr int Failed = 1;
-
-int fail(const std::string& reason) {
-    std::cerr << "corvanectl: " << reason << '\n';
-    return Failed;
-}
-
 std::string tooLarge(int blocksUsed, int maxBlocks) {
     return "The Lumora controller can only hold " + std::to_string(maxBlocks) +
            " segments. The program needs " + std::to_string(blocksUsed) + ".";
@@ -28,8 +21,8 @@ std::string tooLarge(int blocksUsed, int maxBlocks) {
 
 int failed(const LumoraCompiled& compiled) {
     return compiled.outcome == LumoraCompiled::Outcome::Canceled
-               ? fail("Programming canceled.")
-               : fail(tooLarge(compiled.segments, LumoraDocument::BlockLimit));
+               ? Fail("Programming canceled.")
+               : Fail(tooLarge(compiled.segments, LumoraDocument::BlockLimit));
 }
 
 int compileImage(Program& program, const LumoraDocument& document, const std::string& out) {
@@ -39,12 +32,12 @@ int compileImage(Program& program, const LumoraDocument& document, const std::st
         return failed(compiled);
     if (out.empty()) {
         std::cout << compiler.image().ToString() << '\n';
-        return Done;
+        return ExitStatus::Done;
     }
     const auto bytes = compiler.image().bytes();
     return program.files.ReplaceWhole(out, std::string(bytes.begin(), bytes.end()))
-               ? Done
-               : fail("Can't save the file.");
+               ? ExitStatus::Done
+               : Fail("Can't save the file.");
 }
 
 int compileTransfers(Program& program, const LumoraDocument& document, const std::string& out,
@@ -58,9 +51,9 @@ int compileTransfers(Program& program, const LumoraDocument& document, const std
         lines += std::to_string(transfer.kind) + ": " + transfer.data.ToString() + "\n";
     if (out.empty()) {
         std::cout << lines;
-        return Done;
+        return ExitStatus::Done;
     }
-    return program.files.ReplaceWhole(out, lines) ? Done : fail("Can't save the file.");
+    return program.files.ReplaceWhole(out, lines) ? ExitStatus::Done : Fail("Can't save the file.");
 }
 
 /// Draws the progress of a run on the error output, if that is a terminal.
@@ -81,24 +74,10 @@ void showProgress(int percent) {
 bool OpenLight(Program& program, LumoraDocument& document, const std::string& file) {
     const KOProductProfile* product = program.products.ByExtension(KOIOExtension(file));
     if (product == nullptr || product->Class != "Corvane.LumoraControl") {
-        fail(file + " is no light program.");
+        Fail(file + " is no light program.");
         return false;
     }
     return document.HistoryObject().OpenHistory(file);
-}
-
-Answer AnsweringDialogs::Message(const MessageBox& box) {
-    if (box.buttons != MessageBox::Buttons::YesNo)
-        return ConsoleDialogs::Message(box);
-    if (answer_)
-        return *answer_ ? Answer::Yes : Answer::No;
-    static_cast<void>(ConsoleDialogs::Message(box));
-    if (::isatty(STDIN_FILENO) == 0)
-        return Answer::No;
-    std::cerr << "Yes or No? ";
-    std::string line;
-    std::getline(std::cin, line);
-    return LowerCase(Trim(line)).starts_with('y') ? Answer::Yes : Answer::No;
 }
 
 int CompileLight(Program& program, const std::string& file, bool older, const std::string& out,
@@ -106,9 +85,9 @@ int CompileLight(Program& program, const std::string& file, bool older, const st
     AnsweringDialogs dialogs(answer);
     LumoraDocument document({dialogs, dialogs, program.text});
     if (!OpenLight(program, document, file))
-        return Failed;
+        return ExitStatus::Failed;
     if (const int channel = LumoraEncoding::channelWithUnknownFunction(document); channel != 0)
-        return fail("Channel " + std::to_string(channel) +
+        return Fail("Channel " + std::to_string(channel) +
                     " has a segment with a function that the controller does not know.");
     return older ? compileTransfers(program, document, out, dialogs)
                  : compileImage(program, document, out);
@@ -118,7 +97,7 @@ int ProgramLight(Program& program, const std::string& file, std::optional<bool> 
     AnsweringDialogs dialogs(answer);
     LumoraDocument document({dialogs, dialogs, program.text});
     if (!OpenLight(program, document, file))
-        return Failed;
+        return ExitStatus::Failed;
     LumoraProgrammer run(program.workplace(dialogs, dialogs), document);
     LumoraProgramming dialog; // the same words as in the window
     dialog.SetProgrammer(run);
@@ -139,11 +118,11 @@ int ProgramLight(Program& program, const std::string& file, std::optional<bool> 
             program.device.WaitForData(1);
     }
     if (!space.empty())
-        return fail(space);
+        return Fail(space);
     if (dialog.Status.Caption() != LumoraProgramming::CompleteStatus)
-        return fail(dialog.Status.Caption());
+        return Fail(dialog.Status.Caption());
     std::cout << dialog.Status.Caption() << '\n';
-    return Done;
+    return ExitStatus::Done;
 }
 
 } // namespace corvane

@@ -1,23 +1,11 @@
 #pragma once
 
-#include "apps/support/ConsoleDialogs.h"
 #include "apps/support/Program.h"
 #include "light/LumoraDocument.h"
 
 #include <optional>
 
 namespace corvane {
-
-/// How a command answers the questions of the older controller's programs: as told, or else by the
-/// person at the terminal, or No where there is no terminal.
-class AnsweringDialogs final : public ConsoleDialogs {
-  public:
-    explicit AnsweringDialogs(std::optional<bool> answer) : answer_(answer) {}
-    Answer Message(const MessageBox& box) override;
-
-  private:
-    std::optional<bool> answer_;
-};
 
 /// Opens a light program; what is wrong with it is told.
 [[nodiscard]] bool OpenLight(Program& program, LumoraDocument& document, const std::string& file);

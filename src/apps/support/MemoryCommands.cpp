@@ -1,6 +1,7 @@
 #include "apps/support/MemoryCommands.h"
 
 #include "apps/support/ConsoleDialogs.h"
+#include "apps/support/ExitStatus.h"
 #include "eeprom/GenericEEPROMProgrammer.h"
 
 #include <algorithm>
@@ -9,9 +10,6 @@
 namespace corvane {
 
 namespace {
-
-constexpr int Done = 0;
-constexpr int Failed = 1;
 
 /// A connection for one job, let go at its end.
 class Job {
@@ -63,29 +61,29 @@ int ReadMemory(Program& program, int address, int length) {
         KOBuffer piece;
         if (!job.programmer.ReadEEPROM(
                 address + done, std::min(length - done, GenericEEPROMProgrammer::MaxRead), piece))
-            return Failed;
+            return ExitStatus::Failed;
         all.AppendBuffer(piece);
     }
     if (!job.connected)
-        return Failed;
+        return ExitStatus::Failed;
     std::cout << all.ToString() << '\n';
-    return Done;
+    return ExitStatus::Done;
 }
 
 int WriteMemory(Program& program, int address, const std::vector<int>& bytes) {
     Job job(program);
     if (!job.connected)
-        return Failed;
+        return ExitStatus::Failed;
     KOBuffer all;
     for (const int byte : bytes)
         all.Append(static_cast<std::uint8_t>(byte));
     int done = 0;
     for (const KOBuffer& piece : all.Split(GenericEEPROMProgrammer::MaxRead)) {
         if (!job.programmer.WriteEEPROM(address + done, piece))
-            return Failed;
+            return ExitStatus::Failed;
         done += piece.Length();
     }
-    return Done;
+    return ExitStatus::Done;
 }
 
 } // namespace corvane

@@ -1,6 +1,7 @@
 #include "apps/support/PlayCommand.h"
 
-#include "apps/support/ConsoleDialogs.h"
+#include "apps/support/AnsweringDialogs.h"
+#include "apps/support/ExitStatus.h"
 #include "apps/support/LightCommands.h"
 #include "base/NumberWithin.h"
 #include "light/LumoraSimulator.h"
@@ -11,9 +12,6 @@
 namespace corvane {
 
 namespace {
-
-constexpr int Done = 0;
-constexpr int Failed = 1;
 
 /// A clock that moves from line to line.
 struct StepClock final : Clock {
@@ -99,7 +97,7 @@ int PlayLight(Program& program, const std::string& file, const PlaySetup& setup)
     AnsweringDialogs dialogs(std::nullopt);
     LumoraDocument document({dialogs, dialogs, program.text});
     if (!OpenLight(program, document, file))
-        return Failed;
+        return ExitStatus::Failed;
     StepClock clock;
     LumoraSimulator simulator(document, clock);
     simulator.takeAllSettings();
@@ -124,12 +122,12 @@ int PlayLight(Program& program, const std::string& file, const PlaySetup& setup)
     }
     std::fflush(stdout);
     if (setup.png.empty())
-        return Done;
+        return ExitStatus::Done;
     program.images.SetImage(chart.picture());
     if (program.files.ReplaceWhole(setup.png, program.images.SavePng()))
-        return Done;
+        return ExitStatus::Done;
     std::cerr << "corvanectl: Can't save the picture.\n";
-    return Failed;
+    return ExitStatus::Failed;
 }
 
 } // namespace corvane

@@ -1,8 +1,10 @@
 #include "desktop/light/LumoraView.h"
 
 #include "desktop/Binders.h"
+#include "desktop/InputWidgets.h"
 #include "desktop/Theme.h"
 #include "desktop/TripPointView.h"
+#include "desktop/Widgets.h"
 #include "desktop/light/ProgrammingDialog.h"
 #include "desktop/light/SimulatorView.h"
 #include "desktop/light/TracksCanvas.h"
@@ -55,40 +57,6 @@ class ColorSample final : public QWidget {
     Label& child_;
 };
 
-QLabel* label(Label& child, QWidget* parent) {
-    auto* made = new QLabel(parent);
-    Bind(made, child);
-    return made;
-}
-
-QPushButton* button(Button& child, QWidget* parent) {
-    auto* made = new QPushButton(parent);
-    Bind(made, child);
-    return made;
-}
-
-/// A button no wider than its caption needs, where many stand in a row.
-QPushButton* toolButton(Button& child, QWidget* parent) {
-    QPushButton* made = button(child, parent);
-    made->setFixedWidth(made->fontMetrics().horizontalAdvance(made->text()) + 3 * Theme::Spacing);
-    return made;
-}
-
-Box* numberBox(TextBox& child, const QString& name, QWidget* parent) {
-    auto* box = new Box(child, name, parent);
-    box->setAlignment(Qt::AlignRight);
-    box->setFixedWidth(box->fontMetrics().horizontalAdvance("00000") + 2 * Theme::Spacing);
-    return box;
-}
-
-QHBoxLayout* row(std::initializer_list<QWidget*> widgets) {
-    auto* layout = new QHBoxLayout;
-    layout->setSpacing(Theme::Spacing / 2);
-    for (QWidget* widget : widgets)
-        layout->addWidget(widget);
-    return layout;
-}
-
 } // namespace
 
 LumoraView::LumoraView(LumoraControl& control, QWidget* parent) : QWidget(parent) {
@@ -139,8 +107,8 @@ LumoraView::LumoraView(LumoraControl& control, QWidget* parent) : QWidget(parent
     layout->addLayout(middle, 1);
     layout->addWidget(makeTools(control));
     layout->addWidget(makeOptions(control));
-    auto* debugging =
-        row({button(control.DebugButton, this), button(control.DebugDisconnectButton, this)});
+    auto* debugging = MakeRow(
+        {MakeButton(control.DebugButton, this), MakeButton(control.DebugDisconnectButton, this)});
     debugging->addStretch();
     layout->addLayout(debugging);
     On(this, control.ProgrammingShown,
@@ -153,14 +121,14 @@ QWidget* LumoraView::makeTools(LumoraControl& control) {
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(Theme::Spacing / 2);
     for (Button* child : {&control.AddButton, &control.InsertButton, &control.DeleteButton})
-        layout->addWidget(toolButton(*child, tools));
+        layout->addWidget(MakeToolButton(*child, tools));
     layout->addSpacing(2 * Theme::Spacing);
     for (Button* child : {&control.ZoomInButton, &control.ZoomOutButton, &control.ZoomToFitButton})
-        layout->addWidget(toolButton(*child, tools));
+        layout->addWidget(MakeToolButton(*child, tools));
     layout->addStretch();
-    layout->addWidget(label(control.BlockCountLabel, tools));
+    layout->addWidget(MakeLabel(control.BlockCountLabel, tools));
     layout->addSpacing(Theme::Spacing);
-    layout->addWidget(toolButton(control.ProgramButton, tools));
+    layout->addWidget(MakeToolButton(control.ProgramButton, tools));
     return tools;
 }
 
@@ -174,12 +142,13 @@ QWidget* LumoraView::makeOptions(LumoraControl& control) {
     auto* usual = new QGroupBox(all);
     usual->setSizePolicy(QSizePolicy::Maximum, QSizePolicy::Preferred);
     auto* usualRows = new QVBoxLayout(usual);
-    usualRows->addLayout(row({label(options.LightColorLabel, usual),
-                              new ColorSample(options.ChannelLightColorSample, usual),
-                              button(options.ChangeLightColorButton, usual)}));
-    auto* current = row({label(options.MaxCurrentLabel, usual),
-                         numberBox(options.ChannelMaxCurrent, "Maximum current in mA", usual),
-                         label(options.MaxCurrentUnit, usual)});
+    usualRows->addLayout(MakeRow({MakeLabel(options.LightColorLabel, usual),
+                                  new ColorSample(options.ChannelLightColorSample, usual),
+                                  MakeButton(options.ChangeLightColorButton, usual)}));
+    auto* current =
+        MakeRow({MakeLabel(options.MaxCurrentLabel, usual),
+                 MakeNumberBox(options.ChannelMaxCurrent, "Maximum current in mA", usual),
+                 MakeLabel(options.MaxCurrentUnit, usual)});
     current->addStretch();
     usualRows->addLayout(current);
     usualRows->addStretch();
@@ -188,14 +157,15 @@ QWidget* LumoraView::makeOptions(LumoraControl& control) {
     auto* advanced = new QGroupBox(all);
     advanced->setSizePolicy(QSizePolicy::Maximum, QSizePolicy::Preferred);
     auto* advancedRows = new QVBoxLayout(advanced);
-    auto* levels = row({label(options.TurnOffPointLabel, advanced),
-                        numberBox(options.ChannelTurnOffPoint, "Turn off below, percent", advanced),
-                        label(options.TurnOffPointUnit, advanced)});
+    auto* levels =
+        MakeRow({MakeLabel(options.TurnOffPointLabel, advanced),
+                 MakeNumberBox(options.ChannelTurnOffPoint, "Turn off below, percent", advanced),
+                 MakeLabel(options.TurnOffPointUnit, advanced)});
     levels->addSpacing(2 * Theme::Spacing);
     for (QWidget* widget : std::initializer_list<QWidget*>{
-             label(options.HysteresisLabel, advanced),
-             numberBox(options.ChannelHysteresis, "Hysteresis, percent", advanced),
-             label(options.HysteresisUnit, advanced)})
+             MakeLabel(options.HysteresisLabel, advanced),
+             MakeNumberBox(options.ChannelHysteresis, "Hysteresis, percent", advanced),
+             MakeLabel(options.HysteresisUnit, advanced)})
         levels->addWidget(widget);
     levels->addStretch();
     advancedRows->addLayout(levels);
@@ -203,7 +173,7 @@ QWidget* LumoraView::makeOptions(LumoraControl& control) {
     Bind(top, options.ChannelNoSignalTopTrack);
     auto* bottom = new QRadioButton(advanced);
     Bind(bottom, options.ChannelNoSignalBottomTrack);
-    auto* noSignal = row({label(options.NoSignalLabel, advanced), top, bottom});
+    auto* noSignal = MakeRow({MakeLabel(options.NoSignalLabel, advanced), top, bottom});
     noSignal->addStretch();
     advancedRows->addLayout(noSignal);
     advancedRows->addStretch();
@@ -213,7 +183,7 @@ QWidget* LumoraView::makeOptions(LumoraControl& control) {
     Follow(all, options.OptionsFrame,
            [all, &options] { all->setVisible(options.OptionsFrame.Visible()); });
     layout->addWidget(usual);
-    layout->addWidget(button(control.AdvancedButton, all), 0, Qt::AlignVCenter);
+    layout->addWidget(MakeButton(control.AdvancedButton, all), 0, Qt::AlignVCenter);
     layout->addWidget(advanced);
     layout->addStretch();
     return all;
@@ -222,14 +192,14 @@ QWidget* LumoraView::makeOptions(LumoraControl& control) {
 QWidget* LumoraView::makeTransmitter(LumoraOptions& options) {
     auto* frame = new QGroupBox(this);
     auto* layout = new QVBoxLayout(frame);
-    auto* range =
-        row({label(options.RangeLabel, frame),
-             numberBox(options.TransmitterRangeMin, "Shortest pulse in microseconds", frame),
-             label(options.RangeDash, frame),
-             numberBox(options.TransmitterRangeMax, "Longest pulse in microseconds", frame),
-             label(options.RangeUnit, frame)});
+    auto* range = MakeRow(
+        {MakeLabel(options.RangeLabel, frame),
+         MakeNumberBox(options.TransmitterRangeMin, "Shortest pulse in microseconds", frame),
+         MakeLabel(options.RangeDash, frame),
+         MakeNumberBox(options.TransmitterRangeMax, "Longest pulse in microseconds", frame),
+         MakeLabel(options.RangeUnit, frame)});
     range->addSpacing(2 * Theme::Spacing);
-    range->addWidget(button(options.TransmitterRangeResetButton, frame));
+    range->addWidget(MakeButton(options.TransmitterRangeResetButton, frame));
     layout->addLayout(range);
     BindWidget(frame, options.TransmitterFrame);
     return frame;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "bench/LightPlayer.h"
+#include "bench/Firmware.h"
 
 #include <memory>
 #include <string>
@@ -11,15 +11,15 @@ namespace corvane::bench {
 
 class VirtualLink;
 
-/// Shows a controller's lights in the terminal, live, and takes keys for what happens to it. Where
-/// the output is no terminal it writes a line whenever a light changes.
-class LightScreen {
+/// Shows a product's outputs in the terminal, live, and takes keys for what happens to it. Where
+/// the output is no terminal it writes a line whenever one changes.
+class OutputScreen {
   public:
-    /// The link must have lights and outlive the screen.
-    explicit LightScreen(VirtualLink& link);
-    ~LightScreen();
-    LightScreen(const LightScreen&) = delete;
-    LightScreen& operator=(const LightScreen&) = delete;
+    /// The link must have outputs and outlive the screen.
+    explicit OutputScreen(VirtualLink& link);
+    ~OutputScreen();
+    OutputScreen(const OutputScreen&) = delete;
+    OutputScreen& operator=(const OutputScreen&) = delete;
 
     /// To be watched for keys; -1 if there is no keyboard.
     [[nodiscard]] int keyboard() const { return keyboard_; }
@@ -31,11 +31,10 @@ class LightScreen {
 
   private:
     [[nodiscard]] bool act(char key, Time now);
-    [[nodiscard]] std::string picture(const Currents& currents) const;
-    [[nodiscard]] std::string line(const Currents& currents, Time now) const;
+    [[nodiscard]] std::string picture(const std::vector<Output>& outputs) const;
 
     VirtualLink& link_;
-    LightPlayer& lights_;
+    Outputs& outputs_;
     bool terminal_;
     int keyboard_ = -1;
     std::unique_ptr<termios> usual_; // how the keyboard was before

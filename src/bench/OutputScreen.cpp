@@ -1,4 +1,4 @@
-#include "bench/LightScreen.h"
+#include "bench/OutputScreen.h"
 
 #include "bench/VirtualLink.h"
 
@@ -13,9 +13,9 @@ namespace corvane::bench {
 namespace {
 
 constexpr Time DrawingInterval = std::chrono::milliseconds(40);
-constexpr int StickStep = 5;     // percent
-constexpr int BarLength = 50;    // characters
-constexpr int FullCurrent = 250; // mA
+constexpr int StickStep = 5;  // percent
+constexpr int BarLength = 50; // characters
+constexpr std::size_t NameWidth = 10;
 
 std::string filled(int length, const char* with) {
     std::string text;
@@ -24,10 +24,27 @@ std::string filled(int length, const char* with) {
     return text;
 }
 
+std::string padded(std::string text, std::size_t width) {
+    text.resize(std::max(width, text.size()), ' ');
+    return text;
+}
+
+std::string values(const std::vector<Output>& outputs) {
+    std::string text;
+    for (const Output& output : outputs)
+        text += " " + output.text;
+    return text;
+}
+
+/// Moves the cursor to the beginning of what has been drawn.
+std::string upOver(const std::string& drawn) {
+    return "\x1b[" + std::to_string(std::count(drawn.begin(), drawn.end(), '\n')) + "F";
+}
+
 } // namespace
 
-LightScreen::LightScreen(VirtualLink& link)
-    : link_(link), lights_(*link.lights()), terminal_(::isatty(STDOUT_FILENO) != 0) {
+OutputScreen::OutputScreen(VirtualLink& link)
+    : link_(link), outputs_(*link.outputs()), terminal_(::isatty(STDOUT_FILENO) != 0) {
     // A program in the background must not touch the keyboard.
     if (::isatty(STDIN_FILENO) == 0 || ::tcgetpgrp(STDIN_FILENO) != ::getpgrp())
         return;
@@ -41,14 +58,14 @@ LightScreen::LightScreen(VirtualLink& link)
     keyboard_ = STDIN_FILENO;
 }
 
-LightScreen::~LightScreen() {
+OutputScreen::~OutputScreen() {
     if (usual_)
         ::tcsetattr(STDIN_FILENO, TCSANOW, usual_.get());
     if (terminal_)
         std::fputs("\n", stdout);
 }
 
-bool LightScreen::readKeys(Time now) {
+bool OutputScreen::readKeys(Time now) {
     std::array<char, 64> keys;
     const ssize_t count = ::read(keyboard_, keys.data(), keys.size());
     if (count <= 0) {
@@ -68,16 +85,16 @@ bool LightScreen::readKeys(Time now) {
     return true;
 }
 
-bool LightScreen::act(char key, Time now) {
+bool OutputScreen::act(char key, Time now) {
     switch (key) {
     case '+':
-        lights_.setStick(lights_.stick() + StickStep, now);
+        outputs_.setStick(outputs_.stick() + StickStep, now);
         return true;
     case '-':
-        lights_.setStick(lights_.stick() - StickStep, now);
+        outputs_.setStick(outputs_.stick() - StickStep, now);
         return true;
     case 's':
-        lights_.setSignal(!lights_.signal(), now);
+        outputs_.setSignal(!outputs_.signal(), now);
         return true;
     case 'p':
         link_.powerCycle();
@@ -89,46 +106,34 @@ bool LightScreen::act(char key, Time now) {
     }
 }
 
-void LightScreen::draw(Time now) {
+void OutputScreen::draw(Time now) {
     if (now < nextDrawing_)
         return;
     nextDrawing_ = now + DrawingInterval;
-    const Currents currents = lights_.currents(now);
-    std::string text = terminal_ ? picture(currents) : line(currents, {});
+    const std::vector<Output> outputs = outputs_.at(now);
+    std::string text = terminal_ ? picture(outputs) : values(outputs);
     if (text == shown_)
         return;
-    if (!terminal_)
-        std::printf("%s\n", line(currents, now).c_str());
+    if (terminal_)
+        std::printf("%s%s", shown_.empty() ? "" : upOver(shown_).c_str(), text.c_str());
     else
-        std::printf("%s%s", shown_.empty() ? "" : "\x1b[8F", text.c_str());
+        std::printf("%.2f s:%s\n", std::chrono::duration<double>(now).count(), text.c_str());
     std::fflush(stdout);
     shown_ = std::move(text);
 }
 
-std::string LightScreen::picture(const Currents& currents) const {
+std::string OutputScreen::picture(const std::vector<Output>& outputs) const {
     std::string text;
-    for (std::size_t c = 0; c < currents.size(); ++c) {
-        const int length =
-            std::min(BarLength, (currents[c] * BarLength + FullCurrent - 1) / FullCurrent);
-        std::array<char, 32> value{};
-        std::snprintf(value.data(), value.size(), " %3d mA\x1b[K\n", currents[c]);
-        text += "Channel " + std::to_string(c + 1) + " " + filled(length, "█") +
-                filled(BarLength - length, "·") + value.data();
+    for (const Output& output : outputs) {
+        const int length = std::min(BarLength, (output.level * BarLength + output.fullLevel - 1) /
+                                                   output.fullLevel);
+        text += padded(output.name, NameWidth) + filled(length, "█") +
+                filled(BarLength - length, "·") + " " + padded(output.text, 3) + output.unit +
+                "\x1b[K\n";
     }
-    text += "Stick " + std::to_string(lights_.stick()) + "%, " +
-            (lights_.signal() ? "signal" : "no signal") + "\x1b[K\n";
+    text += "Stick " + std::to_string(outputs_.stick()) + "%, " +
+            (outputs_.signal() ? "signal" : "no signal") + "\x1b[K\n";
     text += "Up, Down: stick   s: signal   p: power   q: end\x1b[K\n";
-    return text;
-}
-
-std::string LightScreen::line(const Currents& currents, Time now) const {
-    std::array<char, 32> time{};
-    if (now != Time{})
-        std::snprintf(time.data(), time.size(),
-                      "%.2f s:", std::chrono::duration<double>(now).count());
-    std::string text = time.data();
-    for (const int current : currents)
-        text += " " + std::to_string(current);
     return text;
 }
 

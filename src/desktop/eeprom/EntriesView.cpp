@@ -1,0 +1,194 @@
+#include "desktop/eeprom/EntriesView.h"
+
+#include "desktop/Binders.h"
+#include "desktop/InputWidgets.h"
+#include "desktop/Theme.h"
+#include "desktop/eeprom/EntryRow.h"
+
+#include <QApplication>
+#include <QPainter>
+#include <QScrollBar>
+#include <QWheelEvent>
+
+#include <algorithm>
+
+namespace corvane {
+
+namespace {
+
+constexpr int TwipsPerPixel = 15;
+constexpr int RowLeft = EEPROMEditorControl::RowLeft / TwipsPerPixel;
+constexpr int RowHeight = EEPROMEditorControl::RowHeight / TwipsPerPixel;
+
+} // namespace
+
+EntriesView::EntriesView(EEPROMEditorControl& control, QWidget* parent)
+    : QWidget(parent), control_(control), scroll_(new QScrollBar(Qt::Vertical, this)) {
+    scroll_->setAccessibleName("Variables");
+    Bind(scroll_, control.VScroll);
+    BindWidget(scroll_, control.VScroll);
+    On(this, control.VScroll.Moved, [this] { showRows(); });
+    On(this, control.Rearranged, [this] { rearranged(); });
+    On(this, control.EntryLeaving, [this](const EEPROMEntry& entry) {
+        if (EntryRow* row = rowOf(entry))
+            release(row);
+        shown_.erase(&entry);
+    });
+    On(this, control.FocusWanted, [this](EEPROMEntry& entry) {
+        control_.scrollTo(entry);
+        if (EntryRow* row = rowOf(entry))
+            row->takeFocus();
+    });
+}
+
+EntryRow* EntriesView::rowOf(const EEPROMEntry& entry) const {
+    const auto found = shown_.find(&entry);
+    return found == shown_.end() ? nullptr : found->second;
+}
+
+EntryRow* EntriesView::focusedRow() const {
+    for (QWidget* widget = QApplication::focusWidget(); widget != nullptr;
+         widget = widget->parentWidget())
+        if (auto* row = dynamic_cast<EntryRow*>(widget))
+            return row->parentWidget() == this ? row : nullptr;
+    return nullptr;
+}
+
+int EntriesView::placeOf(const EEPROMEntry* entry) const {
+    const auto& rows = control_.rows();
+    const auto place = std::find(rows.begin(), rows.end(), entry);
+    return place == rows.end() ? -1 : static_cast<int>(place - rows.begin());
+}
+
+void EntriesView::release(EntryRow* row) {
+    row->bindTo(nullptr);
+    row->hide();
+    spare_.push_back(row);
+}
+
+void EntriesView::rearranged() {
+    // A row that is being edited may have moved away.
+    const EntryRow* focused = focusedRow();
+    if (focused != nullptr && focused->entry() != nullptr)
+        control_.scrollTo(*focused->entry());
+    showRows();
+    orderTabs();
+    update();
+}
+
+void EntriesView::showRows() {
+    const auto& rows = control_.rows();
+    const int count = static_cast<int>(rows.size());
+    const int step = EEPROMEditorControl::RowStep;
+    const int first = std::min(count, control_.VScroll.Value() / step);
+    const int end =
+        std::min(count, (control_.VScroll.Value() + height() * TwipsPerPixel) / step + 1);
+    const EntryRow* focused = focusedRow();
+    const auto inView = [&](const EEPROMEntry* entry) {
+        const auto range = std::pair(rows.begin() + first, rows.begin() + end);
+        return std::find(range.first, range.second, entry) != range.second;
+    };
+    for (auto shown = shown_.begin(); shown != shown_.end();) {
+        if (shown->second == focused || inView(shown->first)) {
+            ++shown;
+        } else {
+            release(shown->second);
+            shown = shown_.erase(shown);
+        }
+    }
+    for (int row = first; row < end; ++row)
+        placeRow(row);
+    if (focused != nullptr && focused->entry() != nullptr)
+        if (const int row = placeOf(focused->entry()); row >= 0)
+            placeRow(row);
+    update(0, 0, RowLeft, height());
+}
+
+void EntriesView::placeRow(int row) {
+    EEPROMEntry* entry = control_.rows()[static_cast<std::size_t>(row)];
+    EntryRow*& widget = shown_[entry];
+    if (widget == nullptr) {
+        if (spare_.empty()) {
+            spare_.push_back(new EntryRow(this));
+            ++rowsMade_;
+        }
+        widget = spare_.back();
+        spare_.pop_back();
+        widget->bindTo(entry);
+    }
+    widget->setGeometry(RowLeft, control_.rowTop(row) / TwipsPerPixel,
+                        control_.rowWidth() / TwipsPerPixel, RowHeight);
+    widget->show();
+}
+
+void EntriesView::orderTabs() {
+    QWidget* last = nullptr;
+    for (const EEPROMEntry* entry : control_.rows()) {
+        EntryRow* row = rowOf(*entry);
+        if (row == nullptr) {
+            if (last != nullptr)
+                break; // below the view
+            continue;
+        }
+        for (QWidget* stop : row->stops()) {
+            if (last != nullptr)
+                setTabOrder(last, stop);
+            last = stop;
+        }
+    }
+}
+
+bool EntriesView::focusNextPrevChild(bool next) {
+    EntryRow* row = focusedRow();
+    if (row == nullptr || row->entry() == nullptr)
+        return QWidget::focusNextPrevChild(next);
+    const auto& stops = row->stops();
+    const auto at = std::find(stops.begin(), stops.end(), QApplication::focusWidget());
+    if (at == stops.end())
+        return QWidget::focusNextPrevChild(next);
+    const bool leavesRow = next ? at + 1 == stops.end() : at == stops.begin();
+    if (!leavesRow) {
+        (next ? *(at + 1) : *(at - 1))
+            ->setFocus(next ? Qt::TabFocusReason : Qt::BacktabFocusReason);
+        return true;
+    }
+    const int place = placeOf(row->entry()) + (next ? 1 : -1);
+    if (place < 0 || place >= static_cast<int>(control_.rows().size()))
+        return QWidget::focusNextPrevChild(next);
+    EEPROMEntry* neighbour = control_.rows()[static_cast<std::size_t>(place)];
+    control_.scrollTo(*neighbour);
+    if (const EntryRow* other = rowOf(*neighbour))
+        (next ? other->stops().front() : other->stops().back())
+            ->setFocus(next ? Qt::TabFocusReason : Qt::BacktabFocusReason);
+    return true;
+}
+
+void EntriesView::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    if (control_.EntryCount() == 0) {
+        painter.setPen(palette().color(QPalette::PlaceholderText));
+        painter.drawText(rect(), Qt::AlignCenter | Qt::TextWordWrap,
+                         "No variables yet.\nPress New Variable to add one.");
+        return;
+    }
+    // What the colour of its boxes says about a row is said by a sign as well.
+    QFont bold = font();
+    bold.setBold(true);
+    painter.setFont(bold);
+    for (const auto& [entry, row] : shown_)
+        if (entry->AddressConflicts() || !entry->ctlContents.TextIsValid())
+            painter.drawText(QRect(0, row->y(), RowLeft, RowHeight), Qt::AlignCenter, "!");
+}
+
+void EntriesView::resizeEvent(QResizeEvent*) {
+    const int barWidth = scroll_->sizeHint().width();
+    scroll_->setGeometry(width() - barWidth, 0, barWidth, height());
+    control_.ResizeEntries({width() * TwipsPerPixel, height() * TwipsPerPixel},
+                           barWidth * TwipsPerPixel);
+}
+
+void EntriesView::wheelEvent(QWheelEvent* event) {
+    QApplication::sendEvent(scroll_, event);
+}
+
+} // namespace corvane

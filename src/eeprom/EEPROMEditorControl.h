@@ -1,0 +1,96 @@
+#pragma once
+
+#include "controls/StatusLine.h"
+#include "eeprom/EEPROMEntry.h"
+#include "link/ProductControl.h"
+#include "link/Workplace.h"
+
+namespace corvane {
+
+class GenericEEPROMProgrammer;
+
+/// The editor of any microcontroller's EEPROM: a list of variables by address, which are read from
+/// the product and programmed into it.
+class EEPROMEditorControl final : public ProductControl {
+  public:
+    explicit EEPROMEditorControl(const Workplace& place);
+
+    void ProcessPacket(const KOPacket& packet) override;
+    void UpdateReadyState(bool) override {}
+    [[nodiscard]] History* HistoryObject() override { return &document.HistoryObject(); }
+    [[nodiscard]] std::optional<std::string> ProductName() const override {
+        return "EEPROM Editor";
+    }
+
+    static constexpr const char* ReadReport = "Read.";
+    static constexpr const char* ProgrammedReport = "Programmed.";
+
+    // How rows are placed, in twips.
+    static constexpr int RowLeft = 120;
+    static constexpr int RowStep = 375;
+    static constexpr int RowHeight = 315;
+
+    [[nodiscard]] int EntryCount() const { return static_cast<int>(entries_.size()); }
+    /// From 1, in the order in which they were added.
+    [[nodiscard]] EEPROMEntry& Entry(int index) const;
+    /// The rows by ascending address. None while a burst of changes is under way.
+    [[nodiscard]] const std::vector<EEPROMEntry*>& rows() const { return rows_; }
+    /// Place of the n-th row from 0, scrolled.
+    [[nodiscard]] int rowTop(int row) const { return row * RowStep - VScroll.Value(); }
+    [[nodiscard]] int rowWidth() const;
+    /// The room for the rows and what of its width the scroll bar takes.
+    void ResizeEntries(TwipSize size, int scrollBarWidth);
+    /// Scrolls until this row is in view.
+    void scrollTo(const EEPROMEntry& entry);
+
+    Event<> Rearranged;                     ///< Rows have come, gone or moved.
+    Event<const EEPROMEntry&> EntryLeaving; ///< This one is about to end.
+    Event<EEPROMEntry&> FocusWanted;        ///< The person will go on with this one.
+
+    KOEEPROMDocument document;
+
+    TabStrip tabs{{{"Settings", {}}}};
+    std::array<Label, 4> Titles{Label("Address"), Label("Length"), Label("Comments"),
+                                Label("Value")};
+    Frame EntriesPictureInner;
+    ScrollBar VScroll;
+    Button NewVariableButton{"New Variable"};
+    Button ReadSettingsButton{"Read Settings"};
+    Button ProgramButton{"Program"};
+    Label ProgrammingLabel;
+
+  private:
+    void connectDocument();
+    void addEntry(int index);
+    void removeEntry(int index);
+    void showEntry(int index, std::string_view propertyName);
+    void arrangementChanged();
+    void rearrange();
+    void updateScrolling();
+    void heard(std::string_view message, const void* sender, const MessageValue& value);
+    void newVariable();
+
+    template<class Job>
+    void run(const std::string& doing, const std::string& done, const char* allDone,
+             const char* allFailed, Job job);
+    void readSettings();
+    void program();
+    [[nodiscard]] bool readVariable(GenericEEPROMProgrammer& reader, int index);
+    [[nodiscard]] bool programVariable(GenericEEPROMProgrammer& writer, int index);
+    void fitLength(KOBuffer& buffer, int length);
+
+    Workplace place_;
+    StatusLine status_{ProgrammingLabel, place_.dialogs};
+    Messenger messenger_;
+    std::vector<std::unique_ptr<EEPROMEntry>> entries_;
+    int nextEntryId_ = 0;
+    std::vector<EEPROMEntry*> rows_;
+    bool frozen_ = false;
+    bool arrangementDue_ = false;
+    TwipSize area_;
+    int scrollBarWidth_ = 0;
+    GenericEEPROMProgrammer* programmer_ = nullptr; // during a job
+    std::vector<Connection> connections_;
+};
+
+} // namespace corvane

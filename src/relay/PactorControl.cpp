@@ -1,0 +1,211 @@
+#include "relay/PactorControl.h"
+
+#include "base/Numbers.h"
+#include "eeprom/GenericEEPROMProgrammer.h"
+
+namespace corvane {
+
+namespace {
+constexpr const char* ControlClass = "Corvane.PactorControl";
+constexpr const char* FriendlyName = "relay";
+constexpr int MiddleOfTheStick = 50; // percent
+
+/// Shows a flag in a pair of options: on, off.
+template<std::size_t Options, std::size_t Flags>
+void showFlags(std::array<OptionButton, Options>& options, const std::array<bool, Flags>& flags) {
+    static_assert(Options == 2 * Flags);
+    for (std::size_t slot = 0; slot < Flags; ++slot) {
+        options[2 * slot].setValue(flags[slot]);
+        options[2 * slot + 1].setValue(!flags[slot]);
+    }
+}
+
+} // namespace
+
+PactorControl::PactorControl(const Workplace& place)
+    : document({place.dialogs, place.pointer, place.text}), place_(place) {
+    place.link.setMaintainConnection(false);
+    setToolTips();
+    connectSettings();
+    const auto on = [this](auto& event, auto react) {
+        connections_.push_back(event.connect(react));
+    };
+    on(tabs.Click, [this] { changeTab(); });
+    on(SimulateLossOfSignalCheck.Click, [this] { refreshSimulator(false); });
+    on(ReadSettingsButton.Click, [this] { readSettings(); });
+    on(ProgramButton.Click, [this] { program(); });
+    on(document.SettingChanged, [this](std::string_view name) { showSetting(name); });
+    History& history = document.HistoryObject();
+    on(history.Changed, [this] {
+        refreshSimulator(true);
+        status_.clear();
+    });
+    on(history.FileOpened, [this](const std::string&) { refreshSimulator(true); });
+    on(history.ResettingToDefaults, [this] { resetToDefaults(); });
+    SimulatorTab.setVisible(false);
+    resetToDefaults();
+}
+
+void PactorControl::setToolTips() {
+    for (OptionButton& option : optIndicator)
+        option.setToolTipText("What the indicator does there");
+    for (OptionButton& option : optRelay)
+        option.setToolTipText("What the relay does there");
+    Hysteresis.setToolTipText(
+        "How far the stick has to pass the trip point before anything switches, 0 to 100 percent");
+    SimulateLossOfSignalCheck.setToolTipText("As if the transmitter were switched off");
+    ReadSettingsButton.setToolTipText("Open what is in the relay on the link as a new document");
+    ProgramButton.setToolTipText("Put these settings into the relay on the link");
+}
+
+void PactorControl::connectSettings() {
+    connectOptions(optIndicator, PactorDocument::Indicator);
+    connectOptions(optRelay, PactorDocument::Relay);
+    const auto on = [this](auto& event, auto react) {
+        connections_.push_back(event.connect(react));
+    };
+    on(Hysteresis.Validate, [this] {
+        const int percent = std::clamp(ReadInteger(Hysteresis.Text()), 0, 100);
+        document.record(PactorDocument::Hysteresis, 0, std::to_string(percent));
+    });
+    on(tripPoint.Commit, [this] {
+        if (!simulating_)
+            document.record(PactorDocument::TripPoint, 0, std::to_string(tripPoint.Value()));
+    });
+    on(tripPoint.Change, [this] {
+        if (!simulating_)
+            return;
+        stickPosition_ = tripPoint.Value();
+        refreshSimulator(false);
+    });
+}
+
+template<std::size_t N>
+void PactorControl::connectOptions(std::array<OptionButton, N>& options,
+                                   std::string_view propertyName) {
+    for (std::size_t n = 0; n < N; ++n)
+        connections_.push_back(options[n].Click.connect([this, &options, n, propertyName] {
+            options[n ^ 1U].setValue(false); // the other one of the pair
+            const bool on = options[n & ~std::size_t{1}].Value();
+            document.record(propertyName, static_cast<int>(n / 2),
+                            on ? PactorDocument::On : std::string_view());
+        }));
+}
+
+void PactorControl::ProcessPacket(const KOPacket& packet) {
+    if (programmer_ != nullptr)
+        programmer_->ProcessPacket(packet);
+}
+
+// Display
+
+void PactorControl::showSetting(std::string_view name) {
+    if (name == PactorDocument::TripPoint)
+        showTripPoint();
+    else if (name == PactorDocument::Hysteresis)
+        Hysteresis.setText(std::to_string(document.settings().hysteresis));
+    else if (name == PactorDocument::Indicator)
+        showFlags(optIndicator, document.settings().indicator);
+    else if (name == PactorDocument::Relay)
+        showFlags(optRelay, document.settings().relay);
+}
+
+void PactorControl::showTripPoint() {
+    tripPoint.setValue(simulating_ ? stickPosition_ : document.settings().tripPoint);
+}
+
+void PactorControl::resetToDefaults() {
+    stickPosition_ = MiddleOfTheStick;
+    status_.clear();
+    for (const std::string_view name : {PactorDocument::TripPoint, PactorDocument::Hysteresis,
+                                        PactorDocument::Indicator, PactorDocument::Relay})
+        showSetting(name);
+    refreshSimulator(true);
+}
+
+void PactorControl::changeTab() {
+    const bool simulating = tabs.SelectedItem().Tag == "Sim";
+    if (simulating == simulating_)
+        return;
+    simulating_ = simulating;
+    SimulatorTab.setVisible(simulating);
+    SettingsTab.setVisible(!simulating);
+    tripPoint.setSimulating(simulating);
+    showTripPoint();
+    refreshSimulator(true);
+}
+
+void PactorControl::refreshSimulator(bool ignoreHysteresis) {
+    PactorRelay& relay = SimulatorRelay;
+    if (!simulating_) {
+        relay.setIndicatorBlinking(false);
+        relay.setIndicatorOn(false);
+        relay.setRelayOn(false);
+        return;
+    }
+    const PactorSettings& settings = document.settings();
+    if (SimulateLossOfSignalCheck.Value()) {
+        relay.setIndicatorBlinking(true);
+        relay.setRelayOn(settings.relay[2]);
+        return;
+    }
+    relay.setIndicatorBlinking(false);
+    const int band = ignoreHysteresis ? 0 : settings.hysteresis;
+    const bool below = stickPosition_ < settings.tripPoint - band;
+    if (!below && stickPosition_ < settings.tripPoint + band)
+        return; // within the band all stays as it is
+    relay.setIndicatorOn(settings.indicator[below ? 1 : 0]);
+    relay.setRelayOn(settings.relay[below ? 1 : 0]);
+}
+
+// The product on the link
+
+void PactorControl::readSettings() {
+    if (programmer_ != nullptr)
+        return;
+    BusyScope busy(place_.pointer);
+    GenericEEPROMProgrammer reader(place_);
+    programmer_ = &reader;
+    if (reader.Connect(ControlClass, FriendlyName, false)) {
+        KOBuffer image;
+        if (!reader.ReadEEPROM(0, PactorSettings::ImageLength, image)) {
+            status_.error("Read failed!");
+        } else {
+            busy.end();
+            if (apply(image))
+                status_.report(ReadReport);
+        }
+    }
+    reader.Disconnect(false); // also from a product that is no relay
+    programmer_ = nullptr;
+}
+
+bool PactorControl::apply(const KOBuffer& image) {
+    if (!document.HistoryObject().NewHistory())
+        return false;
+    if (image.Length() != PactorSettings::ImageLength) {
+        place_.dialogs.Message({"Error", "Buffer is " + std::to_string(image.Length()) + " bytes.",
+                                MessageBox::Icon::Warning, MessageBox::Buttons::Ok});
+        return false;
+    }
+    document.recordAll(PactorSettings::fromImage(image));
+    return true;
+}
+
+void PactorControl::program() {
+    if (programmer_ != nullptr)
+        return;
+    const BusyScope busy(place_.pointer);
+    GenericEEPROMProgrammer writer(place_);
+    programmer_ = &writer;
+    if (writer.Connect(ControlClass, FriendlyName, false)) {
+        if (writer.WriteEEPROM(0, document.settings().toImage()))
+            status_.report(ProgrammedReport);
+        else
+            status_.error("Programming failed!");
+    }
+    writer.Disconnect(false);
+    programmer_ = nullptr;
+}
+
+} // namespace corvane

@@ -1,0 +1,79 @@
+#pragma once
+
+#include "desktop/EventLoop.h"
+#include "desktop/MainWindow.h"
+#include "desktop/QtDialogs.h"
+#include "support/Desk.h"
+#include "support/Screen.h"
+
+#include <QFileDialog>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QTest>
+#include <gtest/gtest.h>
+
+namespace corvane {
+
+/// The real main window over a product's editor, with real events and real boxes.
+class ProductWindow : public testing::Test {
+  protected:
+    Desk desk;
+    QtDialogs dialogs;
+    QtKeyboard keyboard;
+    Workplace place{desk.bench.link,  desk.bench.device, desk.bench.products, desk.bench.modes,
+                    desk.bench.clock, desk.pause,        desk.bench.debug,    desk.bench.debugger,
+                    dialogs,          dialogs,           desk.text,           desk.images,
+                    desk.programs,    desk.registry};
+    Application application{desk.programs, dialogs};
+    ProductControls controls{place, keyboard};
+    MainForm form{place, controls, application};
+    LinkStatus status{desk.bench.link, desk.bench.products};
+    MainWindow window{form, status};
+
+    void open(const std::string& file) {
+        dialogs.setFolder(QString::fromStdString(desk.folder.path()));
+        window.show();
+        ASSERT_TRUE(QTest::qWaitForWindowExposed(&window));
+        window.activateWindow();
+        form.Initialize(file);
+        QApplication::processEvents();
+    }
+    /// Opens a document without changes, so that its product's editor shows.
+    void openEmpty(const std::string& extension, const std::string& typeCode) {
+        open(desk.folder.file("empty." + extension, typeCode + "\t0\t0\t0\t1\n"));
+    }
+    void press(const char* caption) {
+        for (QPushButton* button : window.view()->findChildren<QPushButton*>())
+            if (button->text() == caption)
+                return QTest::mouseClick(button, Qt::LeftButton);
+        FAIL() << caption;
+    }
+    void key(Qt::Key which, Qt::KeyboardModifiers modifiers = {}) {
+        QTest::keyClick(QApplication::focusWidget() == nullptr ? &window
+                                                               : QApplication::focusWidget(),
+                        which, modifiers);
+    }
+    void saveAs(const QString& name) {
+        whenShown<QFileDialog>([&name](QFileDialog& dialog) {
+            dialog.findChild<QLineEdit*>("fileNameEdit")->setText(name);
+            QTest::keyClick(&dialog, Qt::Key_Return);
+        });
+        QTest::keyClick(&window, Qt::Key_S, Qt::ControlModifier);
+        window.activateWindow();
+        ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
+    }
+    /// Fails for each thing that a person meets with the keyboard and that has no name.
+    void expectNames() const {
+        for (const QWidget* widget : window.view()->findChildren<QWidget*>()) {
+            const auto* button = qobject_cast<const QAbstractButton*>(widget);
+            const bool speaks = button != nullptr && !button->text().isEmpty();
+            if (widget->focusPolicy() != Qt::NoFocus && widget->isVisible()) {
+                EXPECT_TRUE(speaks || !widget->accessibleName().isEmpty())
+                    << widget->metaObject()->className();
+            }
+        }
+    }
+};
+
+} // namespace corvane
