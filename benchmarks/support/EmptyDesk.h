@@ -11,10 +11,17 @@
 
 namespace corvane {
 
-/// A place to work at without devices and with nobody there.
+/// A place to work at with nobody there, and with no devices but these.
 struct EmptyDesk {
-    struct NoPause final : Pause {
-        void pause() override {}
+    using Sources = std::vector<std::unique_ptr<LinkSource>>;
+
+    explicit EmptyDesk(std::string_view vendor = "KO", Sources sources = {})
+        : device(std::move(sources), packets, debug), products(vendor, debug) {}
+
+    struct DevicePause final : Pause {
+        explicit DevicePause(KODevice& openDevice) : device(openDevice) {}
+        void pause() override { device.WaitForData(1); }
+        KODevice& device;
     };
 
     Nobody nobody;
@@ -25,10 +32,13 @@ struct EmptyDesk {
     RunModes modes;
     KODebug debug{modes};
     KODebugger debugger;
-    wire::HostSession packets{clock, {}};
-    LinkDevices device{{}, packets, debug};
-    KOProductList products{"KO", debug};
-    NoPause pause;
+    std::size_t bytesOnTheWire = 0;
+    std::function<void(std::span<const std::uint8_t>)> count =
+        [this](std::span<const std::uint8_t> frame) { bytesOnTheWire += frame.size(); };
+    wire::HostSession packets{clock, {count, count, count, {}}};
+    LinkDevices device;
+    KOProductList products;
+    DevicePause pause{device};
     KOCommLink link{{device, packets, products, modes, clock, debug, pause}};
     SystemPrograms programs;
     SettingsStore store{"/nonexistent", files};

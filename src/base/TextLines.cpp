@@ -1,5 +1,6 @@
 #include "base/TextLines.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace corvane {
@@ -37,10 +38,12 @@ bool isSoundLine(std::string_view line) {
     return line.find('\r') == std::string_view::npos;
 }
 
-std::string_view lineAt(std::string_view bytes, std::size_t start) {
-    const std::string_view rest = bytes.substr(start);
-    std::string_view line = rest.substr(0, rest.find('\n'));
-    if (line.size() < rest.size() && !line.empty() && line.back() == '\r')
+/// Without the line feed at its end, and a carriage return before that.
+std::string_view withoutEnd(std::string_view line) {
+    if (!line.ends_with('\n'))
+        return line;
+    line.remove_suffix(1);
+    if (line.ends_with('\r'))
         line.remove_suffix(1);
     return line;
 }
@@ -81,19 +84,26 @@ std::optional<TextLines> TextLines::parse(std::string bytes) {
     if (bytes.find('\0') != std::string::npos || !IsUtf8(bytes))
         return std::nullopt;
     TextLines lines;
+    lines.starts_.reserve(static_cast<std::size_t>(std::count(bytes.begin(), bytes.end(), '\n')) +
+                          1);
+    const bool plain =
+        bytes.find('\\') == std::string::npos && bytes.find('\r') == std::string::npos;
     for (std::size_t at = 0; at < bytes.size();) {
-        if (!isSoundLine(lineAt(bytes, at)))
+        const std::size_t feed = bytes.find('\n', at);
+        const std::size_t end = feed == std::string::npos ? bytes.size() : feed + 1;
+        if (!plain && !isSoundLine(withoutEnd(std::string_view(bytes).substr(at, end - at))))
             return std::nullopt;
         lines.starts_.push_back(at);
-        const std::size_t end = bytes.find('\n', at);
-        at = end == std::string::npos ? bytes.size() : end + 1;
+        at = end;
     }
     lines.bytes_ = std::move(bytes);
     return lines;
 }
 
 void TextLines::read(std::size_t line, std::vector<std::string>& arguments) const {
-    std::string_view rest = lineAt(bytes_, starts_[line]);
+    const std::size_t end = line + 1 < starts_.size() ? starts_[line + 1] : bytes_.size();
+    std::string_view rest =
+        withoutEnd(std::string_view(bytes_).substr(starts_[line], end - starts_[line]));
     std::size_t count = 0;
     for (bool more = true; more; ++count) {
         const std::size_t tab = rest.find('\t');

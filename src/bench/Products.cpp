@@ -2,6 +2,7 @@
 
 #include "bench/LumoraFirmware.h"
 #include "bench/PactorFirmware.h"
+#include "bench/QuillonFirmware.h"
 
 #include <algorithm>
 #include <array>
@@ -25,21 +26,6 @@ constexpr std::string_view Silent = "silent";
 
 const LinkStrings programmedLink{"Corvane", "Ortaline Works", "KO", "KO0000001"};
 const LinkStrings stockChip{"FT232R USB UART", "FTDI", "FT", "FT0000001"};
-
-/// A product that knows the session and nothing else.
-class PlainProduct final : public Firmware {
-  public:
-    explicit PlainProduct(Identity identity) : identity_(identity) {}
-
-    [[nodiscard]] Identity identity() const override { return identity_; }
-    void powerOn(Time) override {}
-    void packet(std::uint8_t, ByteView, Time, Reply&) override {}
-    void tick(Time, Reply&) override {}
-    [[nodiscard]] std::optional<Time> nextTick() const override { return std::nullopt; }
-
-  private:
-    Identity identity_;
-};
 
 template<class Product>
 std::optional<Bench> withMemory(std::unique_ptr<Product> product, const Setup& setup,
@@ -93,7 +79,12 @@ std::optional<Bench> makeBench(std::string_view product, const Setup& setup, std
         return withMemory(
             std::make_unique<MemoryFirmware>(identity, setup.eepromSize, setup.writeTime), setup,
             error);
-    return Bench{programmedLink, std::make_unique<PlainProduct>(identity)};
+    const auto misbehaviour = QuillonFirmware::parse(setup.misbehaviour);
+    if (!misbehaviour) {
+        error = "'" + setup.misbehaviour + "' is nothing that a quillon does wrong.";
+        return std::nullopt;
+    }
+    return withMemory(std::make_unique<QuillonFirmware>(identity, *misbehaviour), setup, error);
 }
 
 } // namespace corvane::bench

@@ -3,6 +3,7 @@
 #include "desktop/DefaultView.h"
 #include "desktop/eeprom/EEPROMEditorView.h"
 #include "desktop/light/LumoraView.h"
+#include "desktop/pwm/QuillonView.h"
 #include "desktop/relay/PactorView.h"
 
 namespace corvane {
@@ -16,6 +17,8 @@ QWidget* MakeView(ProductControl& control, QWidget* parent) {
         return new PactorView(*relay, parent);
     if (auto* eeprom = dynamic_cast<EEPROMEditorControl*>(&control))
         return new EEPROMEditorView(*eeprom, parent);
+    if (auto* pwm = dynamic_cast<QuillonControl*>(&control))
+        return new QuillonView(*pwm, parent);
     return new QWidget(parent);
 }
 

@@ -3,6 +3,7 @@
 #include "eeprom/EEPROMEditorControl.h"
 #include "light/LumoraControl.h"
 #include "link/DefaultControl.h"
+#include "pwm/QuillonControl.h"
 #include "relay/PactorControl.h"
 
 namespace corvane {
@@ -17,6 +18,7 @@ ProductControls::ProductControls(const Workplace& place, const KOKeyboard& keybo
     add("Corvane.PactorControl", [place] { return std::make_unique<PactorControl>(place); });
     add("Corvane.EEPROMEditorControl",
         [place] { return std::make_unique<EEPROMEditorControl>(place); });
+    add("Corvane.QuillonControl", [place] { return std::make_unique<QuillonControl>(place); });
     add(DefaultClass,
         [place] { return std::make_unique<DefaultControl>(place.link, place.programs); });
 }

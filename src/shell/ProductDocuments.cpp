@@ -2,6 +2,7 @@
 
 #include "eeprom/KOEEPROMDocument.h"
 #include "light/LumoraDocument.h"
+#include "pwm/QuillonProgram.h"
 #include "relay/PactorDocument.h"
 
 namespace corvane {
@@ -29,6 +30,7 @@ ProductDocuments::ProductDocuments() {
     add("Corvane.LumoraControl", make<LumoraDocument>);
     add("Corvane.PactorControl", make<PactorDocument>);
     add("Corvane.EEPROMEditorControl", make<KOEEPROMDocument>);
+    add("Corvane.QuillonControl", make<QuillonProgram>);
 }
 
 } // namespace corvane

@@ -18,6 +18,8 @@ namespace corvane {
 /// The real main window over a product's editor, with real events and real boxes.
 class ProductWindow : public testing::Test {
   protected:
+    explicit ProductWindow(std::string_view vendor = "KO") : desk({.DebugMode = true}, vendor) {}
+
     Desk desk;
     QtDialogs dialogs;
     QtKeyboard keyboard;

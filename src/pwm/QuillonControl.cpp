@@ -1,0 +1,145 @@
+#include "pwm/QuillonControl.h"
+
+#include "base/Numbers.h"
+#include "pwm/QuillonTransfer.h"
+
+namespace corvane {
+
+namespace {
+
+constexpr const char* ConfigureItem = "Configure &Controller...";
+
+/// Makes a transfer the one that packets go to, as long as it lasts.
+class TransferScope {
+  public:
+    TransferScope(QuillonTransfer*& place, QuillonTransfer& transfer) : place_(place) {
+        place_ = &transfer;
+    }
+    ~TransferScope() { place_ = nullptr; }
+    TransferScope(const TransferScope&) = delete;
+    TransferScope& operator=(const TransferScope&) = delete;
+
+  private:
+    QuillonTransfer*& place_;
+};
+
+} // namespace
+
+QuillonControl::QuillonControl(const Workplace& place) : place_(place) {
+    place.link.setMaintainConnection(false);
+    options.Initialize(messenger_);
+    options.Add(ConfigureItem);
+    connections_.push_back(messenger_.MessageReceived.connect(
+        [this](std::string_view message, const void*, const MessageValue& value) {
+            if (message == "MenuItemSelected" && value == MessageValue(std::string(ConfigureItem)))
+                configure();
+        }));
+    for (std::size_t index = 0; index < SlotCount; ++index) {
+        slots_[index] = std::make_unique<QuillonSlot>(
+            static_cast<int>(index),
+            History::Surroundings{place.dialogs, place.pointer, place.text});
+        connect(*slots_[index]);
+        refresh(*slots_[index]);
+    }
+}
+
+void QuillonControl::connect(QuillonSlot& slot) {
+    slot.DownloadButton.setToolTipText("Fetch this program from the product on the link");
+    slot.UploadButton.setToolTipText("Put this program into the product on the link");
+    slot.OpenButton.setToolTipText("Load a file into this program");
+    slot.SaveButton.setToolTipText("Save this program as a file");
+    slot.ProgramInfo.setToolTipText("How long the program lasts, at 50 blocks a second");
+    const auto on = [this](auto& event, auto react) {
+        connections_.push_back(event.connect(react));
+    };
+    History& history = slot.program.HistoryObject();
+    on(history.SaveStateChanged, [&slot] { refresh(slot); });
+    on(slot.DownloadButton.Click, [this, &slot] { download(slot); });
+    on(slot.UploadButton.Click, [this, &slot] { upload(slot); });
+    on(slot.OpenButton.Click, [&slot, &history] {
+        if (history.OpenHistory({}))
+            refresh(slot);
+    });
+    on(slot.SaveButton.Click, [&slot, &history] {
+        if (history.SaveHistoryAs())
+            refresh(slot);
+    });
+}
+
+void QuillonControl::refresh(QuillonSlot& slot) {
+    slot.ProgramFrame.setCaption(
+        slot.program.HistoryObject().GetCaption("Program " + std::to_string(slot.index + 1), true));
+    slot.ProgramInfo.setCaption(WriteHundredths(slot.program.seconds()) + " seconds");
+}
+
+void QuillonControl::showProgress(QuillonSlot& slot, int position, int total) {
+    const bool under = position != 0 && position != total && total != 0;
+    const int percent = under ? static_cast<int>(100.0 * position / total + 0.5) : 0;
+    slot.ProgramProgress.setCaption(under ? std::to_string(percent) + "%" : "");
+}
+
+void QuillonControl::ProcessPacket(const KOPacket& packet) {
+    if (transfer_ != nullptr)
+        transfer_->ProcessPacket(packet);
+}
+
+void QuillonControl::download(QuillonSlot& slot) {
+    if (transfer_ != nullptr)
+        return;
+    QuillonTransfer transfer(place_);
+    const TransferScope scope(transfer_, transfer);
+    if (!transfer.Connect())
+        return;
+    History& history = slot.program.HistoryObject();
+    // What is there may stay; the blocks that come then stand behind it.
+    static_cast<void>(history.NewHistory());
+    const Connection onBlock = transfer.BlockReceived.connect(
+        [&slot](std::uint8_t value) { static_cast<void>(slot.program.append(value)); });
+    const Connection onProgress = transfer.Progress.connect(
+        [&slot](int position, int total) { showProgress(slot, position, total); });
+    if (!transfer.Download(slot.index))
+        static_cast<void>(history.NewHistory()); // nothing but zeros is no program
+    showProgress(slot, 0, 0);
+}
+
+void QuillonControl::upload(QuillonSlot& slot) {
+    if (transfer_ != nullptr)
+        return;
+    QuillonTransfer transfer(place_);
+    const TransferScope scope(transfer_, transfer);
+    if (!transfer.Connect())
+        return;
+    const Connection onProgress = transfer.Progress.connect(
+        [&slot](int position, int total) { showProgress(slot, position, total); });
+    transfer.Upload(slot.index, slot.program.blocks());
+    showProgress(slot, 0, 0);
+}
+
+void QuillonControl::configure() {
+    if (transfer_ != nullptr)
+        return;
+    std::optional<std::uint8_t> receiverNumber;
+    {
+        QuillonTransfer transfer(place_);
+        const TransferScope scope(transfer_, transfer);
+        if (transfer.Connect())
+            receiverNumber = transfer.ReadOptions();
+    }
+    if (!receiverNumber)
+        return;
+    if (configuration_ != nullptr)
+        configuration_->Close(); // that of an earlier reading
+    configuration_ = std::make_unique<QuillonControllerConfiguration>();
+    configuration_->Initialize(*this, *receiverNumber);
+    ConfigurationShown.raise(*configuration_);
+}
+
+bool QuillonControl::WriteOptions(std::uint8_t receiverNumber) {
+    if (transfer_ != nullptr)
+        return false;
+    QuillonTransfer transfer(place_);
+    const TransferScope scope(transfer_, transfer);
+    return transfer.Connect() && transfer.WriteOptions(receiverNumber);
+}
+
+} // namespace corvane

@@ -1,0 +1,48 @@
+#pragma once
+
+#include "link/Workplace.h"
+
+namespace corvane {
+
+/// One exchange of requests and replies with the PWM product: connects, works, and lets it go at
+/// its end. Every operation blocks until it is done and shows its own message if it fails, with the
+/// normal pointer. Its owner passes every packet on to it.
+class QuillonTransfer {
+  public:
+    explicit QuillonTransfer(const Workplace& place) : with_(place) {}
+    ~QuillonTransfer();
+    QuillonTransfer(const QuillonTransfer&) = delete;
+    QuillonTransfer& operator=(const QuillonTransfer&) = delete;
+
+    Event<std::uint8_t> BlockReceived; ///< Each block of a program, in order.
+    Event<int, int> Progress;          ///< Blocks so far, and in all.
+
+    [[nodiscard]] bool Connect();
+    /// Fetches the program of a slot, 0 or 1. True if it holds a block that is not 0.
+    [[nodiscard]] bool Download(int slot);
+    /// At most 65535 blocks.
+    void Upload(int slot, const KOBuffer& blocks);
+    /// Gives the receiver's number, 0 to 255 as the product says it; nothing if it does not answer.
+    [[nodiscard]] std::optional<std::uint8_t> ReadOptions();
+    [[nodiscard]] bool WriteOptions(std::uint8_t receiverNumber);
+
+    void ProcessPacket(const KOPacket& packet);
+
+  private:
+    [[nodiscard]] bool exchange(int channel, const KOBuffer& data);
+    [[nodiscard]] bool ask(int channel, const KOBuffer& data, const char* failure);
+    void takeLength(const KOBuffer& reply);
+    void takeBlocks(const KOBuffer& reply);
+    [[nodiscard]] bool isExpected(const char* fault, std::optional<int> received, int expected);
+
+    Workplace with_;
+    int currentSlot_ = 0;
+    int asked_ = 0; // channel of the request under way; 0 for none
+    int transferPosition_ = 0;
+    int transferCount_ = 0; // blocks asked for
+    int transferLength_ = 0;
+    bool allZero_ = true;
+    std::uint8_t receiverNumber_ = 0;
+};
+
+} // namespace corvane
