@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# Builds Corvane and starts it, with FILE or else an example. Without a link device a virtual light
-# controller stands in for one as long as the window is open; press Program, and it plays the program.
+# Builds Corvane and starts it, with FILE or else an example. Without a link device a virtual product
+# that fits the file stands in for one as long as the window is open; press Program, and a light
+# controller plays the program.
 # Where there is no display the same runs in the terminal.
 set -euo pipefail
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
@@ -21,12 +22,17 @@ display=no
 if [ -n "${DISPLAY:-}" ] || [ -n "${WAYLAND_DISPLAY:-}" ]; then display=yes; fi
 
 if ! plugged; then
-  echo "No link is plugged in: a virtual lumora-1.2 stands in for one."
+  case $1 in
+    *.relay) product=pactor-3.1 ;;
+    *.ko_eeprom) product=eeprom ;;
+    *) product=lumora-1.2 ;;
+  esac
+  echo "No link is plugged in: a virtual $product stands in for one."
   memory=$(mktemp)
   rm "$memory" # a new controller has an empty memory
   watch=
   if [ $display = yes ] && [ -t 1 ]; then watch=--watch; fi
-  "$bin/corvane-bench" lumora-1.2 --eeprom "$memory" --stick 70 $watch </dev/null &
+  "$bin/corvane-bench" "$product" --eeprom "$memory" --stick 70 $watch </dev/null &
   bench=$!
   for _ in $(seq 50); do
     if plugged; then break; fi
@@ -40,7 +46,7 @@ else
   echo "There is no display: corvanectl does the same job here."
   "$bin/corvanectl" identify
   "$bin/corvanectl" program "$1"
-  if [ -n "$memory" ]; then
+  if [ "${product:-}" = lumora-1.2 ]; then
     echo "What the controller plays in the first second, with the stick at 70 percent (mA):"
     "$bin/corvane-bench" play "$memory" --stick 70 --seconds 1 --step 50
   fi

@@ -1,8 +1,10 @@
 #include "apps/support/Program.h"
+#include "apps/support/UpdateSettings.h"
 #include "desktop/EventLoop.h"
 #include "desktop/MainWindow.h"
 #include "desktop/QtDialogs.h"
 #include "shell/Startup.h"
+#include "update/SoftwareUpdateBand.h"
 
 #include <iostream>
 
@@ -27,9 +29,13 @@ int main(int argc, char** argv) {
     const QtKeyboard keyboard;
     const ProductControls controls(place, keyboard);
     Application application(program.programs, dialogs);
+    QtUpdates updates(OwnUpdateSource());
+    SoftwareUpdateBand band(updates, program.registry, program.clock);
     MainForm form(place, controls, application);
+    form.setBand(band);
     LinkStatus status(program.link, program.products);
     MainWindow window(form, status);
+    window.setBand(band);
     dialogs.setParent(&window);
     // The window first: a file that can't be opened is told over it.
     window.show();

@@ -4,6 +4,7 @@
 #include "desktop/Binders.h"
 #include "desktop/InputWidgets.h"
 #include "desktop/Theme.h"
+#include "desktop/UpdateBandView.h"
 #include "desktop/Views.h"
 
 #include <QCloseEvent>
@@ -108,7 +109,19 @@ void MainWindow::dropView() {
     leaving->deleteLater();
 }
 
+void MainWindow::setBand(SoftwareUpdateBand& band) {
+    band_ = new UpdateBandView(band, area_);
+    place();
+}
+
 void MainWindow::place() {
+    if (band_ != nullptr) {
+        const BandPlace& place = form_.bandPlace();
+        const QSize size = toPixels({place.width, place.height});
+        band_->setGeometry(QRect(QPoint(0, place.top / TwipsPerPixel), size));
+        band_->setVisible(place.visible);
+        band_->raise();
+    }
     if (view_ != nullptr && form_.control() != nullptr)
         view_->setGeometry(QRect(QPoint(0, 0), toPixels(form_.control()->size())));
 }

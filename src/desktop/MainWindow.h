@@ -10,12 +10,17 @@ class QLabel;
 
 namespace corvane {
 
+class SoftwareUpdateBand;
+
 /// The main window's looks: a menu bar with a sign of the link at its right end, and the view of
 /// the product control on show. Form and status must outlive it.
 class MainWindow final : public QMainWindow {
   public:
     MainWindow(MainForm& form, LinkStatus& status);
     ~MainWindow() override;
+
+    /// Shows the band where the form wants it. It must outlive the window.
+    void setBand(SoftwareUpdateBand& band);
 
     [[nodiscard]] QWidget* view() const { return view_; }
 
@@ -40,6 +45,7 @@ class MainWindow final : public QMainWindow {
     std::pair<QString, QString> signTexts_; // where there is room, and where there is not
     QPointer<QWidget> view_;
     QPointer<QWidget> about_;
+    QPointer<QWidget> band_;
     std::vector<Connection> connections_;
 };
 

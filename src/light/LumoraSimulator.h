@@ -1,7 +1,7 @@
 #pragma once
 
+#include "base/KOFrameTimer.h"
 #include "base/KORgbValue.h"
-#include "light/KOFrameTimer.h"
 #include "light/LumoraDocument.h"
 
 namespace corvane {

@@ -130,7 +130,8 @@ void MainForm::setHistoryObject(History* history) {
 
 void MainForm::setBand(BottomBand& band) {
     band_ = &band;
-    onBand_ = band.Moved.connect([this] { doLayout(); });
+    onBand_ = band.DesiredPositionChanged.connect([this] { doLayout(); });
+    onBandRestart_ = band.RestartRequested.connect([this] { restart({}); });
     doLayout();
 }
 

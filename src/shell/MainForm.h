@@ -1,5 +1,6 @@
 #pragma once
 
+#include "controls/BottomBand.h"
 #include "controls/MenuList.h"
 #include "history/History.h"
 #include "link/KOInterface.h"
@@ -10,16 +11,6 @@
 #include "shell/ProductControls.h"
 
 namespace corvane {
-
-/// What hangs at the window's lower edge and leaves the product control the rest. Sizes in twips.
-class BottomBand {
-  public:
-    virtual ~BottomBand() = default;
-    Event<> Moved; ///< A step up or down.
-    /// Top of the band from the window's lower edge: negative while it shows.
-    [[nodiscard]] virtual int DesiredTop() const = 0;
-    [[nodiscard]] virtual int DesiredHeight() const = 0;
-};
 
 /// Where the band stands, in twips.
 struct BandPlace {
@@ -113,6 +104,7 @@ class MainForm {
     Connection onClipboard_;
     Connection onOptions_;
     Connection onBand_;
+    Connection onBandRestart_;
 };
 
 } // namespace corvane

@@ -24,6 +24,11 @@ std::string programFor(const std::string& path) {
     std::string name = KOIOFilename(path);
     if (LowerCase(KOIOExtension(name)) == "exe")
         name.resize(name.size() - 4);
+    else
+        return path;
+    const std::string starter = KOIODirectory(path) + "corvane-update";
+    if (LowerCase(name) == "corvane" && ::access(starter.c_str(), X_OK) == 0)
+        return starter;
     const std::string exact = KOIODirectory(path) + name;
     return ::access(exact.c_str(), X_OK) == 0 ? exact : KOIODirectory(path) + LowerCase(name);
 }

@@ -17,7 +17,8 @@ class Programs {
 };
 
 /// The programs of this machine. Names in the form "Corvane.exe" mean the program of that name
-/// without the ending, in lower case if there is no other.
+/// without the ending, in lower case if there is no other; "Corvane.exe" itself the starter beside
+/// it, if there is one, which installs a waiting update first.
 class SystemPrograms final : public Programs {
   public:
     [[nodiscard]] bool Start(const std::string& path, const std::string& arguments) override;

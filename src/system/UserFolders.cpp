@@ -23,6 +23,10 @@ fs::path ConfigurationFolder() {
     return base("XDG_CONFIG_HOME", ".config") / "corvane";
 }
 
+fs::path CacheFolder() {
+    return base("XDG_CACHE_HOME", ".cache") / "corvane";
+}
+
 bool MakePrivateFolder(const fs::path& folder) {
     std::error_code error;
     if (fs::is_directory(folder, error))

@@ -194,7 +194,7 @@ TEST_F(MainFormTest, TheBandTakesItsPlaceFromTheControl) {
     form->setBand(band);
     EXPECT_FALSE(form->bandPlace().visible);
     band.top = -600;
-    band.Moved.raise();
+    band.DesiredPositionChanged.raise();
     EXPECT_EQ(form->bandPlace(), (BandPlace{true, 7170, 900, 11010}));
     EXPECT_EQ(shown().size(), (TwipSize{11010, 7170}));
     form->Resize({300, 400});

@@ -1,0 +1,10 @@
+#pragma once
+
+#include "kolib/update/QtUpdates.h"
+
+namespace corvane {
+
+/// Where this build's updates come from. Empty address and key for one that has none.
+[[nodiscard]] UpdateSource OwnUpdateSource();
+
+} // namespace corvane

@@ -1,0 +1,93 @@
+#include "desktop/UpdateBandView.h"
+#include "support/ProductWindow.h"
+#include "system/SystemClock.h"
+
+#include <QPlainTextEdit>
+
+namespace corvane {
+namespace {
+
+struct OfferingClient final : KOUpdates {
+    int state = Available;
+
+    void UC_Begin() override {}
+    void UC_Reset() override {}
+    int UC_GetState() const override { return state; }
+    std::string UC_GetChangeLog() const override {
+        return "Version 2.22\n\n- Lights fade more smoothly.\n- A link is found sooner.";
+    }
+    void UC_DownloadUpdate() override { state = Working; }
+};
+
+class UpdateWindow : public ProductWindow {
+  protected:
+    UpdateWindow() { KOOptions(desk.registry).setAutopatchEnabled(true); }
+
+    OfferingClient client;
+    SystemClock clock;
+    std::unique_ptr<SoftwareUpdateBand> band;
+
+    void SetUp() override {
+        band = std::make_unique<SoftwareUpdateBand>(client, desk.registry, clock);
+        form.setBand(*band);
+        window.setBand(*band);
+        open({});
+    }
+    QWidget& view() { return *window.findChild<QWidget*>("updateBand"); }
+    void poll(int state) {
+        client.state = state;
+        band->SoftwareUpdateTimer.Fired.raise();
+    }
+    bool slidTo(int height) {
+        return QTest::qWaitFor([&] {
+            return form.bandPlace().top == form.control()->size().height &&
+                   -band->DesiredTop() == height && !band->AnimationTimer.Enabled();
+        });
+    }
+    void pressIn(const char* caption) {
+        for (QPushButton* button : view().findChildren<QPushButton*>())
+            if (button->text() == caption && button->isVisible())
+                return QTest::mouseClick(button, Qt::LeftButton);
+        FAIL() << caption;
+    }
+};
+
+TEST_F(UpdateWindow, SlidesInShowsItsDetailsAndLeadsToARestart) {
+    EXPECT_FALSE(view().isVisible());
+    const int whole = form.control()->size().height;
+    EXPECT_TRUE(QTest::qWaitFor([&] { return band->BandState() == 1; }, 10000)); // by its timer
+    EXPECT_TRUE(slidTo(SoftwareUpdateBand::MainHeight));
+    EXPECT_TRUE(view().isVisible());
+    EXPECT_EQ(form.control()->size().height, whole - SoftwareUpdateBand::MainHeight);
+    shoot(window, "update-offer");
+    pressIn("Details >>");
+    EXPECT_TRUE(slidTo(SoftwareUpdateBand::MainHeight + SoftwareUpdateBand::DetailsHeight));
+    auto* log = view().findChild<QPlainTextEdit*>();
+    EXPECT_TRUE(log->isVisible());
+    EXPECT_TRUE(log->toPlainText().contains("fade more smoothly"));
+    EXPECT_LE(log->mapTo(&view(), log->rect().bottomRight()).y(), view().height());
+    shoot(window, "update-details");
+    pressIn("<< Details");
+    EXPECT_TRUE(slidTo(SoftwareUpdateBand::MainHeight));
+    EXPECT_FALSE(log->isVisible());
+    pressIn("Yes");
+    shoot(window, "update-downloading");
+    poll(KOUpdates::Downloaded);
+    shoot(window, "update-ready");
+    pressIn("Restart");
+    EXPECT_FALSE(window.isVisible());
+    ASSERT_EQ(desk.programs.started.size(), 1U);
+    EXPECT_EQ(desk.programs.started[0], "/opt/corvane/Corvane.exe|");
+}
+
+TEST_F(UpdateWindow, AFailureIsShown) {
+    poll(KOUpdates::Available);
+    EXPECT_TRUE(slidTo(SoftwareUpdateBand::MainHeight));
+    pressIn("Yes");
+    poll(KOUpdates::Failed);
+    EXPECT_EQ(band->BandState(), 6);
+    shoot(window, "update-failed");
+}
+
+} // namespace
+} // namespace corvane
