@@ -57,6 +57,19 @@ struct Bench {
     }
 };
 
+double millisecondsOfAPage(Bench& bench) {
+    constexpr int pages = 50;
+    const int page = bench.control.VScroll.LargeChange();
+    bench.control.VScroll.setValue(0);
+    return milliseconds([&] {
+               for (int i = 1; i <= pages; ++i) {
+                   bench.control.VScroll.setValue(i * page);
+                   QApplication::processEvents();
+               }
+           }) /
+           pages;
+}
+
 double millisecondsOfAMove(Bench& bench, int moves) {
     return milliseconds([&] {
                for (int i = 0; i < moves; ++i)
@@ -83,5 +96,6 @@ int main(int argc, char** argv) {
     const double manyTime = millisecondsOfAMove(many, 50);
     std::printf("an address among 4000 variables to among 40: %.2f (aim: below 60); %.2f ms\n",
                 manyTime / fewTime, manyTime);
+    std::printf("scrolling by a page: %.2f ms\n", millisecondsOfAPage(many));
     std::filesystem::remove_all(name);
 }

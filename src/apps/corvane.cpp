@@ -6,8 +6,6 @@
 #include "shell/Startup.h"
 #include "update/SoftwareUpdateBand.h"
 
-#include <iostream>
-
 int main(int argc, char** argv) {
     using namespace corvane;
     std::string commandLine;
@@ -21,8 +19,6 @@ int main(int argc, char** argv) {
     QApplication::setApplicationName("corvane");
     Program program(launch.modes);
     program.setRepaint(RepaintWithoutInput);
-    const Connection onLine = program.debugger.WritingLine.connect(
-        [](const std::string& line) { std::cerr << line << '\n'; });
 
     QtDialogs dialogs;
     const Workplace place = program.workplace(dialogs, dialogs);

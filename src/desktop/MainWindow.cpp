@@ -2,6 +2,7 @@
 
 #include "desktop/AboutWindow.h"
 #include "desktop/Binders.h"
+#include "desktop/DebugWindow.h"
 #include "desktop/InputWidgets.h"
 #include "desktop/Theme.h"
 #include "desktop/UpdateBandView.h"
@@ -51,6 +52,9 @@ MainWindow::MainWindow(MainForm& form, LinkStatus& status)
     on(form.ClientSizeWanted, [this](TwipSize size) { takeSize(size); });
     on(form.Closed, [this] { close(); });
     on(form.about.Shown, [this] { showAbout(); });
+    on(form.debugForm.Shown, [this] { showLog(); });
+    if (form.debugForm.open())
+        showLog();
     on(status.Changed, [this, &status] { showStatus(status); });
     showStatus(status);
     takeSize({11010, 7770});
@@ -60,6 +64,7 @@ MainWindow::MainWindow(MainForm& form, LinkStatus& status)
 
 MainWindow::~MainWindow() {
     dropView();
+    delete log_;
 }
 
 void MainWindow::closeEvent(QCloseEvent* event) {
@@ -165,6 +170,13 @@ void MainWindow::fitSign() {
         fontMetrics().horizontalAdvance(signTexts_.first) + 2 * Theme::Spacing <= room;
     sign_->setText(fits ? signTexts_.first : signTexts_.second);
     menuBar()->setCornerWidget(sign_); // makes room for the new text
+}
+
+void MainWindow::showLog() {
+    // Not a child of this window, which it would always cover.
+    log_ = new DebugWindow(form_.debugForm, nullptr);
+    log_->setWindowIcon(windowIcon());
+    log_->show();
 }
 
 void MainWindow::showAbout() {

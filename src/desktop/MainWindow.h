@@ -38,6 +38,7 @@ class MainWindow final : public QMainWindow {
     void showStatus(const LinkStatus& status);
     void fitSign();
     void showAbout();
+    void showLog();
 
     MainForm& form_;
     QWidget* area_; // what the menu bar leaves
@@ -46,6 +47,7 @@ class MainWindow final : public QMainWindow {
     QPointer<QWidget> view_;
     QPointer<QWidget> about_;
     QPointer<QWidget> band_;
+    QPointer<QWidget> log_;
     std::vector<Connection> connections_;
 };
 

@@ -1,6 +1,7 @@
 #include "desktop/Views.h"
 
 #include "desktop/DefaultView.h"
+#include "desktop/ProgrammerView.h"
 #include "desktop/eeprom/EEPROMEditorView.h"
 #include "desktop/light/LumoraView.h"
 #include "desktop/pwm/QuillonView.h"
@@ -11,6 +12,8 @@ namespace corvane {
 QWidget* MakeView(ProductControl& control, QWidget* parent) {
     if (auto* start = dynamic_cast<DefaultControl*>(&control))
         return new DefaultView(*start, parent);
+    if (auto* programmer = dynamic_cast<ProgrammerControl*>(&control))
+        return new ProgrammerView(*programmer, parent);
     if (auto* light = dynamic_cast<LumoraControl*>(&control))
         return new LumoraView(*light, parent);
     if (auto* relay = dynamic_cast<PactorControl*>(&control))

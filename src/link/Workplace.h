@@ -18,7 +18,7 @@ struct Workplace {
     const Clock& clock;
     Pause& pause;
     const KODebug& debug;
-    const KODebugger& debugger;
+    KODebugger& debugger;
     Dialogs& dialogs;
     BusyPointer& pointer;
     KOText& text;

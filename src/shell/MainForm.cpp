@@ -29,6 +29,7 @@ MainForm::MainForm(const Workplace& place, const ProductControls& controls,
       options_(place.registry),
       interface_(std::make_unique<KOInterface>(place.link)),
       recentFiles_(std::make_unique<MRUList>(place.registry, place.products)) {
+    debugForm.SetDebugger(place.debugger);
     noOptions_.Add(NoOptions);
     connections_.push_back(interface_->InterfaceSwapRequested.connect(
         [this](std::unique_ptr<ProductControl>& current, const std::string& newName) {
@@ -149,6 +150,7 @@ bool MainForm::Unload() {
     tmrUpdate.setEnabled(false);
     place_.device.CloseDevice();
     about.close();
+    debugForm.Done();
     ControlLeaving.raise();
     setHistoryObject(nullptr);
     onClipboard_.disconnect();

@@ -6,6 +6,7 @@
 #include "link/KOInterface.h"
 #include "link/Workplace.h"
 #include "shell/AboutForm.h"
+#include "shell/DebugForm.h"
 #include "shell/MRUList.h"
 #include "shell/MainMenu.h"
 #include "shell/ProductControls.h"
@@ -66,6 +67,7 @@ class MainForm {
     MainMenu menu;
     Timer tmrUpdate{50, true};
     AboutForm about;
+    DebugForm debugForm;
 
   private:
     void connectMenu();

@@ -5,6 +5,7 @@
 #include "link/DefaultControl.h"
 #include "pwm/QuillonControl.h"
 #include "relay/PactorControl.h"
+#include "shell/ProgrammerControl.h"
 
 namespace corvane {
 
@@ -19,6 +20,8 @@ ProductControls::ProductControls(const Workplace& place, const KOKeyboard& keybo
     add("Corvane.EEPROMEditorControl",
         [place] { return std::make_unique<EEPROMEditorControl>(place); });
     add("Corvane.QuillonControl", [place] { return std::make_unique<QuillonControl>(place); });
+    add("Corvane.ProgrammerControl",
+        [place] { return std::make_unique<ProgrammerControl>(place); });
     add(DefaultClass,
         [place] { return std::make_unique<DefaultControl>(place.link, place.programs); });
 }

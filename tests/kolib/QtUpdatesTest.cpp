@@ -190,8 +190,10 @@ TEST_F(Updates, AServerThatMisbehavesEndsTheCheck) {
     site["/m.json"] = {" "};
     site["/m.json"].endless = true; // neither large enough nor ever done
     EXPECT_EQ(check(), KOUpdates::Failed);
-    site["/m.json"] = {"", 500};
-    EXPECT_EQ(check(), KOUpdates::Failed);
+    for (const int status : {404, 500}) {
+        site["/m.json"] = {"{}", status};
+        EXPECT_EQ(check(), KOUpdates::Failed);
+    }
     site.close();
     EXPECT_EQ(check(), KOUpdates::Failed);
     EXPECT_EQ(filesLeft(), 0U);

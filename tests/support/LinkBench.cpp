@@ -35,6 +35,8 @@ class BenchPort final : public LinkPort {
     [[nodiscard]] bool alive() const override { return plugged_.in && !plugged_.link->unplugged(); }
     void powerCycle() override { plugged_.link->powerCycle(); }
     bool writeStrings(const DeviceInfo& strings) override {
+        if (!plugged_.in)
+            return false;
         plugged_.link->program({strings.Description, strings.Manufacturer, strings.ManufacturerID,
                                 strings.SerialNumber});
         return true;

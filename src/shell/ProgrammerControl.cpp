@@ -1,0 +1,36 @@
+#include "shell/ProgrammerControl.h"
+
+#include "base/Product.h"
+#include "shell/KOFlash.h"
+
+namespace corvane {
+
+ProgrammerControl::ProgrammerControl(const Workplace& place) : place_(place) {
+    Logo.setToolTipText("Open the maker's web site");
+    UpdateReadyState(false);
+    connections_.push_back(
+        Logo.Click.connect([this] { place_.programs.OpenInBrowser(MakerSite); }));
+    connections_.push_back(ProgramButton.Click.connect([this] { program(); }));
+}
+
+void ProgrammerControl::UpdateReadyState(bool ready) {
+    ProgramButton.setEnabled(ready, "Plug in a chip to be programmed.");
+    if (ready)
+        ProgramButton.setToolTipText("Write a link's strings into the chip that is plugged in");
+    StateLabel.setCaption("");
+}
+
+void ProgrammerControl::program() {
+    BusyScope busy(place_.pointer);
+    if (ProgramLinkDevice(place_.device)) {
+        StateLabel.setCaption("Programming complete.");
+        place_.dialogs.Beep(false);
+        return;
+    }
+    busy.end();
+    StateLabel.setCaption("Error programming device.");
+    place_.dialogs.Message(
+        {"Error", "Error programming device.", MessageBox::Icon::Warning, MessageBox::Buttons::Ok});
+}
+
+} // namespace corvane

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "controls/ChildControl.h"
+#include "link/ProductControl.h"
+#include "link/Workplace.h"
+
+namespace corvane {
+
+/// The screen for a production run of links: writes a link's strings into one blank chip after
+/// another, as they are plugged in.
+class ProgrammerControl final : public ProductControl {
+  public:
+    explicit ProgrammerControl(const Workplace& place);
+
+    void ProcessPacket(const KOPacket&) override {}
+    void UpdateReadyState(bool ready) override;
+
+    Button Logo;
+    Label Label1{"Corvane Programmer"};
+    Button ProgramButton{"Program EEPROM"};
+    Label StateLabel;
+
+  private:
+    void program();
+
+    Workplace place_;
+    std::vector<Connection> connections_;
+};
+
+} // namespace corvane
