@@ -208,7 +208,8 @@ void QtUpdates::checkPackage(const QByteArray& bytes) {
         std::error_code error;
         if (sound) {
             std::filesystem::rename(partFile(), source_.package(), error);
-            std::filesystem::remove(source_.folder / "update.name");
+            std::error_code left; // one that stays is of no consequence
+            std::filesystem::remove(source_.folder / "update.name", left);
         }
         std::ofstream file(source_.signature(), std::ios::binary);
         file << textOf(bytes);
