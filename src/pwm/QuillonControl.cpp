@@ -83,36 +83,36 @@ void QuillonControl::ProcessPacket(const KOPacket& packet) {
         transfer_->ProcessPacket(packet);
 }
 
-void QuillonControl::download(QuillonSlot& slot) {
+template<class Job>
+void QuillonControl::exchange(QuillonSlot& slot, Job job) {
     if (transfer_ != nullptr)
         return;
     QuillonTransfer transfer(place_);
     const TransferScope scope(transfer_, transfer);
     if (!transfer.Connect())
         return;
-    History& history = slot.program.HistoryObject();
-    // What is there may stay; the blocks that come then stand behind it.
-    static_cast<void>(history.NewHistory());
-    const Connection onBlock = transfer.BlockReceived.connect(
-        [&slot](std::uint8_t value) { static_cast<void>(slot.program.append(value)); });
     const Connection onProgress = transfer.Progress.connect(
         [&slot](int position, int total) { showProgress(slot, position, total); });
-    if (!transfer.Download(slot.index))
-        static_cast<void>(history.NewHistory()); // nothing but zeros is no program
+    job(transfer);
     showProgress(slot, 0, 0);
 }
 
+void QuillonControl::download(QuillonSlot& slot) {
+    exchange(slot, [&slot](QuillonTransfer& transfer) {
+        History& history = slot.program.HistoryObject();
+        // What is there may stay; the blocks that come then stand behind it.
+        static_cast<void>(history.NewHistory());
+        const Connection onBlock = transfer.BlockReceived.connect(
+            [&slot](std::uint8_t value) { static_cast<void>(slot.program.append(value)); });
+        if (!transfer.Download(slot.index))
+            static_cast<void>(history.NewHistory()); // nothing but zeros is no program
+    });
+}
+
 void QuillonControl::upload(QuillonSlot& slot) {
-    if (transfer_ != nullptr)
-        return;
-    QuillonTransfer transfer(place_);
-    const TransferScope scope(transfer_, transfer);
-    if (!transfer.Connect())
-        return;
-    const Connection onProgress = transfer.Progress.connect(
-        [&slot](int position, int total) { showProgress(slot, position, total); });
-    transfer.Upload(slot.index, slot.program.blocks());
-    showProgress(slot, 0, 0);
+    exchange(slot, [&slot](QuillonTransfer& transfer) {
+        transfer.Upload(slot.index, slot.program.blocks());
+    });
 }
 
 void QuillonControl::configure() {

@@ -55,6 +55,8 @@ class QuillonControl final : public ProductControl {
     void connect(QuillonSlot& slot);
     static void refresh(QuillonSlot& slot);
     static void showProgress(QuillonSlot& slot, int position, int total);
+    template<class Job>
+    void exchange(QuillonSlot& slot, Job job);
     void download(QuillonSlot& slot);
     void upload(QuillonSlot& slot);
     void configure();
