@@ -46,42 +46,68 @@ void EEPROMEditorControl::connectDocument() {
     });
 }
 
-EEPROMEntry& EEPROMEditorControl::Entry(int index) const {
+EEPROMEntry& EEPROMEditorControl::Entry(int index) {
     Assert(index >= 1 && index <= EntryCount());
-    return *entries_[static_cast<std::size_t>(index) - 1];
+    Slot& slot = slots_[static_cast<std::size_t>(index) - 1];
+    if (slot.entry == nullptr) {
+        slot.entry = std::make_unique<EEPROMEntry>("EEPROMEntryID" + std::to_string(slot.id));
+        slot.entry->setMessenger(messenger_);
+        slot.entry->Initialize(document.entry(index));
+        slot.entry->setAddressConflicts(slot.conflicts);
+    }
+    return *slot.entry;
+}
+
+EEPROMEntry* EEPROMEditorControl::EntryIfMade(int index) const {
+    Assert(index >= 1 && index <= EntryCount());
+    return slots_[static_cast<std::size_t>(index) - 1].entry.get();
+}
+
+int EEPROMEditorControl::indexOf(const void* entry) const {
+    const auto place = std::find_if(slots_.begin(), slots_.end(), [entry](const Slot& slot) {
+        return slot.entry.get() == entry;
+    });
+    Assert(place != slots_.end());
+    return static_cast<int>(place - slots_.begin()) + 1;
+}
+
+int EEPROMEditorControl::rowOf(const EEPROMEntry& entry) const {
+    const auto row = std::find(rows_.begin(), rows_.end(), indexOf(&entry));
+    return row == rows_.end() ? -1 : static_cast<int>(row - rows_.begin());
 }
 
 void EEPROMEditorControl::addEntry(int index) {
-    auto entry = std::make_unique<EEPROMEntry>("EEPROMEntryID" + std::to_string(++nextEntryId_));
-    entry->setMessenger(messenger_);
-    entry->Initialize(document.entry(index));
-    entries_.insert(entries_.begin() + (index - 1), std::move(entry));
+    slots_.insert(slots_.begin() + (index - 1), Slot{++lastId_, false, nullptr});
+    rows_.clear();
     arrangementChanged();
 }
 
 void EEPROMEditorControl::removeEntry(int index) {
-    const auto place = entries_.begin() + (index - 1);
-    const std::unique_ptr<EEPROMEntry> leaving = std::move(*place);
-    entries_.erase(place);
+    const auto place = slots_.begin() + (index - 1);
+    const std::unique_ptr<EEPROMEntry> leaving = std::move(place->entry);
+    slots_.erase(place);
     rows_.clear();
-    EntryLeaving.raise(*leaving);
+    if (leaving != nullptr)
+        EntryLeaving.raise(*leaving);
     arrangementChanged();
 }
 
 void EEPROMEditorControl::showEntry(int index, std::string_view propertyName) {
-    EEPROMEntry& entry = Entry(index);
     const EEPROMVariable& variable = document.entry(index);
-    if (propertyName == KOEEPROMDocument::Address)
-        entry.setAddress(variable.Address);
-    else if (propertyName == KOEEPROMDocument::Length)
-        entry.setLength(variable.Length);
-    else if (propertyName == KOEEPROMDocument::Comments)
-        return entry.setComments(variable.Comments);
-    else if (propertyName == KOEEPROMDocument::DataType)
-        return entry.setDataType(variable.DataType);
-    else
-        return entry.setDataValue(variable.DataValue);
-    arrangementChanged();
+    if (EEPROMEntry* entry = EntryIfMade(index)) {
+        if (propertyName == KOEEPROMDocument::Address)
+            entry->setAddress(variable.Address);
+        else if (propertyName == KOEEPROMDocument::Length)
+            entry->setLength(variable.Length);
+        else if (propertyName == KOEEPROMDocument::Comments)
+            entry->setComments(variable.Comments);
+        else if (propertyName == KOEEPROMDocument::DataType)
+            entry->setDataType(variable.DataType);
+        else
+            entry->setDataValue(variable.DataValue);
+    }
+    if (propertyName == KOEEPROMDocument::Address || propertyName == KOEEPROMDocument::Length)
+        arrangementChanged();
 }
 
 // Rows
@@ -94,13 +120,13 @@ void EEPROMEditorControl::arrangementChanged() {
 
 void EEPROMEditorControl::rearrange() {
     arrangementDue_ = false;
-    const EntryArrangement arrangement = Arrange(document);
-    rows_.clear();
-    rows_.reserve(arrangement.order.size());
-    for (const int index : arrangement.order)
-        rows_.push_back(&Entry(index));
-    for (std::size_t i = 0; i < entries_.size(); ++i)
-        entries_[i]->setAddressConflicts(arrangement.conflicts[i]);
+    EntryArrangement arrangement = Arrange(document);
+    rows_ = std::move(arrangement.order);
+    for (std::size_t i = 0; i < slots_.size(); ++i) {
+        slots_[i].conflicts = arrangement.conflicts[i];
+        if (slots_[i].entry != nullptr)
+            slots_[i].entry->setAddressConflicts(slots_[i].conflicts);
+    }
     updateScrolling();
     Rearranged.raise();
 }
@@ -126,10 +152,10 @@ void EEPROMEditorControl::ResizeEntries(TwipSize size, int scrollBarWidth) {
 }
 
 void EEPROMEditorControl::scrollTo(const EEPROMEntry& entry) {
-    const auto row = std::find(rows_.begin(), rows_.end(), &entry);
-    if (row == rows_.end())
+    const int row = rowOf(entry);
+    if (row < 0)
         return;
-    const int top = static_cast<int>(row - rows_.begin()) * RowStep;
+    const int top = row * RowStep;
     VScroll.setValue(std::clamp(VScroll.Value(), top + RowStep - area_.height, top));
 }
 
@@ -137,10 +163,7 @@ void EEPROMEditorControl::scrollTo(const EEPROMEntry& entry) {
 
 void EEPROMEditorControl::heard(std::string_view message, const void* sender,
                                 const MessageValue& value) {
-    const auto place = std::find_if(entries_.begin(), entries_.end(),
-                                    [sender](const auto& entry) { return entry.get() == sender; });
-    Assert(place != entries_.end());
-    const int index = static_cast<int>(place - entries_.begin()) + 1;
+    const int index = indexOf(sender);
     if (message == "AddressChanged")
         document.record(index, KOEEPROMDocument::Address, std::to_string(std::get<int>(value)));
     else if (message == "LengthChanged")
@@ -157,10 +180,10 @@ void EEPROMEditorControl::heard(std::string_view message, const void* sender,
 
 void EEPROMEditorControl::newVariable() {
     int next = 0;
-    for (const auto& entry : entries_)
-        next = std::max(next, entry->Address() + entry->Length());
+    for (int index = 1; index <= EntryCount(); ++index)
+        next = std::max(next, document.entry(index).Address + document.entry(index).Length);
     document.recordAdding(EntryCount() + 1, {next, 1, {}, {}, {}});
-    FocusWanted.raise(*entries_.back());
+    FocusWanted.raise(Entry(EntryCount()));
 }
 
 } // namespace corvane

@@ -30,11 +30,16 @@ class EEPROMEditorControl final : public ProductControl {
     static constexpr int RowStep = 375;
     static constexpr int RowHeight = 315;
 
-    [[nodiscard]] int EntryCount() const { return static_cast<int>(entries_.size()); }
-    /// From 1, in the order in which they were added.
-    [[nodiscard]] EEPROMEntry& Entry(int index) const;
-    /// The rows by ascending address. None while a burst of changes is under way.
-    [[nodiscard]] const std::vector<EEPROMEntry*>& rows() const { return rows_; }
+    [[nodiscard]] int EntryCount() const { return static_cast<int>(slots_.size()); }
+    /// From 1, in the order in which they were added. It is made when it is first asked for: only
+    /// what someone looks at needs boxes.
+    [[nodiscard]] EEPROMEntry& Entry(int index);
+    /// Nothing if nobody has asked for it yet.
+    [[nodiscard]] EEPROMEntry* EntryIfMade(int index) const;
+    /// The indices of the rows by ascending address. None while a burst of changes is under way.
+    [[nodiscard]] const std::vector<int>& rows() const { return rows_; }
+    /// The row, from 0, of an entry; -1 if it has none.
+    [[nodiscard]] int rowOf(const EEPROMEntry& entry) const;
     /// Place of the n-th row from 0, scrolled.
     [[nodiscard]] int rowTop(int row) const { return row * RowStep - VScroll.Value(); }
     [[nodiscard]] int rowWidth() const;
@@ -61,6 +66,7 @@ class EEPROMEditorControl final : public ProductControl {
 
   private:
     void connectDocument();
+    [[nodiscard]] int indexOf(const void* entry) const;
     void addEntry(int index);
     void removeEntry(int index);
     void showEntry(int index, std::string_view propertyName);
@@ -82,9 +88,14 @@ class EEPROMEditorControl final : public ProductControl {
     Workplace place_;
     StatusLine status_{ProgrammingLabel, place_.dialogs};
     Messenger messenger_;
-    std::vector<std::unique_ptr<EEPROMEntry>> entries_;
-    int nextEntryId_ = 0;
-    std::vector<EEPROMEntry*> rows_;
+    struct Slot {
+        int id;
+        bool conflicts = false;
+        std::unique_ptr<EEPROMEntry> entry; // once asked for
+    };
+    std::vector<Slot> slots_;
+    int lastId_ = 0;
+    std::vector<int> rows_;
     bool frozen_ = false;
     bool arrangementDue_ = false;
     TwipSize area_;

@@ -26,14 +26,16 @@ class EEPROMEditor : public testing::Test, public ControlBench<EEPROMEditorContr
         box.leave();
     }
     /// The addresses in the order of the rows; those that conflict with a mark.
-    std::string shown() const {
+    std::string shown() {
         std::string text;
-        for (const EEPROMEntry* entry : control.rows())
-            text += (text.empty() ? "" : " ") + std::to_string(entry->Address()) +
-                    (entry->AddressConflicts() ? "!" : "");
+        for (const int index : control.rows()) {
+            const EEPROMEntry& entry = control.Entry(index);
+            text += (text.empty() ? "" : " ") + std::to_string(entry.Address()) +
+                    (entry.AddressConflicts() ? "!" : "");
+        }
         return text;
     }
-    std::vector<std::string> names() const {
+    std::vector<std::string> names() {
         std::vector<std::string> all;
         for (int index = 1; index <= control.EntryCount(); ++index)
             all.push_back(control.Entry(index).Name());
@@ -81,7 +83,7 @@ TEST_F(EEPROMEditor, AnUndoneRemovalComesBackAtItsPlace) {
     add(5, 2, {2});
     add(1, 1, {3});
     EXPECT_EQ(shown(), "1 5! 5!");
-    EXPECT_EQ(control.rows()[1], &control.Entry(2)); // the later one stands above
+    EXPECT_EQ(control.rows()[1], 2); // the later one stands above
     const std::vector<EEPROMVariable> before = variables();
     control.Entry(2).RemoveButton.press();
     EXPECT_EQ(shown(), "1 5");
@@ -147,10 +149,12 @@ TEST_F(EEPROMEditor, ABurstOfChangesArrangesOnceAndScrollsByRows) {
     EXPECT_TRUE(control.VScroll.Visible());
     EXPECT_EQ(control.VScroll.Max(), 100 * 375 - 3000);
     EXPECT_EQ(control.rowWidth(), 9000 - 240 - 240);
-    control.scrollTo(*control.rows().back());
+    control.scrollTo(control.Entry(control.rows().back()));
     EXPECT_EQ(control.rowTop(99), 3000 - 375);
-    control.scrollTo(*control.rows().front());
+    control.scrollTo(control.Entry(control.rows().front()));
     EXPECT_EQ(control.rowTop(2), 750);
+    EXPECT_EQ(control.EntryIfMade(50), nullptr); // nobody has looked at it
+    EXPECT_EQ(control.Entry(50).txtAddress.Text(), "50");
     control.HistoryObject()->NewHistory();
     EXPECT_EQ(arranged, 2);
     EXPECT_FALSE(control.VScroll.Visible());

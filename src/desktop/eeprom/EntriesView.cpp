@@ -54,12 +54,6 @@ EntryRow* EntriesView::focusedRow() const {
     return nullptr;
 }
 
-int EntriesView::placeOf(const EEPROMEntry* entry) const {
-    const auto& rows = control_.rows();
-    const auto place = std::find(rows.begin(), rows.end(), entry);
-    return place == rows.end() ? -1 : static_cast<int>(place - rows.begin());
-}
-
 void EntriesView::release(EntryRow* row) {
     row->bindTo(nullptr);
     row->hide();
@@ -83,13 +77,13 @@ void EntriesView::showRows() {
     const int first = std::min(count, control_.VScroll.Value() / step);
     const int end =
         std::min(count, (control_.VScroll.Value() + height() * TwipsPerPixel) / step + 1);
+    std::vector<EEPROMEntry*> inView;
+    for (int row = first; row < end; ++row)
+        inView.push_back(&entryAt(row));
     const EntryRow* focused = focusedRow();
-    const auto inView = [&](const EEPROMEntry* entry) {
-        const auto range = std::pair(rows.begin() + first, rows.begin() + end);
-        return std::find(range.first, range.second, entry) != range.second;
-    };
     for (auto shown = shown_.begin(); shown != shown_.end();) {
-        if (shown->second == focused || inView(shown->first)) {
+        if (shown->second == focused ||
+            std::find(inView.begin(), inView.end(), shown->first) != inView.end()) {
             ++shown;
         } else {
             release(shown->second);
@@ -97,16 +91,19 @@ void EntriesView::showRows() {
         }
     }
     for (int row = first; row < end; ++row)
-        placeRow(row);
+        placeRow(row, *inView[static_cast<std::size_t>(row - first)]);
     if (focused != nullptr && focused->entry() != nullptr)
-        if (const int row = placeOf(focused->entry()); row >= 0)
-            placeRow(row);
+        if (const int row = control_.rowOf(*focused->entry()); row >= 0)
+            placeRow(row, *focused->entry());
     update(0, 0, RowLeft, height());
 }
 
-void EntriesView::placeRow(int row) {
-    EEPROMEntry* entry = control_.rows()[static_cast<std::size_t>(row)];
-    EntryRow*& widget = shown_[entry];
+EEPROMEntry& EntriesView::entryAt(int row) const {
+    return control_.Entry(control_.rows()[static_cast<std::size_t>(row)]);
+}
+
+void EntriesView::placeRow(int row, EEPROMEntry& entry) {
+    EntryRow*& widget = shown_[&entry];
     if (widget == nullptr) {
         if (spare_.empty()) {
             spare_.push_back(new EntryRow(this));
@@ -114,7 +111,7 @@ void EntriesView::placeRow(int row) {
         }
         widget = spare_.back();
         spare_.pop_back();
-        widget->bindTo(entry);
+        widget->bindTo(&entry);
     }
     widget->setGeometry(RowLeft, control_.rowTop(row) / TwipsPerPixel,
                         control_.rowWidth() / TwipsPerPixel, RowHeight);
@@ -123,8 +120,9 @@ void EntriesView::placeRow(int row) {
 
 void EntriesView::orderTabs() {
     QWidget* last = nullptr;
-    for (const EEPROMEntry* entry : control_.rows()) {
-        EntryRow* row = rowOf(*entry);
+    for (const int index : control_.rows()) {
+        const EEPROMEntry* entry = control_.EntryIfMade(index);
+        const EntryRow* row = entry == nullptr ? nullptr : rowOf(*entry);
         if (row == nullptr) {
             if (last != nullptr)
                 break; // below the view
@@ -152,12 +150,12 @@ bool EntriesView::focusNextPrevChild(bool next) {
             ->setFocus(next ? Qt::TabFocusReason : Qt::BacktabFocusReason);
         return true;
     }
-    const int place = placeOf(row->entry()) + (next ? 1 : -1);
+    const int place = control_.rowOf(*row->entry()) + (next ? 1 : -1);
     if (place < 0 || place >= static_cast<int>(control_.rows().size()))
         return QWidget::focusNextPrevChild(next);
-    EEPROMEntry* neighbour = control_.rows()[static_cast<std::size_t>(place)];
-    control_.scrollTo(*neighbour);
-    if (const EntryRow* other = rowOf(*neighbour))
+    const EEPROMEntry& neighbour = entryAt(place);
+    control_.scrollTo(neighbour);
+    if (const EntryRow* other = rowOf(neighbour))
         (next ? other->stops().front() : other->stops().back())
             ->setFocus(next ? Qt::TabFocusReason : Qt::BacktabFocusReason);
     return true;

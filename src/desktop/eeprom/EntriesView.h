@@ -30,11 +30,11 @@ class EntriesView final : public QWidget {
 
   private:
     void showRows();
-    void placeRow(int row);
+    [[nodiscard]] EEPROMEntry& entryAt(int row) const;
+    void placeRow(int row, EEPROMEntry& entry);
     void rearranged();
     void release(EntryRow* row);
     [[nodiscard]] EntryRow* focusedRow() const;
-    [[nodiscard]] int placeOf(const EEPROMEntry* entry) const;
     void orderTabs();
 
     EEPROMEditorControl& control_;
