@@ -2,6 +2,7 @@
 
 #include "base/Assert.h"
 #include "base/Text.h"
+#include "system/Programs.h"
 
 #include <algorithm>
 
@@ -19,6 +20,27 @@ std::string recordInWords(const KOBuffer& record) {
 }
 
 } // namespace
+
+void KOProductProfile::RegisterFileAssociations(SettingsStore& store) const {
+    RegisterFileAssociationsCore(store, RegistryRoot::CurrentUser, "Software\\Classes\\");
+}
+
+void KOProductProfile::RegisterFileAssociationsCore(SettingsStore& store, RegistryRoot keyHandle,
+                                                    const std::string& keyPrefix) const {
+    if (!associateExtension)
+        return;
+    const auto setDefault = [&](const std::string& path, const std::string& value) {
+        RegistryKey key(store);
+        bool created = false;
+        if (!key.CreateKey(keyHandle, keyPrefix + path, created))
+            return false;
+        key.setStrings({}, value);
+        return true;
+    };
+    const std::string type = "Corvane." + Name;
+    if (setDefault("." + fileExtension, type) && setDefault(type, fileDescription))
+        setDefault(type + "\\shell\\open\\command", "\"" + KOIOExecutablePath() + "\" \"%1\"");
+}
 
 std::string_view ProgramVendor() {
     return CORVANE_VENDOR;

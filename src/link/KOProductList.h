@@ -2,6 +2,7 @@
 
 #include "base/KODebug.h"
 #include "link/KOBuffer.h"
+#include "system/RegistryKey.h"
 
 #include <string>
 #include <string_view>
@@ -42,6 +43,13 @@ struct KOProductProfile {
     std::string fileExtension; ///< Without the dot.
     std::string fileDescription;
     bool associateExtension = false; ///< Documents of this extension open the program.
+
+    /// Writes into the settings that documents of this extension open the running program, if they
+    /// are meant to. A store that can't be written is not told.
+    void RegisterFileAssociations(SettingsStore& store) const;
+    /// The same below another key; a prefix that is not empty ends in a backslash.
+    void RegisterFileAssociationsCore(SettingsStore& store, RegistryRoot keyHandle,
+                                      const std::string& keyPrefix) const;
 };
 
 /// The vendor code that this program was built for.

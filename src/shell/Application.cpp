@@ -15,6 +15,7 @@ void Application::RunFromProgramDirectory(const std::string& program,
 }
 
 void Application::ShutDownApplication() {
+    Ending.raise();
     if (!pendingProgram_.empty())
         RunFromProgramDirectory(pendingProgram_, pendingArguments_);
 }

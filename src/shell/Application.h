@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/Event.h"
 #include "controls/Dialogs.h"
 #include "system/Programs.h"
 
@@ -24,8 +25,11 @@ class Application {
     void RunFromProgramDirectory(const std::string& program, const std::string& arguments) const;
     /// Lets the desktop open an address or document.
     void OpenInBrowser(const std::string& target) const { programs_.OpenInBrowser(target); }
-    /// The last thing that is done.
+    /// The last thing that is done: tells that the program ends, and starts what shall take its
+    /// place.
     void ShutDownApplication();
+
+    Event<> Ending;
 
   private:
     Programs& programs_;

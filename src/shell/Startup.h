@@ -2,7 +2,10 @@
 
 #include "base/RunModes.h"
 #include "link/KOProductList.h"
+#include "system/InstanceChannel.h"
 
+#include <chrono>
+#include <functional>
 #include <string>
 #include <string_view>
 
@@ -21,5 +24,16 @@ struct Launch {
 /// The class of the control to show first: that of the file's product, if its extension belongs
 /// to one, and otherwise what the run modes say.
 [[nodiscard]] std::string FirstControlClass(const Launch& launch, const KOProductList& products);
+
+/// Hands the file over to the instance that runs already and shows that one's window. An instance
+/// that begins or ends is waited for, in passes of `HandOverPass` and 11 at most. True if it has
+/// been found, so that this process must end; false if it has gone.
+inline constexpr std::chrono::milliseconds HandOverPass{500};
+[[nodiscard]] bool HandOver(const InstanceChannel& channel, const std::string& fileToOpen,
+                            const std::string& activationToken,
+                            const std::function<void(std::chrono::milliseconds)>& sleep);
+
+/// Lets documents of all products open this program, as far as they are meant to.
+void RegisterAllFileAssociations(const KOProductList& products, SettingsStore& store);
 
 } // namespace corvane

@@ -1,5 +1,7 @@
 #include "system/DiskFiles.h"
 
+#include "system/Handle.h"
+
 #include <climits>
 
 #include <cerrno>
@@ -14,15 +16,6 @@ namespace corvane {
 namespace {
 
 namespace fs = std::filesystem;
-
-/// Closes a file when its scope ends.
-struct Closing {
-    const int descriptor;
-    ~Closing() {
-        if (descriptor >= 0)
-            ::close(descriptor);
-    }
-};
 
 bool writeAll(int descriptor, std::string_view bytes) {
     while (!bytes.empty()) {
@@ -62,7 +55,7 @@ class NewFile {
         }
     }
     ~NewFile() {
-        const Closing file{descriptor_};
+        const Handle file(descriptor_);
         if (!name_.empty())
             ::unlink(name_.c_str());
     }
@@ -77,8 +70,8 @@ class NewFile {
         if (::rename(name_.c_str(), path.c_str()) != 0)
             return false;
         name_.clear();
-        const Closing folder{::open(folder_.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)};
-        ::fsync(folder.descriptor); // the renaming itself; not every file system can
+        const Handle folder(::open(folder_.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+        ::fsync(folder.get()); // the renaming itself; not every file system can
         return true;
     }
 
@@ -107,17 +100,17 @@ class NewFile {
 
 FileDoor::ReadResult DiskFiles::ReadWhole(const std::string& path, std::string& bytes) {
     bytes.clear();
-    const Closing file{::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC)};
-    if (file.descriptor < 0)
+    const Handle file(::open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+    if (file.get() < 0)
         return errno == ENOENT || errno == ENOTDIR ? ReadResult::NotFound : ReadResult::Failed;
     struct stat status {};
-    if (::fstat(file.descriptor, &status) != 0 || !S_ISREG(status.st_mode) ||
+    if (::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode) ||
         static_cast<std::uintmax_t>(status.st_size) > SizeLimit)
         return ReadResult::Failed;
     bytes.resize(static_cast<std::size_t>(status.st_size));
     std::size_t filled = 0;
     while (filled < bytes.size()) {
-        const ssize_t count = ::read(file.descriptor, bytes.data() + filled, bytes.size() - filled);
+        const ssize_t count = ::read(file.get(), bytes.data() + filled, bytes.size() - filled);
         if (count < 0 && errno == EINTR)
             continue;
         if (count < 0)

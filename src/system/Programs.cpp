@@ -8,7 +8,6 @@
 #include <sstream>
 #include <sys/wait.h>
 #include <unistd.h>
-#include <vector>
 
 namespace corvane {
 
@@ -33,13 +32,18 @@ std::string programFor(const std::string& path) {
     return ::access(exact.c_str(), X_OK) == 0 ? exact : KOIODirectory(path) + LowerCase(name);
 }
 
-/// Starts a program that this one neither waits for nor is the parent of.
-bool startDetached(const std::vector<std::string>& words) {
+std::vector<char*> argumentsOf(const std::vector<std::string>& words) {
     std::vector<char*> argv;
     argv.reserve(words.size() + 1);
     for (const std::string& word : words)
         argv.push_back(const_cast<char*>(word.c_str()));
     argv.push_back(nullptr);
+    return argv;
+}
+
+/// Starts a program that this one neither waits for nor is the parent of.
+bool startDetached(const std::vector<std::string>& words) {
+    const std::vector<char*> argv = argumentsOf(words);
     // The pipe closes by itself when the program starts; a byte in it says that it did not.
     int report[2];
     if (::pipe2(report, O_CLOEXEC) != 0)
@@ -78,6 +82,20 @@ void SystemPrograms::OpenInBrowser(const std::string& target) {
 
 std::string SystemPrograms::ProgramDirectory() const {
     return KOIODirectory(programFile());
+}
+
+void RunQuietly(const std::vector<std::string>& words) {
+    const std::vector<char*> argv = argumentsOf(words);
+    const pid_t child = ::fork();
+    if (child == 0) {
+        const int nothing = ::open("/dev/null", O_RDWR);
+        for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+            ::dup2(nothing, stream);
+        ::execvp(argv[0], argv.data());
+        ::_exit(1);
+    }
+    if (child > 0)
+        ::waitpid(child, nullptr, 0);
 }
 
 std::string KOIOExecutablePath() {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace corvane {
 
@@ -25,6 +26,10 @@ class SystemPrograms final : public Programs {
     void OpenInBrowser(const std::string& target) override;
     [[nodiscard]] std::string ProgramDirectory() const override;
 };
+
+/// Runs one of the system's tools to its end, without a word from it. What it is missing or fails
+/// at is not told.
+void RunQuietly(const std::vector<std::string>& words);
 
 /// Full path of the running program. An ending ".bin", in any case, is given as ".exe".
 [[nodiscard]] std::string KOIOExecutablePath();

@@ -8,7 +8,6 @@
 #include <algorithm>
 #include <fcntl.h>
 #include <sys/file.h>
-#include <unistd.h>
 
 namespace corvane {
 
@@ -95,19 +94,13 @@ SettingKeys SettingsStore::read() {
     return {};
 }
 
-int SettingsStore::acquire() const {
+Handle SettingsStore::acquire() const {
     if (!MakePrivateFolder(folder_))
-        return -1;
-    const int lock =
-        ::open((folder_ / "settings.lock").c_str(), O_CREAT | O_RDWR | O_CLOEXEC, 0600);
-    if (lock >= 0)
-        ::flock(lock, LOCK_EX);
+        return {};
+    Handle lock(::open((folder_ / "settings.lock").c_str(), O_CREAT | O_RDWR | O_CLOEXEC, 0600));
+    if (lock.valid())
+        ::flock(lock.get(), LOCK_EX);
     return lock;
-}
-
-void SettingsStore::release(int lock) {
-    if (lock >= 0)
-        ::close(lock); // lets the lock go
 }
 
 } // namespace corvane

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/FileDoor.h"
+#include "system/Handle.h"
 
 #include <cstdint>
 #include <filesystem>
@@ -36,28 +37,23 @@ class SettingsStore {
     SettingsStore(std::filesystem::path folder, FileDoor& files);
 
     [[nodiscard]] SettingKeys read();
-    /// Lets `change` work on the current settings and writes them. False if that failed.
+    /// Lets `change` work on the current settings and writes them if they differ then. False if
+    /// that failed.
     template<class Change>
     [[nodiscard]] bool write(Change change) {
-        return underLock([&] {
-            SettingKeys keys = read();
-            change(keys);
-            return files_.ReplaceWhole(file().string(), WriteSettings(keys));
-        });
+        const Handle lock = acquire();
+        if (!lock.valid())
+            return false;
+        const SettingKeys before = read();
+        SettingKeys keys = before;
+        change(keys);
+        return keys == before || files_.ReplaceWhole(file().string(), WriteSettings(keys));
     }
 
     [[nodiscard]] std::filesystem::path file() const { return folder_ / "settings"; }
 
   private:
-    template<class Work>
-    [[nodiscard]] bool underLock(Work work) {
-        const int lock = acquire();
-        const bool done = lock >= 0 && work();
-        release(lock);
-        return done;
-    }
-    [[nodiscard]] int acquire() const;
-    static void release(int lock);
+    [[nodiscard]] Handle acquire() const;
 
     std::filesystem::path folder_;
     FileDoor& files_;

@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace corvane {
 
@@ -25,6 +26,23 @@ fs::path ConfigurationFolder() {
 
 fs::path CacheFolder() {
     return base("XDG_CACHE_HOME", ".cache") / "corvane";
+}
+
+fs::path DataFolder() {
+    return base("XDG_DATA_HOME", ".local/share");
+}
+
+fs::path RuntimeFolder() {
+    const char* folder = std::getenv("XDG_RUNTIME_DIR");
+    if (folder != nullptr && *folder == '/' && IsPrivateFolder(folder))
+        return fs::path(folder) / "corvane";
+    return CacheFolder() / "runtime";
+}
+
+bool IsPrivateFolder(const fs::path& folder) {
+    struct stat status {};
+    return ::lstat(folder.c_str(), &status) == 0 && S_ISDIR(status.st_mode) &&
+           status.st_uid == ::geteuid() && (status.st_mode & 077U) == 0;
 }
 
 bool MakePrivateFolder(const fs::path& folder) {

@@ -9,7 +9,15 @@ namespace corvane {
 [[nodiscard]] std::filesystem::path ConfigurationFolder();
 /// Where what can be fetched again is kept.
 [[nodiscard]] std::filesystem::path CacheFolder();
+/// Where documents of the desktop's own are kept that describe the program to it: "share" of the
+/// user. Not below "corvane".
+[[nodiscard]] std::filesystem::path DataFolder();
+/// What lasts as long as the person is logged in, where the system has such a place. Only a folder
+/// of the user's own is taken, so that nobody else can stand in the way.
+[[nodiscard]] std::filesystem::path RuntimeFolder();
 
+/// A folder of the user's own that nobody else may enter; no symbolic link to one.
+[[nodiscard]] bool IsPrivateFolder(const std::filesystem::path& folder);
 /// Makes a folder and those above it, closed to others. False if it can't be had.
 [[nodiscard]] bool MakePrivateFolder(const std::filesystem::path& folder);
 

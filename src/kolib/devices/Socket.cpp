@@ -5,7 +5,6 @@
 #include <poll.h>
 #include <sys/socket.h>
 #include <sys/un.h>
-#include <unistd.h>
 
 namespace corvane {
 
@@ -15,11 +14,6 @@ constexpr bool wouldBlock(int error) {
     return error == EAGAIN || error == EWOULDBLOCK || error == EINTR;
 }
 } // namespace
-
-Handle::~Handle() {
-    if (valid())
-        ::close(descriptor_);
-}
 
 Socket::Socket(const std::string& path) {
     sockaddr_un address{};

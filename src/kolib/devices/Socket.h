@@ -1,33 +1,13 @@
 #pragma once
 
+#include "system/Handle.h"
+
 #include <cstdint>
 #include <span>
 #include <string>
-#include <utility>
 #include <vector>
 
 namespace corvane {
-
-/// A file descriptor that is closed when this object ends.
-class Handle {
-  public:
-    Handle() = default;
-    explicit Handle(int descriptor) : descriptor_(descriptor) {}
-    Handle(Handle&& other) noexcept : descriptor_(std::exchange(other.descriptor_, -1)) {}
-    Handle& operator=(Handle&& other) noexcept {
-        std::swap(descriptor_, other.descriptor_);
-        return *this;
-    }
-    Handle(const Handle&) = delete;
-    Handle& operator=(const Handle&) = delete;
-    ~Handle();
-
-    [[nodiscard]] int get() const { return descriptor_; }
-    [[nodiscard]] bool valid() const { return descriptor_ >= 0; }
-
-  private:
-    int descriptor_ = -1;
-};
 
 /// A connection to a local stream socket that never blocks. What can't be sent at once waits, up
 /// to a limit; past that it is lost, as on a line that nobody reads.

@@ -1,13 +1,13 @@
 #include "kolib/devices/VirtualLinkSource.h"
 
 #include "kolib/devices/VirtualLinkPort.h"
+#include "system/UserFolders.h"
 
 #include <algorithm>
 #include <array>
 #include <cstdlib>
 #include <cstring>
 #include <sys/inotify.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 namespace corvane {
@@ -17,13 +17,6 @@ namespace {
 constexpr int MaxTries = 10;
 constexpr std::int32_t RetryAfter = 200;    // ms, for a link that closed or does not listen yet
 constexpr std::int32_t AnswerWithin = 1000; // ms
-
-/// A folder of the user's own that nobody else may enter.
-bool isPrivateFolder(const std::filesystem::path& folder) {
-    struct stat status {};
-    return ::lstat(folder.c_str(), &status) == 0 && S_ISDIR(status.st_mode) &&
-           status.st_uid == ::geteuid() && (status.st_mode & 077U) == 0;
-}
 
 } // namespace
 
@@ -88,7 +81,7 @@ OpenOutcome VirtualLinkSource::open(std::size_t index) {
 }
 
 bool VirtualLinkSource::watchFolder() {
-    if (!isPrivateFolder(folder_))
+    if (!IsPrivateFolder(folder_))
         return false;
     watch_ = ::inotify_add_watch(notifications_.get(), folder_.c_str(),
                                  IN_CREATE | IN_DELETE | IN_MOVED_TO | IN_MOVED_FROM |
@@ -121,7 +114,7 @@ void VirtualLinkSource::stopWatching() {
 
 void VirtualLinkSource::lookIntoFolder() {
     std::map<std::string, Link> found;
-    if (isPrivateFolder(folder_)) {
+    if (IsPrivateFolder(folder_)) {
         std::error_code error;
         for (const auto& entry : std::filesystem::directory_iterator(folder_, error)) {
             if (entry.path().extension() != ".link")

@@ -1,0 +1,12 @@
+#include "system/Handle.h"
+
+#include <unistd.h>
+
+namespace corvane {
+
+Handle::~Handle() {
+    if (valid())
+        ::close(descriptor_);
+}
+
+} // namespace corvane

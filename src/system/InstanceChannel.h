@@ -1,0 +1,72 @@
+#pragma once
+
+#include "system/Handle.h"
+
+#include <cstdint>
+#include <filesystem>
+#include <optional>
+#include <string>
+
+namespace corvane {
+
+/// What a second start of the program tells the running one.
+struct InstanceRecord {
+    static constexpr std::uint32_t Foreground = 1; ///< Show your window; perhaps with a token.
+    static constexpr std::uint32_t Path = 100;     ///< Open this file.
+
+    std::uint32_t dwData = 0; ///< Which of these it is.
+    std::string lpData;       ///< Bytes, at most `InstanceChannel::MaxData`.
+
+    bool operator==(const InstanceRecord&) const = default;
+};
+
+/// The way from a second start of the program to the one that runs. Both meet in a folder that
+/// only their user may enter: whoever runs holds a lock there as long as it lives, and a socket,
+/// its mark, as long as it takes records. Where there can't be such a folder, nobody is found and
+/// nobody hindered.
+class InstanceChannel {
+  public:
+    static constexpr const char* MarkName = "Corvane.Application";
+    static constexpr std::size_t MaxData = 65536;
+
+    explicit InstanceChannel(std::filesystem::path folder) : folder_(std::move(folder)) {}
+    ~InstanceChannel() { Unmark(); }
+    InstanceChannel(const InstanceChannel&) = delete;
+    InstanceChannel& operator=(const InstanceChannel&) = delete;
+
+    /// Whether another instance runs, marked or not. If none does, this one runs from now on. What
+    /// a killed instance left behind counts as nothing.
+    [[nodiscard]] bool EarlierInstanceRuns();
+
+    /// Sends a record to the marked instance. False if there is none. The first way returns at
+    /// once, the second when the record has been dealt with, however long that takes.
+    [[nodiscard]] bool Post(const InstanceRecord& record) const;
+    [[nodiscard]] bool Deliver(const InstanceRecord& record) const;
+
+    /// Takes records from now on. False if that can't be.
+    bool Mark();
+    /// Takes no more, and no longer runs in the eyes of others.
+    void Unmark();
+    /// Readable while a record waits; -1 if there is no mark.
+    [[nodiscard]] int descriptor() const { return listener_.get(); }
+    /// A record that has arrived. Its sender goes on when this ends.
+    struct Delivery {
+        InstanceRecord record;
+        Handle sender;
+    };
+    /// The next one; what is unreadable, too long or someone else's is skipped.
+    [[nodiscard]] std::optional<Delivery> Receive() const;
+
+  private:
+    [[nodiscard]] Handle openFolder() const;
+    [[nodiscard]] bool takeLock();
+    [[nodiscard]] Handle call() const;
+    [[nodiscard]] Handle send(const InstanceRecord& record) const;
+
+    std::filesystem::path folder_;
+    Handle lock_;
+    Handle listener_;
+    std::uint64_t mark_ = 0; // number of the socket's file
+};
+
+} // namespace corvane

@@ -1,0 +1,233 @@
+#include "system/InstanceChannel.h"
+
+#include "shell/Startup.h"
+#include "support/ManualClock.h"
+#include "support/TemporaryFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+
+namespace corvane {
+namespace {
+
+namespace fs = std::filesystem;
+
+/// A start of the program in the folder that all of them share.
+class Instances : public testing::Test {
+  protected:
+    TemporaryFolder folder;
+    const fs::path place = folder.path() / "run" / "corvane";
+    InstanceChannel first{place};
+    InstanceChannel second{place};
+    ManualClock clock{0};
+
+    bool handOver(const std::string& file, const std::function<void(int pass)>& betweenPasses) {
+        int pass = 0;
+        return HandOver(second, file, "token", [&](std::chrono::milliseconds time) {
+            clock.advance(static_cast<std::uint64_t>(time.count()));
+            betweenPasses(++pass);
+        });
+    }
+    /// What has arrived at the first instance, by number.
+    std::vector<std::uint32_t> arrived() const {
+        std::vector<std::uint32_t> all;
+        while (const auto delivery = first.Receive())
+            all.push_back(delivery->record.dwData);
+        return all;
+    }
+    /// Runs in another process, which is killed with what it has.
+    template<class Work>
+    int inChild(Work work) const {
+        const pid_t child = ::fork();
+        if (child == 0)
+            ::_exit(work() ? 0 : 1);
+        int status = 0;
+        ::waitpid(child, &status, 0);
+        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    }
+    void sendRaw(std::string_view bytes) const {
+        sockaddr_un address{};
+        address.sun_family = AF_UNIX;
+        const std::string path = place / InstanceChannel::MarkName;
+        std::memcpy(address.sun_path, path.c_str(), path.size() + 1);
+        const Handle socket(::socket(AF_UNIX, SOCK_STREAM, 0));
+        ASSERT_EQ(::connect(socket.get(), reinterpret_cast<sockaddr*>(&address), sizeof address),
+                  0);
+        ASSERT_EQ(::send(socket.get(), bytes.data(), bytes.size(), 0), std::ssize(bytes));
+    }
+};
+
+TEST_F(Instances, OnlyOneRunsAtATime) {
+    EXPECT_FALSE(first.EarlierInstanceRuns());
+    EXPECT_TRUE(second.EarlierInstanceRuns());
+    EXPECT_FALSE(second.Post({InstanceRecord::Foreground, {}})); // it has no mark yet
+    EXPECT_TRUE(first.Mark());
+    EXPECT_TRUE(second.Post({InstanceRecord::Foreground, "token"}));
+    EXPECT_EQ(first.Receive()->record, (InstanceRecord{InstanceRecord::Foreground, "token"}));
+    first.Unmark();
+    EXPECT_FALSE(second.Post({InstanceRecord::Foreground, {}}));
+    EXPECT_FALSE(second.EarlierInstanceRuns());
+}
+
+TEST_F(Instances, TheSenderOfAFileWaitsUntilItIsDealtWith) {
+    ASSERT_TRUE(first.Mark());
+    std::atomic<bool> back = false;
+    std::thread sender([&] {
+        EXPECT_TRUE(second.Deliver({InstanceRecord::Path, "/home/me/Übung.lumora"}));
+        back = true;
+    });
+    pollfd descriptor{first.descriptor(), POLLIN, 0};
+    ASSERT_EQ(::poll(&descriptor, 1, 5000), 1);
+    auto delivery = first.Receive();
+    ASSERT_TRUE(delivery);
+    EXPECT_EQ(delivery->record, (InstanceRecord{InstanceRecord::Path, "/home/me/Übung.lumora"}));
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    EXPECT_FALSE(back);
+    delivery.reset();
+    sender.join();
+    EXPECT_TRUE(back);
+}
+
+TEST_F(Instances, WhatAKilledInstanceLeavesIsNoInstance) {
+    EXPECT_EQ(inChild([&] { // ends without unmarking
+                  InstanceChannel killed(place);
+                  return !killed.EarlierInstanceRuns() && killed.Mark() &&
+                         ::kill(::getpid(), SIGKILL) == 0;
+              }),
+              -1);
+    EXPECT_TRUE(fs::exists(place / InstanceChannel::MarkName));
+    EXPECT_FALSE(second.EarlierInstanceRuns());
+    EXPECT_TRUE(second.Mark());
+    EXPECT_TRUE(first.EarlierInstanceRuns());
+    EXPECT_TRUE(first.Post({InstanceRecord::Foreground, {}}));
+    EXPECT_TRUE(second.Receive());
+}
+
+TEST_F(Instances, OneThatTookThePlaceKeepsItsMark) {
+    ASSERT_FALSE(first.EarlierInstanceRuns());
+    ASSERT_TRUE(first.Mark());
+    ASSERT_TRUE(second.Mark());
+    first.Unmark();
+    InstanceChannel third(place);
+    EXPECT_TRUE(third.EarlierInstanceRuns()); // though nobody holds the lock
+    EXPECT_TRUE(third.Post({InstanceRecord::Foreground, {}}));
+    EXPECT_TRUE(second.Receive());
+}
+
+TEST_F(Instances, RecordsThatAreNoneAreSkipped) {
+    ASSERT_TRUE(first.Mark());
+    sendRaw("");
+    sendRaw(std::string_view("\x64\0\0\0\5\0\0\0abc", 11)); // too short
+    sendRaw(std::string_view("\x64\0\0\0\xff\xff\xff\xff", 8));
+    EXPECT_FALSE(
+        second.Post({InstanceRecord::Path, std::string(InstanceChannel::MaxData + 1, 'a')}));
+    EXPECT_TRUE(second.Post({InstanceRecord::Path, std::string(InstanceChannel::MaxData, 'b')}));
+    const auto delivery = first.Receive();
+    ASSERT_TRUE(delivery);
+    EXPECT_EQ(delivery->record.lpData, std::string(InstanceChannel::MaxData, 'b'));
+    EXPECT_FALSE(first.Receive());
+}
+
+TEST_F(Instances, AFolderThatOthersMayEnterIsNotUsed) {
+    fs::create_directories(place);
+    fs::permissions(place, fs::perms(0755));
+    EXPECT_FALSE(first.EarlierInstanceRuns());
+    EXPECT_FALSE(second.EarlierInstanceRuns()); // nobody is hindered
+    EXPECT_FALSE(first.Mark());
+    EXPECT_TRUE(fs::is_empty(place));
+}
+
+TEST_F(Instances, AnotherUserCanNeitherConnectNorBlock) {
+    if (::geteuid() != 0)
+        GTEST_SKIP() << "only root can be somebody else";
+    ASSERT_TRUE(first.Mark());
+    fs::permissions(folder.path(), fs::perms(0755));
+    fs::permissions(place.parent_path(), fs::perms(0755));
+    constexpr uid_t nobody = 65534;
+    const auto asNobody = [&](auto work) {
+        return inChild([&] { return ::setuid(nobody) == 0 && work(); });
+    };
+    EXPECT_EQ(asNobody([&] { return !second.Post({InstanceRecord::Path, "/etc/passwd"}); }), 0);
+    EXPECT_EQ(asNobody([&] { return !second.EarlierInstanceRuns() && !second.Mark(); }), 0);
+    // Even through a folder that is open by mistake.
+    fs::permissions(place, fs::perms(0777));
+    fs::permissions(place / InstanceChannel::MarkName, fs::perms(0777));
+    EXPECT_EQ(asNobody([&] {
+                  sendRaw(std::string_view("\x64\0\0\0\3\0\0\0abc", 11));
+                  return !testing::Test::HasFailure();
+              }),
+              0);
+    EXPECT_FALSE(first.Receive());
+}
+
+TEST_F(Instances, LongFolderNamesDoNotMatter) {
+    const fs::path deep = folder.path() / std::string(120, 'x') / std::string(120, 'y');
+    InstanceChannel one(deep);
+    EXPECT_FALSE(one.EarlierInstanceRuns());
+    EXPECT_TRUE(one.Mark());
+    EXPECT_TRUE(InstanceChannel(deep).Post({InstanceRecord::Foreground, {}}));
+    EXPECT_TRUE(one.Receive());
+}
+
+TEST_F(Instances, AStartWithoutAFileShowsTheOtherAndEnds) {
+    ASSERT_TRUE(first.Mark());
+    EXPECT_TRUE(handOver({}, [](int) {}));
+    EXPECT_EQ(clock.now(), 5500U);
+    EXPECT_EQ(arrived(), std::vector(11, InstanceRecord::Foreground));
+}
+
+TEST_F(Instances, AStartGoesOnWhenTheOtherHasGone) {
+    EXPECT_FALSE(handOver("a.lumora", [](int) {}));
+    EXPECT_EQ(clock.now(), 5500U);
+}
+
+TEST_F(Instances, PassesWithAndWithoutAWindowCancelOut) {
+    EXPECT_TRUE(handOver({}, [&](int pass) {
+        if (pass == 5)
+            first.Mark();
+    }));
+    EXPECT_EQ(clock.now(), (5 + 5 + 11) * 500U);
+    first.Unmark();
+    clock = ManualClock(0);
+    ASSERT_TRUE(first.Mark());
+    EXPECT_FALSE(handOver({}, [&](int pass) {
+        if (pass == 3)
+            first.Unmark();
+    }));
+    EXPECT_EQ(clock.now(), (3 + 3 + 11) * 500U);
+}
+
+TEST_F(Instances, AStartWithAFileEndsAtTheFirstPassThatFindsTheWindow) {
+    std::thread running;
+    std::vector<InstanceRecord> got;
+    const auto serve = [&] {
+        while (got.size() < 2) {
+            pollfd descriptor{first.descriptor(), POLLIN, 0};
+            if (::poll(&descriptor, 1, 5000) != 1)
+                break;
+            while (const auto delivery = first.Receive())
+                got.push_back(delivery->record);
+        }
+    };
+    EXPECT_TRUE(handOver("docs/a b.lumora", [&](int pass) {
+        if (pass == 2) {
+            first.Mark();
+            running = std::thread(serve);
+        }
+    }));
+    running.join();
+    EXPECT_EQ(clock.now(), 1000U);
+    const std::string full = fs::current_path() / "docs/a b.lumora";
+    EXPECT_EQ(got, (std::vector<InstanceRecord>{{InstanceRecord::Foreground, "token"},
+                                                {InstanceRecord::Path, full}}));
+}
+
+} // namespace
+} // namespace corvane
