@@ -140,7 +140,7 @@ bool DiskFiles::ReplaceWhole(const std::string& path, std::string_view bytes) {
         return false;
     if (exists) {
         if (old.st_uid != ::geteuid() || old.st_gid != ::getegid())
-            static_cast<void>(::fchown(file.descriptor(), old.st_uid, old.st_gid));
+            static_cast<void>(!::fchown(file.descriptor(), old.st_uid, old.st_gid));
         ::fchmod(file.descriptor(), old.st_mode & 07777U);
     } else {
         const mode_t hidden = ::umask(0);

@@ -1,5 +1,7 @@
 #include "kolib/devices/UsbLinkPort.h"
 
+#include "kolib/devices/ChipMemory.h"
+
 #include <ftdi.h>
 #include <libusb.h>
 
@@ -110,17 +112,29 @@ void UsbLinkPort::powerCycle() {
 }
 
 bool UsbLinkPort::writeStrings(const DeviceInfo& strings) {
-    // The setters of the library take the texts as changeable.
+    ftdi_context* ftdi = chip_->context;
+    // The defaults prepare the library for this chip, and stand in for a content that is broken.
+    // The library takes the texts as changeable.
     std::string manufacturer = strings.Manufacturer;
     std::string product = strings.Description;
     std::string serial = strings.SerialNumber;
-    ftdi_context* ftdi = chip_->context;
-    // The defaults only prepare the library for this chip; what the chip holds then replaces them.
-    return ftdi_eeprom_initdefaults(ftdi, manufacturer.data(), product.data(), serial.data()) ==
-               0 &&
-           ftdi_read_eeprom(ftdi) == 0 && ftdi_eeprom_decode(ftdi, 0) == 0 &&
-           ftdi_eeprom_set_strings(ftdi, manufacturer.data(), product.data(), serial.data()) == 0 &&
-           ftdi_eeprom_build(ftdi) >= 0 && ftdi_write_eeprom(ftdi) == 0;
+    if (ftdi_eeprom_initdefaults(ftdi, manufacturer.data(), product.data(), serial.data()) != 0 ||
+        ftdi_read_eeprom(ftdi) != 0)
+        return false;
+    ChipMemory memory{};
+    constexpr int size = std::tuple_size_v<ChipMemory>;
+    if (ftdi_get_eeprom_buf(ftdi, memory.data(), size) != 0)
+        return false;
+    if (IsSound(memory)) {
+        std::optional<ChipMemory> changed = WithStrings(memory, strings);
+        if (!changed || ftdi_set_eeprom_buf(ftdi, changed->data(), size) != 0)
+            return false;
+    } else if (ftdi_eeprom_build(ftdi) < 0) {
+        return false;
+    }
+    const bool written = ftdi_write_eeprom(ftdi) == 0;
+    // Writing leaves it slow.
+    return ftdi_set_latency_timer(ftdi, LatencyMilliseconds) == 0 && written;
 }
 
 void UsbLinkPort::waitForData(int milliseconds) {
