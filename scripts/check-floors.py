@@ -14,7 +14,7 @@ FLOORS = [
     {"apps"},
 ]
 # Doors between rooms that do not simply lie above one another.
-DOORS = {("bench", "kolib/wire"), ("kolib", "system"), ("light", "eeprom"), ("relay", "eeprom")}
+DOORS = {("bench", "kolib/wire"), ("light", "eeprom"), ("relay", "eeprom")}
 # Rooms that stand apart: what they may use is named in full.
 ONLY = {"bench": {"base", "kolib/wire"}}
 TOOLKIT_ROOMS = {"desktop", "apps"}

@@ -1,6 +1,6 @@
 #include "system/DiskFiles.h"
 
-#include "system/Handle.h"
+#include "base/Handle.h"
 
 #include <climits>
 

@@ -1,5 +1,6 @@
 #include "system/InstanceChannel.h"
 
+#include "base/PrivateFolder.h"
 #include "system/UserFolders.h"
 
 #include <array>

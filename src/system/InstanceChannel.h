@@ -1,6 +1,6 @@
 #pragma once
 
-#include "system/Handle.h"
+#include "base/Handle.h"
 
 #include <cstdint>
 #include <filesystem>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "base/FileDoor.h"
-#include "system/Handle.h"
+#include "base/Handle.h"
 
 #include <cstdint>
 #include <filesystem>

@@ -1,8 +1,9 @@
 #include "system/UserFolders.h"
 
+#include "base/PrivateFolder.h"
+
 #include <cstdlib>
 #include <sys/stat.h>
-#include <unistd.h>
 
 namespace corvane {
 
@@ -37,12 +38,6 @@ fs::path RuntimeFolder() {
     if (folder != nullptr && *folder == '/' && IsPrivateFolder(folder))
         return fs::path(folder) / "corvane";
     return CacheFolder() / "runtime";
-}
-
-bool IsPrivateFolder(const fs::path& folder) {
-    struct stat status {};
-    return ::lstat(folder.c_str(), &status) == 0 && S_ISDIR(status.st_mode) &&
-           status.st_uid == ::geteuid() && (status.st_mode & 077U) == 0;
 }
 
 bool MakePrivateFolder(const fs::path& folder) {

@@ -16,8 +16,6 @@ namespace corvane {
 /// of the user's own is taken, so that nobody else can stand in the way.
 [[nodiscard]] std::filesystem::path RuntimeFolder();
 
-/// A folder of the user's own that nobody else may enter; no symbolic link to one.
-[[nodiscard]] bool IsPrivateFolder(const std::filesystem::path& folder);
 /// Makes a folder and those above it, closed to others. False if it can't be had.
 [[nodiscard]] bool MakePrivateFolder(const std::filesystem::path& folder);
 

@@ -1,7 +1,7 @@
 #include "kolib/devices/VirtualLinkSource.h"
 
+#include "base/PrivateFolder.h"
 #include "kolib/devices/VirtualLinkPort.h"
-#include "system/UserFolders.h"
 
 #include <algorithm>
 #include <array>

@@ -1,4 +1,4 @@
-#include "system/Handle.h"
+#include "base/Handle.h"
 
 #include <unistd.h>
 
