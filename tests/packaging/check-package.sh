@@ -46,8 +46,9 @@ type_is "$examples/bilge-pump.relay" application/x-corvane-pactor
 type_is "$examples/speed-controller.ko_eeprom" application/x-corvane-koeeprom
 cp "$examples/police.lumora" "$tmp/A B.LUMORA"
 type_is "$tmp/A B.LUMORA" application/x-corvane-lumora
-person gio mime application/x-corvane-lumora | grep -q example.ortaline.Corvane.desktop ||
-  fail "nothing opens a light program"
+# Into files first: a reader that ends early would break the pipe of the writer.
+person gio mime application/x-corvane-lumora >"$tmp/handlers"
+grep -q example.ortaline.Corvane.desktop "$tmp/handlers" || fail "nothing opens a light program"
 
 # An installed program writes nothing into the user's data folder, and cleans up what one that was
 # not installed has left there.
@@ -60,13 +61,13 @@ grep -q "$root/usr/lib/corvane/corvane" "$home/.config/corvane/settings" ||
   fail "the settings do not name the installed program"
 
 for page in corvane corvanectl corvane-bench; do
-  zcat "$share/man/man1/$page.1.gz" | grep -q '^\.SH NAME$' || fail "no manual page $page"
-  program=$root/usr/bin/$page
+  zcat "$share/man/man1/$page.1.gz" | sed 's/\\-/-/g' >"$tmp/page"
+  grep -q '^\.SH NAME$' "$tmp/page" || fail "no manual page $page"
   [ "$page" = corvane ] && continue
   # Every option and command that the program knows stands in its page.
-  for word in $("$program" --help | grep -oE '(--[a-z-]+|^  [a-z-]+ )' | tr -d ' ' | sort -u); do
-    zcat "$share/man/man1/$page.1.gz" | sed 's/\\-/-/g' | grep -qF -- "$word" ||
-      fail "$page: its manual page lacks $word"
+  for word in $("$root/usr/bin/$page" --help | grep -oE '(--[a-z-]+|^  [a-z-]+ )' | tr -d ' ' |
+    sort -u); do
+    grep -qF -- "$word" "$tmp/page" || fail "$page: its manual page lacks $word"
   done
 done
 echo "The package is sound."
