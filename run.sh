@@ -17,7 +17,7 @@ cleanup() {
   if [ -n "$memory" ]; then rm -f "$memory"; fi
 }
 trap cleanup EXIT
-plugged() { "$bin/corvanectl" devices | grep -q $'\tCorvane\tOrtaline Works\t'; }
+plugged() { "$bin/corvanectl" devices | grep $'\tCorvane\tOrtaline Works\t' >/dev/null; }
 display=no
 if [ -n "${DISPLAY:-}" ] || [ -n "${WAYLAND_DISPLAY:-}" ]; then display=yes; fi
 
