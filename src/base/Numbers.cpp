@@ -4,7 +4,6 @@
 
 #include <array>
 #include <charconv>
-#include <cstdio>
 #include <limits>
 
 namespace corvane {
@@ -63,6 +62,15 @@ std::string exponentOf(Scanner scanner) {
     return scanner.takeDigits(exponent) ? exponent : std::string();
 }
 
+/// With a point, whatever the person's language has.
+std::string written(double value, std::chars_format format, int precision) {
+    constexpr std::size_t longest = 400; // of a double's digits, and some decimals
+    std::array<char, longest> buffer{};
+    const auto end =
+        std::to_chars(buffer.data(), buffer.data() + buffer.size(), value, format, precision).ptr;
+    return {buffer.data(), end};
+}
+
 } // namespace
 
 double ReadNumber(std::string_view text) {
@@ -101,19 +109,15 @@ std::int32_t ReadInteger(std::string_view text) {
 }
 
 std::string WriteNumber(double value) {
-    std::array<char, 40> buffer{};
-    std::snprintf(buffer.data(), buffer.size(), "%.15g", value);
-    std::string text = buffer.data();
+    std::string text = written(value, std::chars_format::general, 15);
     const std::size_t start = text.front() == '-' ? 1 : 0;
     if (text.compare(start, 2, "0.") == 0)
         text.erase(start, 1);
     return text == "-0" ? "0" : text;
 }
 
-std::string WriteHundredths(double value) {
-    std::array<char, 340> buffer{};
-    std::snprintf(buffer.data(), buffer.size(), "%.2f", value);
-    return buffer.data();
+std::string WriteFixed(double value, int decimals) {
+    return written(value, std::chars_format::fixed, decimals);
 }
 
 std::uint32_t ReadHexadecimal(std::string_view text) {
@@ -128,9 +132,10 @@ std::uint32_t ReadHexadecimal(std::string_view text) {
 }
 
 std::string WriteHexadecimal(std::uint32_t value) {
-    std::array<char, 12> buffer{};
-    std::snprintf(buffer.data(), buffer.size(), "%X", value);
-    return buffer.data();
+    std::string text;
+    for (; value != 0 || text.empty(); value >>= 4U)
+        text.insert(text.begin(), "0123456789ABCDEF"[value % 16]);
+    return text;
 }
 
 } // namespace corvane

@@ -18,8 +18,8 @@ namespace corvane {
 /// below 1, such as ".05" and "2.5".
 [[nodiscard]] std::string WriteNumber(double value);
 
-/// Two digits behind the point, such as "0.05".
-[[nodiscard]] std::string WriteHundredths(double value);
+/// So many digits behind the point, up to 15, such as "0.05".
+[[nodiscard]] std::string WriteFixed(double value, int decimals);
 
 /// The hexadecimal number at the start of a text, at most its last 32 bits; 0 if there is none.
 [[nodiscard]] std::uint32_t ReadHexadecimal(std::string_view text);

@@ -1,7 +1,6 @@
 #include "light/LumoraProgramming.h"
 
-#include <array>
-#include <cstdio>
+#include "base/Numbers.h"
 
 namespace corvane {
 
@@ -10,9 +9,7 @@ namespace {
 constexpr int Red = 255;
 
 std::string percentText(double share) {
-    std::array<char, 32> text{};
-    std::snprintf(text.data(), text.size(), "%.1f%%", share * 100);
-    return text.data();
+    return WriteFixed(share * 100, 1) + "%";
 }
 
 } // namespace

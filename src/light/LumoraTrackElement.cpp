@@ -77,7 +77,7 @@ double LumoraTrackElement::ClampTime(double seconds) {
 }
 
 std::string LumoraTrackElement::FormatTime(double seconds) {
-    return WriteHundredths(ClampTime(seconds));
+    return WriteFixed(ClampTime(seconds), 2);
 }
 
 float LumoraTrackElement::EvaluateFunction(float t, float x) const {

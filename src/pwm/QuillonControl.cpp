@@ -69,7 +69,7 @@ void QuillonControl::connect(QuillonSlot& slot) {
 void QuillonControl::refresh(QuillonSlot& slot) {
     slot.ProgramFrame.setCaption(
         slot.program.HistoryObject().GetCaption("Program " + std::to_string(slot.index + 1), true));
-    slot.ProgramInfo.setCaption(WriteHundredths(slot.program.seconds()) + " seconds");
+    slot.ProgramInfo.setCaption(WriteFixed(slot.program.seconds(), 2) + " seconds");
 }
 
 void QuillonControl::showProgress(QuillonSlot& slot, int position, int total) {

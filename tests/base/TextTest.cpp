@@ -49,7 +49,7 @@ TEST(Numbers, AreWrittenShort) {
     EXPECT_EQ(WriteNumber(2.5), "2.5");
     EXPECT_EQ(WriteNumber(0.1 + 0.2), ".3");
     EXPECT_EQ(WriteNumber(0), "0");
-    EXPECT_EQ(WriteHundredths(0.05), "0.05");
+    EXPECT_EQ(WriteFixed(0.05, 2), "0.05");
     EXPECT_EQ(WriteHexadecimal(0xFFFFFF), "FFFFFF");
     EXPECT_EQ(WriteHexadecimal(0), "0");
     EXPECT_EQ(ReadHexadecimal("fF0000x"), 0xFF0000U);
