@@ -54,7 +54,8 @@ int main(int argc, char** argv) {
     program.setRepaint(RepaintWithoutInput);
 
     QtDialogs dialogs;
-    const Workplace place = program.workplace(dialogs, dialogs);
+    Workplace place = program.workplace(dialogs, dialogs);
+    place.journals = &program.journals;
     const QtKeyboard keyboard;
     const ProductControls controls(place, keyboard);
     Application application(program.programs, dialogs);

@@ -145,6 +145,19 @@ int main(int argc, char** argv) {
     convert->add_option("OUT", target)->required();
     convert->callback([&] { result = ConvertDocument(Session(options).program(), file, target); });
 
+    CLI::App* recover = app.add_subcommand(
+        "recover", "List the journals of programs that did not close properly: name, type, number "
+                   "of changes, file. With a name: save what was lost as a document");
+    CLI::Option* journalName = recover->add_option("NAME", file);
+    recover->add_option("OUT", target)->needs(journalName);
+    recover->callback([&] {
+        if (!file.empty() && target.empty())
+            throw CLI::RequiredError("OUT");
+        Session session(options);
+        result = file.empty() ? ListLostDocuments(session.program())
+                              : RecoverDocument(session.program(), file, target);
+    });
+
     const auto answer = [&] { return yes || no ? std::optional(yes) : std::nullopt; };
     const auto addAnswers = [&](CLI::App* command) {
         CLI::Option* saysYes = command->add_flag("--yes", yes, "Answer questions with Yes");

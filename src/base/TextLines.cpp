@@ -59,6 +59,24 @@ void unescape(std::string_view text, std::string& target) {
     }
 }
 
+/// Appends an argument; false if it is no text.
+bool escape(std::string_view text, std::string& target) {
+    if (!IsUtf8(text))
+        return false;
+    const auto isSpecial = [](char c) {
+        return c == '\\' || (c <= '\r' && Meant.find(c) != std::string_view::npos);
+    };
+    while (true) {
+        const auto special = static_cast<std::size_t>(
+            std::find_if(text.begin(), text.end(), isSpecial) - text.begin());
+        target.append(text.substr(0, special));
+        if (special == text.size())
+            return true;
+        (target += '\\') += Named[Meant.find(text[special])];
+        text.remove_prefix(special + 1);
+    }
+}
+
 } // namespace
 
 bool IsUtf8(std::string_view bytes) {
@@ -117,24 +135,32 @@ void TextLines::read(std::size_t line, std::vector<std::string>& arguments) cons
 }
 
 bool TextLines::append(std::string& target, const std::vector<std::string>& arguments) {
-    for (const std::string& argument : arguments)
-        if (!IsUtf8(argument))
-            return false;
-    bool first = true;
-    for (const std::string& argument : arguments) {
-        if (!first)
+    const std::size_t before = target.size();
+    for (std::size_t i = 0; i < arguments.size(); ++i) {
+        if (i > 0)
             target += '\t';
-        first = false;
-        for (const char c : argument) {
-            const std::size_t special = Meant.find(c);
-            if (special == std::string_view::npos)
-                target += c;
-            else
-                (target += '\\') += Named[special];
+        if (!escape(arguments[i], target)) {
+            target.resize(before);
+            return false;
         }
     }
     target += '\n';
     return true;
+}
+
+bool TextLines::append(std::string& target, const std::string& first,
+                       const std::vector<std::string>& others) {
+    const std::size_t before = target.size();
+    if (escape(first, target)) {
+        target += '\t';
+        if (append(target, others)) {
+            if (others.empty())
+                target.erase(target.size() - 2, 1);
+            return true;
+        }
+    }
+    target.resize(before);
+    return false;
 }
 
 } // namespace corvane

@@ -22,6 +22,9 @@ class TextLines {
     /// Appends a line to `target`. False, and nothing is appended, if an argument is not UTF-8.
     [[nodiscard]] static bool append(std::string& target,
                                      const std::vector<std::string>& arguments);
+    /// The same with a first argument apart.
+    [[nodiscard]] static bool append(std::string& target, const std::string& first,
+                                     const std::vector<std::string>& others);
 
   private:
     std::string bytes_;

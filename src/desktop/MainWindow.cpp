@@ -41,6 +41,7 @@ MainWindow::MainWindow(MainForm& form, LinkStatus& status)
     sign_->setContentsMargins(Theme::Spacing, 0, Theme::Spacing, 0);
     menuBar()->setCornerWidget(sign_);
     Bind(this, form.tmrUpdate);
+    Bind(this, form.tmrTell);
 
     const auto on = [this](auto& event, auto react) {
         connections_.push_back(event.connect(react));

@@ -24,6 +24,7 @@ void History::Record(std::unique_ptr<UndoableChange> action, bool dontCountAsDir
     if (!dontCountAsDirty)
         saveDirty_ = true;
     change(position_).Redo();
+    journal_.Recorded(*this, change(position_));
     UndoStateChanged.raise();
     SaveStateChanged.raise();
     Unfreeze();
@@ -39,6 +40,8 @@ void History::Undo(bool dontCountAsDirty) {
     --position_;
     if (undoStopPoint_ > position_)
         undoStopPoint_ = position_;
+    if (!replaying_)
+        journal_.Undone(*this);
     if (!dontCountAsDirty) {
         saveDirty_ = true;
         SaveStateChanged.raise();
@@ -55,6 +58,8 @@ void History::Redo(bool dontCountAsDirty) {
     Freeze();
     ++position_;
     change(position_).Redo();
+    if (!replaying_)
+        journal_.Redone(*this);
     if (!dontCountAsDirty) {
         saveDirty_ = true;
         SaveStateChanged.raise();
@@ -74,6 +79,7 @@ bool History::NewHistory() {
     saveDirty_ = false;
     savePath_.clear();
     fileVersion_.reset();
+    journal_.Reset({});
     UndoStateChanged.raise();
     SaveStateChanged.raise();
     NewFileCreating.raise();
@@ -117,8 +123,10 @@ bool History::mayBeLost() {
 void History::reset() {
     {
         const FreezeScope frozen(*this);
+        const bool replayingBefore = std::exchange(replaying_, true);
         while (position_ >= 1)
             Undo(true);
+        replaying_ = replayingBefore;
     }
     ResettingToDefaults.raise();
     changes_.clear();

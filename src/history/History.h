@@ -2,6 +2,7 @@
 
 #include "base/Event.h"
 #include "controls/Dialogs.h"
+#include "history/DocumentJournal.h"
 #include "history/UndoableChange.h"
 #include "kolib/KOText.h"
 
@@ -26,13 +27,16 @@ class History {
         Dialogs& dialogs;
         BusyPointer& pointer;
         KOText& text;
+        Journals* journals = nullptr; ///< Where what is not saved is kept; nothing for nowhere.
     };
 
     /// Host and surroundings must outlive the history.
     History(HistoryHost& managingControl, Surroundings surroundings)
-        : host_(managingControl), with_(surroundings) {}
+        : host_(managingControl), with_(surroundings), journal_(surroundings.journals) {}
     History(const History&) = delete;
     History& operator=(const History&) = delete;
+
+    static constexpr const char* NotUnderstood = "Can't understand the file format.";
 
     Event<> Changed; ///< Last step of every recording, undo and redo.
     Event<> NewFileCreating;
@@ -91,6 +95,14 @@ class History {
     void SaveHistory();
     /// False if nothing was saved.
     bool SaveHistoryAs();
+    /// Opens the document that is read from this text, whatever the file's name, as the changed
+    /// document of a path or, if that is empty, as a new one. What is there is lost. False if it
+    /// is unsound, which has been told.
+    bool Recover(KOText& lost, const std::string& path);
+    /// Whether what the file lacks is kept elsewhere, as long as the program runs.
+    [[nodiscard]] bool isJournalUpToDate() const { return journal_.isUpToDate(); }
+    /// Appends all of it as a file holds it. False if it has text that no file can hold.
+    [[nodiscard]] bool Compose(std::string& target) const;
     /// Whether the document may be left.
     [[nodiscard]] bool ExitHistory() { return mayBeLost(); }
 
@@ -124,10 +136,12 @@ class History {
     void reset();
     [[nodiscard]] std::string dialogFilter() const;
     [[nodiscard]] bool writeTo(const std::string& path);
-    [[nodiscard]] std::optional<Loaded> readFrom(const std::string& path);
+    [[nodiscard]] std::optional<Loaded> readFrom(KOText& text, const std::string& path);
     /// Fills `loaded`, or gives the message of what is wrong with the file.
-    [[nodiscard]] std::string parse(const std::string& path, Loaded& loaded);
+    [[nodiscard]] std::string parse(KOText& text, const std::string& path, Loaded& loaded);
+    [[nodiscard]] std::vector<std::string> header() const;
     void replay(Loaded loaded, const std::string& filename);
+    void replayed(const std::string& filename);
 
     HistoryHost& host_;
     Surroundings with_;
@@ -139,9 +153,11 @@ class History {
     int position_ = 0;
     int undoStopPoint_ = 0;
     int freezeCount_ = 0;
+    bool replaying_ = false;
     bool saveDirty_ = false;
     std::string savePath_;
     std::optional<std::int32_t> fileVersion_;
+    DocumentJournal journal_;
 };
 
 } // namespace corvane

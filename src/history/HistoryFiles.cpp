@@ -1,5 +1,6 @@
 #include "base/Assert.h"
 #include "base/Numbers.h"
+#include "base/TextLines.h"
 #include "history/History.h"
 #include "history/KOIO.h"
 
@@ -7,7 +8,6 @@ namespace corvane {
 
 namespace {
 
-constexpr const char* NotUnderstood = "Can't understand the file format.";
 constexpr const char* NotForThisDocument =
     "Can't understand the file format (deserialization error).";
 
@@ -56,8 +56,13 @@ bool History::OpenHistory(std::string filename) {
             filename = *chosen;
         }
         with_.pointer.set(true);
-        if (std::optional<Loaded> loaded = readFrom(filename)) {
-            replay(std::move(*loaded), filename);
+        if (std::optional<Loaded> loaded = readFrom(with_.text, filename)) {
+            {
+                const FreezeScope frozen(*this);
+                replay(std::move(*loaded), filename);
+                journal_.Reset(filename);
+                replayed(filename);
+            }
             with_.pointer.set(false);
             opened = true;
         }
@@ -71,6 +76,23 @@ std::string History::dialogFilter() const {
     return filter_ + "|All Files (*.*)|*.*";
 }
 
+std::vector<std::string> History::header() const {
+    return {std::to_string(Length()), std::to_string(position_), std::to_string(undoStopPoint_),
+            std::to_string(versionCode_)};
+}
+
+bool History::Compose(std::string& target) const {
+    bool good = TextLines::append(target, typeCode_, header());
+    std::string prefix;
+    std::vector<std::string> data;
+    for (const auto& change : changes_) {
+        data.clear();
+        change->Serialize(prefix, data);
+        good = TextLines::append(target, prefix, data) && good;
+    }
+    return good;
+}
+
 bool History::writeTo(const std::string& path) {
     Assert(!typeCode_.empty());
     const std::string previousFilename = savePath_;
@@ -78,9 +100,7 @@ bool History::writeTo(const std::string& path) {
     {
         const BusyScope busy(with_.pointer);
         KOIOWriter writer(with_.text);
-        writer.WriteArray(typeCode_,
-                          {std::to_string(Length()), std::to_string(position_),
-                           std::to_string(undoStopPoint_), std::to_string(versionCode_)});
+        writer.WriteArray(typeCode_, header());
         std::string prefix;
         std::vector<std::string> data;
         for (const auto& change : changes_) {
@@ -97,16 +117,17 @@ bool History::writeTo(const std::string& path) {
     saveDirty_ = false;
     savePath_ = path;
     fileVersion_.reset();
+    journal_.Saved(path);
     SaveStateChanged.raise();
     UndoStateChanged.raise();
     FileSaved.raise(savePath_, previousFilename);
     return true;
 }
 
-std::optional<History::Loaded> History::readFrom(const std::string& path) {
+std::optional<History::Loaded> History::readFrom(KOText& text, const std::string& path) {
     Assert(loader_ != nullptr && !typeCode_.empty());
     Loaded loaded;
-    const std::string problem = parse(path, loaded);
+    const std::string problem = parse(text, path, loaded);
     if (problem.empty())
         return loaded;
     with_.pointer.set(false);
@@ -114,9 +135,9 @@ std::optional<History::Loaded> History::readFrom(const std::string& path) {
     return std::nullopt;
 }
 
-std::string History::parse(const std::string& path, Loaded& loaded) {
+std::string History::parse(KOText& text, const std::string& path, Loaded& loaded) {
     constexpr std::size_t headerValues = 4;
-    KOIOReader reader(with_.text);
+    KOIOReader reader(text);
     if (const int result = reader.Load(path); result != 0)
         return result == 1 ? "File not found." : NotUnderstood;
     std::string prefix;
@@ -156,7 +177,7 @@ void History::replay(Loaded loaded, const std::string& filename) {
     savePath_ = filename;
     fileVersion_ = loaded.version;
     saveDirty_ = false;
-    const FreezeScope frozen(*this);
+    replaying_ = true;
     reset();
     changes_ = std::move(loaded.changes);
     while (position_ < loaded.position) {
@@ -164,9 +185,28 @@ void History::replay(Loaded loaded, const std::string& filename) {
         if (position_ == loaded.stopPoint)
             SetUndoStopPoint();
     }
+    replaying_ = false;
+}
+
+void History::replayed(const std::string& filename) {
     UndoStateChanged.raise();
     SaveStateChanged.raise();
-    FileOpened.raise(filename);
+    if (!filename.empty())
+        FileOpened.raise(filename);
+}
+
+bool History::Recover(KOText& lost, const std::string& path) {
+    const BusyScope busy(with_.pointer);
+    std::optional<Loaded> loaded = readFrom(lost, path);
+    if (!loaded)
+        return false;
+    const FreezeScope frozen(*this);
+    replay(std::move(*loaded), path);
+    saveDirty_ = true;
+    journal_.Reset(path);
+    journal_.Begin(*this, path);
+    replayed(path);
+    return true;
 }
 
 } // namespace corvane

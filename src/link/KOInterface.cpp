@@ -26,19 +26,28 @@ void KOInterface::Initialize(const std::string& classToOpen) {
 void KOInterface::SelectUI(const std::string& newClass) {
     if (newClass == class_)
         return;
-    if (control_ == nullptr || control_->UnloadUI()) {
-        class_ = newClass;
-        InterfaceSwapRequested.raise(control_, newClass);
-        history_ = nullptr;
-        if (control_ != nullptr) {
-            control_->setInterfaceChanger(changer_);
-            history_ = control_->HistoryObject();
-        }
-        InterfaceChanged.raise();
-        if (control_ != nullptr)
-            control_->setVisible(true);
-    }
+    if (control_ == nullptr || control_->UnloadUI())
+        swap(newClass);
     updateReadyState();
+}
+
+void KOInterface::Show(const std::string& newClass) {
+    if (newClass != class_)
+        swap(newClass);
+    updateReadyState();
+}
+
+void KOInterface::swap(const std::string& newClass) {
+    class_ = newClass;
+    InterfaceSwapRequested.raise(control_, newClass);
+    history_ = nullptr;
+    if (control_ != nullptr) {
+        control_->setInterfaceChanger(changer_);
+        history_ = control_->HistoryObject();
+    }
+    InterfaceChanged.raise();
+    if (control_ != nullptr)
+        control_->setVisible(true);
 }
 
 void KOInterface::updateReadyState() {

@@ -30,6 +30,8 @@ class KOInterface {
 
     /// Shows the control of `classToOpen`, or of the link's class if that is empty.
     void Initialize(const std::string& classToOpen);
+    /// Shows that control in place of the one on show, which is not asked.
+    void Show(const std::string& newClass);
     /// Does nothing if that control shows already, or if the one on show does not make way.
     void SelectUI(const std::string& newClass);
 
@@ -44,6 +46,7 @@ class KOInterface {
     [[nodiscard]] ProductControl* control() const { return control_.get(); }
 
   private:
+    void swap(const std::string& newClass);
     void updateReadyState();
 
     KOCommLink& link_;

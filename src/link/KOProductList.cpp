@@ -69,6 +69,13 @@ const KOProductProfile* KOProductList::ByExtension(std::string_view Extension) c
     return row == rows_.end() ? nullptr : &*row;
 }
 
+const KOProductProfile* KOProductList::ByTypeCode(std::string_view typeCode) const {
+    const auto row = std::find_if(rows_.begin(), rows_.end(), [&](const KOProductProfile& profile) {
+        return profile.Name == typeCode;
+    });
+    return row == rows_.end() ? nullptr : &*row;
+}
+
 const KOProductProfile* KOProductList::ByIdentificationBuffer(const KOBuffer& buffer,
                                                               Version& deviceType,
                                                               Version& firmwareVersion) const {

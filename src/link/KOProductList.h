@@ -36,7 +36,8 @@ class Version {
 
 /// What the program knows of one product: a row of `KOProductList`.
 struct KOProductProfile {
-    std::string Name;  ///< Also the root of the file type's key in the settings.
+    /// Also the root of the file type's key in the settings, and the type code of its documents.
+    std::string Name;
     std::string Class; ///< Class name of the product's control.
     int deviceMajorID = 0;
     int deviceMinorID = 0;
@@ -64,6 +65,8 @@ class KOProductList {
     [[nodiscard]] int Size() const { return static_cast<int>(rows_.size()); }
     /// The first product of this extension, in capitals or not; nothing if there is none.
     [[nodiscard]] const KOProductProfile* ByExtension(std::string_view Extension) const;
+    /// The first product whose documents have this type code, or nothing.
+    [[nodiscard]] const KOProductProfile* ByTypeCode(std::string_view typeCode) const;
     /// The product that an identification record names. A record that is too short or has a wrong
     /// checksum gives nothing, is told in the log, and leaves the versions; an unknown product
     /// gives nothing and sets them to 0.0.

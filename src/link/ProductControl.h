@@ -5,6 +5,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace corvane {
 
@@ -52,6 +53,11 @@ class ProductControl {
     /// The changer outlives the control.
     virtual void setInterfaceChanger(KOInterfaceChanger&) {}
     [[nodiscard]] virtual History* HistoryObject() { return nullptr; }
+    /// All that it has, also those that the main window does not drive.
+    [[nodiscard]] virtual std::vector<History*> Histories() {
+        History* only = HistoryObject();
+        return only == nullptr ? std::vector<History*>() : std::vector{only};
+    }
     /// Base of the window's title.
     [[nodiscard]] virtual std::optional<std::string> ProductName() const { return std::nullopt; }
     [[nodiscard]] virtual ClipboardCommands* Clipboard() { return nullptr; }

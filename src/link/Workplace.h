@@ -9,6 +9,8 @@
 
 namespace corvane {
 
+class Journals;
+
 /// What all screens of the running program share. All of it outlives them.
 struct Workplace {
     KOCommLink& link;
@@ -25,6 +27,7 @@ struct Workplace {
     KOImages& images;
     Programs& programs;
     const KORegistry& registry;
+    Journals* journals = nullptr; ///< Where what is not saved is kept; nothing for nowhere.
 };
 
 } // namespace corvane

@@ -37,7 +37,7 @@ QuillonControl::QuillonControl(const Workplace& place) : place_(place) {
     for (std::size_t index = 0; index < SlotCount; ++index) {
         slots_[index] = std::make_unique<QuillonSlot>(
             static_cast<int>(index),
-            History::Surroundings{place.dialogs, place.pointer, place.text});
+            History::Surroundings{place.dialogs, place.pointer, place.text, place.journals});
         connect(*slots_[index]);
         refresh(*slots_[index]);
     }
@@ -76,6 +76,13 @@ void QuillonControl::showProgress(QuillonSlot& slot, int position, int total) {
     const bool under = position != 0 && position != total && total != 0;
     const int percent = under ? static_cast<int>(100.0 * position / total + 0.5) : 0;
     slot.ProgramProgress.setCaption(under ? std::to_string(percent) + "%" : "");
+}
+
+std::vector<History*> QuillonControl::Histories() {
+    std::vector<History*> all;
+    for (const auto& slot : slots_)
+        all.push_back(&slot->program.HistoryObject());
+    return all;
 }
 
 void QuillonControl::ProcessPacket(const KOPacket& packet) {

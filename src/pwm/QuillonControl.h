@@ -37,6 +37,7 @@ class QuillonControl final : public ProductControl {
 
     void ProcessPacket(const KOPacket& packet) override;
     void UpdateReadyState(bool) override {}
+    [[nodiscard]] std::vector<History*> Histories() override;
     [[nodiscard]] MenuList* OptionsMenu() override { return &options; }
     [[nodiscard]] std::optional<TwipSize> GetSuggestedClientSize() const override {
         return TwipSize{4455, 4215};

@@ -1,6 +1,8 @@
 #include "shell/MainForm.h"
 
+#include "history/Journals.h"
 #include "shell/KOFlash.h"
+#include "shell/Recovery.h"
 #include "system/File.h"
 
 #include <algorithm>
@@ -43,6 +45,7 @@ MainForm::MainForm(const Workplace& place, const ProductControls& controls,
     connections_.push_back(tmrUpdate.Fired.connect([this] { place_.link.Update(); }));
     recentFiles_->Initialize(*interface_);
     connectMenu();
+    connectJournals();
 }
 
 MainForm::~MainForm() = default;
@@ -87,12 +90,33 @@ void MainForm::Initialize(const std::string& fileToOpen) {
                                                                   " &Drivers");
     menu.mnuHelpTroubleshootingReprogramCorvaneEEPROM.setCaption("Reprogram " + name + " &EEPROM");
     menu.mnuHelpTroubleshootingRestartCorvane.setCaption("&Restart " + name);
+    Recovery recovery(place_, *interface_);
+    recovery.Offer();
     const KOProductProfile* product = place_.products.ByExtension(KOIOExtension(fileToOpen));
-    interface_->Initialize(product == nullptr ? std::string() : product->Class);
+    const bool ready = recovery.ShowControl(product == nullptr ? std::string() : product->Class);
     updateAllMenus();
     updateOptionsMenu();
-    if (!fileToOpen.empty())
+    if (ready && !fileToOpen.empty())
         OpenFile(fileToOpen);
+}
+
+void MainForm::connectJournals() {
+    if (place_.journals == nullptr)
+        return;
+    connections_.push_back(place_.journals->Failed.connect([this](const std::string& reason) {
+        whyNoJournals_ = reason;
+        tmrTell.setEnabled(true);
+    }));
+    connections_.push_back(tmrTell.Fired.connect([this] {
+        tmrTell.setEnabled(false);
+        place_.dialogs.Message(
+            {ProgramName,
+             "Changes can't be kept safe from a crash, because the folder " +
+                 place_.journals->folder().string() + " can't be written (" + whyNoJournals_ +
+                 ").\r\n\r\nMake room on the disk or give yourself the rights, and save often "
+                 "until then.",
+             MessageBox::Icon::Warning, MessageBox::Buttons::Ok});
+    }));
 }
 
 void MainForm::OpenFile(const std::string& filename) {

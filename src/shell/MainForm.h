@@ -66,10 +66,12 @@ class MainForm {
 
     MainMenu menu;
     Timer tmrUpdate{50, true};
+    Timer tmrTell{1, false}; ///< Tells what could not be told in the middle of a change.
     AboutForm about;
     DebugForm debugForm;
 
   private:
+    void connectJournals();
     void connectMenu();
     void swapControl(std::unique_ptr<ProductControl>& current, const std::string& newName);
     void adoptOptionsMenu();
@@ -97,6 +99,7 @@ class MainForm {
     ClipboardCommands* clipboard_ = nullptr;
     History* history_ = nullptr;
     BottomBand* band_ = nullptr;
+    std::string whyNoJournals_;
     std::string title_ = ProgramName;
     TwipSize clientSize_{11010, 7770};
     BandPlace bandPlace_;

@@ -29,6 +29,10 @@ fs::path CacheFolder() {
     return base("XDG_CACHE_HOME", ".cache") / "corvane";
 }
 
+fs::path StateFolder() {
+    return base("XDG_STATE_HOME", ".local/state") / "corvane";
+}
+
 fs::path DataFolder() {
     return base("XDG_DATA_HOME", ".local/share");
 }

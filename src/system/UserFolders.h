@@ -9,6 +9,8 @@ namespace corvane {
 [[nodiscard]] std::filesystem::path ConfigurationFolder();
 /// Where what can be fetched again is kept.
 [[nodiscard]] std::filesystem::path CacheFolder();
+/// Where what should outlive the program, but is neither a document nor a setting, is kept.
+[[nodiscard]] std::filesystem::path StateFolder();
 /// Where documents of the desktop's own are kept that describe the program to it: "share" of the
 /// user. Not below "corvane".
 [[nodiscard]] std::filesystem::path DataFolder();

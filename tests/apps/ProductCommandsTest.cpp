@@ -32,6 +32,33 @@ TEST_F(BenchProgram, ChecksAndConvertsDocuments) {
     }
 }
 
+TEST_F(BenchProgram, RecoverListsJournalsAndSavesWhatOneHolds) {
+    const std::filesystem::path journals = folder.path() / "corvane" / "journals";
+    ::setenv("XDG_STATE_HOME", folder.path().c_str(), 1);
+    EXPECT_EQ(ctl({"recover"}).output, "");
+    std::filesystem::create_directories(journals);
+    std::filesystem::permissions(journals, std::filesystem::perms(0700));
+    folder.file("corvane/journals/1-1.journal",
+                "CorvaneJournal\t1\t/of/a.lumora\t\nLumora\t0\t0\t0\t2\n"
+                "Record\tLumoraTrackInsert\t1\t0\t1\t50\t0.5\nUndo\nRedo\nUndo\n");
+    folder.file("corvane/journals/1-2.journal.aside", "torn");
+    EXPECT_EQ(ctl({"recover"}).output,
+              "1-1.journal\tLumora\t1\t/of/a.lumora\n1-2.journal.aside\tunsound\t0\t(new "
+              "document)\n");
+    const std::string out = folder.path() / "out.lumora";
+    EXPECT_EQ(ctl({"recover", "1-1.journal"}).status, 2);
+    EXPECT_EQ(ctl({"recover", "1-3.journal", out}).errors,
+              "corvanectl: there is no journal 1-3.journal of a program that is gone\n");
+    EXPECT_EQ(ctl({"recover", "1-2.journal.aside", out}).errors,
+              "corvanectl: Can't understand the file format.\n");
+    EXPECT_EQ(ctl({"recover", "1-1.journal", "/nowhere/a.lumora"}).errors,
+              "corvanectl: Can't save the file.\n");
+    EXPECT_EQ(ctl({"recover", "1-1.journal", out}).status, 0);
+    EXPECT_EQ(folder.content("out.lumora"),
+              "Lumora\t1\t0\t0\t2\nLumoraTrackInsert\t1\t0\t1\t50\t.5\n");
+    EXPECT_TRUE(std::filesystem::exists(journals / "1-1.journal.aside"));
+}
+
 TEST_F(BenchProgram, ProgramsALightControllerThatThenPlaysTheProgram) {
     const std::string memory = folder.path() / "memory";
     const std::string light =

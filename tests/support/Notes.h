@@ -10,8 +10,8 @@ namespace corvane {
 /// The simplest document there can be: lines of text, appended by changes.
 class Notes final : public HistoryHost {
   public:
-    Notes(Dialogs& dialogs, BusyPointer& pointer, FileDoor& files)
-        : text_(files), history(*this, {dialogs, pointer, text_}) {
+    Notes(Dialogs& dialogs, BusyPointer& pointer, FileDoor& files, Journals* journals = nullptr)
+        : text_(files), history(*this, {dialogs, pointer, text_, journals}) {
         history.setFilter("Notes (*.note)|*.note");
         history.setTypeCode("Notes");
         history.setVersionCode(2);

@@ -2,9 +2,12 @@
 
 #include "apps/support/ConsoleDialogs.h"
 #include "apps/support/ExitStatus.h"
+#include "base/HeldFile.h"
+#include "history/LostJournal.h"
 #include "shell/ProductDocuments.h"
 #include "system/File.h"
 
+#include <algorithm>
 #include <iostream>
 
 namespace corvane {
@@ -43,6 +46,35 @@ int CheckDocument(Program& program, const std::string& file) {
     std::cout << "type\t" << history.TypeCode() << "\nversion\t" << history.fileVersion()
               << "\nchanges\t" << history.Length() << "\nposition\t" << history.position()
               << "\nstop point\t" << history.undoStopPoint() << '\n';
+    return ExitStatus::Done;
+}
+
+int ListLostDocuments(Program& program) {
+    for (const LostJournal& lost : program.journals.LostAndAside())
+        std::cout << lost.Name() << '\t'
+                  << (lost.isSound() ? lost.TypeCode() : std::string("unsound")) << '\t'
+                  << lost.Length() << '\t'
+                  << (lost.documentPath().empty() ? "(new document)" : lost.documentPath()) << '\n';
+    return ExitStatus::Done;
+}
+
+int RecoverDocument(Program& program, const std::string& name, const std::string& to) {
+    std::vector<LostJournal> all = program.journals.LostAndAside();
+    const auto lost = std::find_if(
+        all.begin(), all.end(), [&](const LostJournal& journal) { return journal.Name() == name; });
+    if (lost == all.end())
+        return Fail("there is no journal " + name + " of a program that is gone");
+    const KOProductProfile* product = program.products.ByTypeCode(lost->TypeCode());
+    if (!lost->isSound() || product == nullptr)
+        return Fail(History::NotUnderstood);
+    HeldFile held(lost->document(), program.files);
+    TextFiles text(held);
+    ConsoleDialogs dialogs;
+    dialogs.setSaveName(to);
+    const auto document = ProductDocuments().create(product->Class, {dialogs, dialogs, text});
+    if (!document->history().OpenHistory(name) || !document->history().SaveHistoryAs())
+        return ExitStatus::Failed;
+    lost->SetAside();
     return ExitStatus::Done;
 }
 

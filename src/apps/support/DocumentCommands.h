@@ -13,5 +13,9 @@ namespace corvane {
 int CheckDocument(Program& program, const std::string& file);
 /// Opens a document and saves it under another name.
 int ConvertDocument(Program& program, const std::string& from, const std::string& to);
+/// Prints a line for each journal of a program that is gone: name, type code, changes, file.
+int ListLostDocuments(Program& program);
+/// Saves what the journal of this name holds as a document, and puts the journal aside.
+int RecoverDocument(Program& program, const std::string& name, const std::string& to);
 
 } // namespace corvane

@@ -32,6 +32,7 @@ Program::Program(const RunModes& runModes, const DeviceDoor& door)
     : modes(runModes),
       debug(modes),
       settings(ConfigurationFolder(), files),
+      journals(StateFolder() / "journals", files),
       session_(clock, callbacksTo(debug)),
       devices_(allSources(clock), session_, debug),
       door_(door ? door(devices_) : nullptr),

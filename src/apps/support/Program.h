@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/KODebug.h"
+#include "history/Journals.h"
 #include "kolib/devices/LinkDevices.h"
 #include "kolib/images/QtImages.h"
 #include "kolib/text/TextFiles.h"
@@ -41,6 +42,7 @@ class Program {
     SystemPrograms programs;
     SettingsStore settings;
     KORegistry registry{settings};
+    Journals journals; ///< For screens that a person edits at.
 
   private:
     struct DevicePause final : Pause {

@@ -1,0 +1,65 @@
+#pragma once
+
+#include "base/Event.h"
+#include "base/FileDoor.h"
+#include "system/AppendedFile.h"
+#include "system/BackgroundSync.h"
+
+#include <chrono>
+#include <cstdint>
+#include <filesystem>
+#include <vector>
+
+namespace corvane {
+
+class LostJournal;
+
+/// The folder of the journals: what is done to open documents and has not been saved. Each is
+/// written by one running program, which holds it locked; one that nobody holds has been lost with
+/// its program. Where the folder can't be had or written nothing is kept, and that is told once.
+class Journals {
+  public:
+    static constexpr const char* Ending = ".journal";
+    static constexpr const char* AsideEnding = ".aside"; ///< Behind the other one.
+    static constexpr int DaysAside = 7;
+
+    /// The folder is made when something is first written.
+    Journals(std::filesystem::path folder, FileDoor& files)
+        : folder_(std::move(folder)), files_(files) {}
+
+    /// After a failure, how long until the next try.
+    std::chrono::milliseconds RetryAfter{10000};
+    /// Why journals can't be written. Raised once, from within a change.
+    Event<const std::string&> Failed;
+
+    /// A new journal that begins with this; nothing if it can't be had.
+    [[nodiscard]] std::shared_ptr<AppendedFile> Begin(std::string_view content);
+    /// Appends a line. False, and the journal stands as it was, if that can't be.
+    [[nodiscard]] bool Append(const std::shared_ptr<AppendedFile>& journal, std::string_view line);
+
+    /// What programs that are gone have left, oldest first; the caller holds these journals then.
+    /// What they had put aside longer than a week ago goes.
+    [[nodiscard]] std::vector<LostJournal> Lost();
+    /// The same with what has been put aside, and without anything going.
+    [[nodiscard]] std::vector<LostJournal> LostAndAside();
+
+    [[nodiscard]] const std::filesystem::path& folder() const { return folder_; }
+    [[nodiscard]] FileDoor& files() const { return files_; }
+
+  private:
+    template<class Take>
+    void look(Take take);
+    void tell();
+
+    std::filesystem::path folder_;
+    FileDoor& files_;
+    BackgroundSync sync_;
+    bool told_ = false;
+};
+
+/// A number that stands for a content. Another content has almost surely another one.
+[[nodiscard]] std::uint64_t ContentSum(std::string_view bytes);
+/// The same of a file; nothing if it can't be read.
+[[nodiscard]] std::string FileSum(FileDoor& files, const std::string& path);
+
+} // namespace corvane

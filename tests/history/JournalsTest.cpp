@@ -1,0 +1,303 @@
+#include "base/HeldFile.h"
+#include "history/LostJournal.h"
+#include "support/Notes.h"
+#include "support/TemporaryFolder.h"
+
+#include <gmock/gmock.h>
+
+#include <csignal>
+#include <fcntl.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace corvane {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::SizeIs;
+using Lines = std::vector<std::string>;
+namespace fs = std::filesystem;
+
+constexpr int Day = 24 * 60 * 60;
+
+class JournalsTest : public testing::Test {
+  protected:
+    TemporaryFolder folder;
+    const fs::path state = folder.path() / "journals";
+    Person person;
+    DiskFiles files;
+    Journals journals{state, files};
+    std::optional<Notes> notes{std::in_place, person, person, files, &journals};
+
+    [[nodiscard]] Lines names() const {
+        Lines all;
+        std::error_code error;
+        for (const auto& entry : fs::directory_iterator(state, error))
+            all.push_back(entry.path().filename());
+        return all;
+    }
+    /// What the program would leave if it were killed now, as a journal of this name.
+    void leave(const std::string& name = "1-1.journal") const {
+        ASSERT_THAT(names(), SizeIs(1));
+        fs::copy_file(state / names()[0], state / name);
+    }
+    void leaveText(const std::string& text, const std::string& name = "1-1.journal") const {
+        fs::create_directories(state);
+        fs::permissions(state, fs::perms(0700));
+        std::ofstream(state / name) << text;
+    }
+    void saveAs(const std::string& name) {
+        person.files = {folder.path() / name};
+        ASSERT_TRUE(notes->history.SaveHistoryAs());
+    }
+    void age(const std::string& name, int days) const {
+        const timespec then{::time(nullptr) - static_cast<long>(days) * Day, 0};
+        const timespec both[2] = {then, then};
+        ::utimensat(AT_FDCWD, (state / name).c_str(), both, 0);
+    }
+};
+
+TEST_F(JournalsTest, WhatWasDoneComesBackDirtyAndUndoable) {
+    saveAs("a.note");
+    for (const char* line : {"one", "tab\there", "lost", "line\nfeed"})
+        notes->add(line);
+    notes->history.Undo();
+    notes->history.Undo();
+    notes->add("in its place");
+    notes->history.Undo();
+    leave();
+    const std::vector<LostJournal> lost = journals.Lost();
+    ASSERT_THAT(lost, SizeIs(1));
+    EXPECT_TRUE(lost[0].isSound());
+    EXPECT_FALSE(lost[0].isNothingLost());
+    EXPECT_EQ(lost[0].TypeCode(), "Notes");
+    EXPECT_EQ(lost[0].Length(), 3);
+    EXPECT_EQ(lost[0].unchangedPath(), folder.path() / "a.note");
+    folder.file("a.note", "another program wrote this");
+    EXPECT_EQ(lost[0].unchangedPath(), "");
+    EXPECT_EQ(lost[0].documentPath(), folder.path() / "a.note");
+
+    Notes other(person, person, files, &journals);
+    HeldFile held(lost[0].document(), files);
+    TextFiles text(held);
+    ASSERT_TRUE(other.history.Recover(text, "/of/a.note"));
+    EXPECT_EQ(other.lines, (Lines{"one", "tab\there"}));
+    EXPECT_TRUE(other.history.SaveDirty());
+    EXPECT_TRUE(other.history.isJournalUpToDate());
+    EXPECT_EQ(other.history.savePath(), "/of/a.note");
+    other.history.Redo();
+    EXPECT_EQ(other.lines, (Lines{"one", "tab\there", "in its place"}));
+    while (other.history.CanUndo())
+        other.history.Undo();
+    EXPECT_THAT(other.lines, IsEmpty());
+}
+
+TEST_F(JournalsTest, GoesWithTheReasonForIt) {
+    EXPECT_FALSE(fs::exists(state)); // nothing is kept of a document that nobody touched
+    notes->add("a");
+    EXPECT_THAT(names(), SizeIs(1));
+    saveAs("a.note");
+    EXPECT_THAT(names(), IsEmpty());
+    notes->history.Undo();
+    EXPECT_THAT(names(), SizeIs(1));
+    person.answers = {Answer::No};
+    ASSERT_TRUE(notes->history.NewHistory());
+    EXPECT_THAT(names(), IsEmpty());
+    notes->add("b");
+    person.answers = {Answer::No};
+    ASSERT_TRUE(notes->history.OpenHistory(folder.path() / "a.note"));
+    EXPECT_THAT(names(), IsEmpty());
+    notes->add("c");
+    leave();
+    notes.reset();
+    EXPECT_THAT(names(), ElementsAre("1-1.journal"));
+    const std::vector<LostJournal> lost = journals.Lost();
+    ASSERT_THAT(lost, SizeIs(1));
+    EXPECT_EQ(lost[0].document(), "Notes\t2\t2\t0\t2\nNote\ta\nNote\tc\n");
+    folder.file("a.note", lost[0].document()); // saved, and then killed
+    EXPECT_TRUE(lost[0].isNothingLost());
+}
+
+TEST_F(JournalsTest, AnOpenedDocumentsChangesAndStopPointAreInIt) {
+    folder.file("a.note", "Notes\t3\t2\t2\t1\nNote\ta\nMarker\tNothing\nNote\tc\n");
+    ASSERT_TRUE(notes->history.OpenHistory(folder.path() / "a.note"));
+    notes->history.Redo();
+    notes->history.Undo();
+    leave();
+    EXPECT_EQ(journals.Lost().at(0).document(),
+              "Notes\t3\t2\t2\t2\nNote\ta\nMarker\tNothing\nNote\tc\n");
+    notes->history.Undo(); // beyond the stop point
+    fs::remove(state / "1-1.journal");
+    leave();
+    EXPECT_EQ(journals.Lost().at(0).document(),
+              "Notes\t3\t1\t1\t2\nNote\ta\nMarker\tNothing\nNote\tc\n");
+}
+
+TEST_F(JournalsTest, ATornLastLineIsDroppedAndAnythingElseRefuses) {
+    const std::string head = "CorvaneJournal\t1\t\t\nNotes\t1\t1\t0\t2\nNote\ta\n";
+    const auto documentOf = [&](const std::string& journal) {
+        leaveText(journal);
+        const LostJournal lost = std::move(journals.Lost().at(0));
+        return lost.isSound() ? lost.document() : "unsound";
+    };
+    EXPECT_EQ(documentOf(head + "Record\tNote\tb\nUndo"), "Notes\t2\t2\t0\t2\nNote\ta\nNote\tb\n");
+    EXPECT_EQ(documentOf(head + "Undo\nRecord\tNote\tb" + std::string(5000, '\0')),
+              "Notes\t1\t0\t0\t2\nNote\ta\n");
+    for (const std::string& bad :
+         {std::string(), std::string("\n"), head.substr(0, 19), head.substr(0, 30),
+          "CorvaneJournal\t2" + head.substr(16), "Notes\t0\t0\t0\t2\n" + head, head + "Redo\n",
+          head + "Undo\nUndo\n", head + "undo\n", head + "Record\n", head + "\n",
+          std::string("CorvaneJournal\t1\t\t\nNotes\t1\t2\t0\t2\nNote\ta\n"),
+          std::string("CorvaneJournal\t1\t\t\nNotes\t-1\t-2\t0\t2\n\xff\n"),
+          std::string("CorvaneJournal\t1\t\t\nNotes\t999999999\t0\t0\t2\nNote\ta\n")})
+        EXPECT_EQ(documentOf(bad), "unsound") << bad;
+}
+
+TEST_F(JournalsTest, NobodyTakesWhatAnotherHolds) {
+    notes->add("a");
+    Journals second(state, files);
+    EXPECT_THAT(second.Lost(), IsEmpty());
+    Notes beside(person, person, files, &second);
+    beside.add("b");
+    EXPECT_THAT(names(), SizeIs(2));
+    EXPECT_THAT(journals.Lost(), IsEmpty());
+    leaveText("");
+    {
+        const std::vector<LostJournal> held = journals.Lost();
+        EXPECT_THAT(held, SizeIs(1));
+        EXPECT_THAT(second.Lost(), IsEmpty()); // its question is on the other's screen
+    }
+    EXPECT_THAT(second.Lost(), SizeIs(1));
+}
+
+TEST_F(JournalsTest, IsForItsUserAlone) {
+    ::umask(0);
+    notes->add("a");
+    ::umask(022);
+    struct stat status {};
+    ASSERT_EQ(::stat((state / names()[0]).c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 0777U, 0600U);
+    ASSERT_EQ(::stat(state.c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 0777U, 0700U);
+    notes.reset();
+    // Neither a link nor another's file is taken for one of this user's.
+    const std::string elsewhere = folder.file("elsewhere", "precious");
+    fs::create_symlink(elsewhere, state / "1-1.journal");
+    fs::create_directory(state / "1-2.journal");
+    leaveText("", "1-3.journal");
+    if (::chown((state / "1-3.journal").c_str(), 65534, 65534) != 0)
+        fs::remove(state / "1-3.journal"); // only root may give files away
+    EXPECT_THAT(journals.Lost(), IsEmpty());
+    EXPECT_EQ(folder.content("elsewhere"), "precious");
+}
+
+/// Work without journals goes on, the person is told why, and once.
+class NoJournals : public JournalsTest {
+  protected:
+    Lines told;
+    Connection onFailed =
+        journals.Failed.connect([this](const std::string& why) { told.push_back(why); });
+
+    void expectWorkGoesOn() {
+        for (int i = 0; i < 3; ++i)
+            notes->add("line");
+        notes->history.Undo();
+        notes->history.Redo();
+        saveAs("a.note");
+        notes->add("line");
+        EXPECT_THAT(notes->lines, SizeIs(4));
+        EXPECT_FALSE(notes->history.isJournalUpToDate());
+        EXPECT_THAT(told, SizeIs(1));
+    }
+};
+
+TEST_F(NoJournals, WhereTheFolderCantBeWritten) {
+    const bool root = ::geteuid() == 0;
+    fs::create_directory(state);
+    fs::permissions(state, fs::perms(0500));
+    if (root) { // for whom rights do not count
+        fs::permissions(folder.path(), fs::perms(0777));
+        ASSERT_EQ(::chown(state.c_str(), 65534, 65534), 0);
+        ASSERT_EQ(::seteuid(65534), 0);
+    }
+    expectWorkGoesOn();
+    EXPECT_THAT(journals.Lost(), IsEmpty());
+    ASSERT_EQ(::seteuid(root ? 0 : ::getuid()), 0);
+    EXPECT_THAT(told, ElementsAre("Permission denied"));
+}
+
+TEST_F(NoJournals, WhereTheFolderIsOpenToOthersOrIsNone) {
+    fs::create_directory(state);
+    fs::permissions(state, fs::perms(0777));
+    leaveText("", "1-1.journal");
+    fs::permissions(state, fs::perms(0777));
+    expectWorkGoesOn();
+    EXPECT_THAT(journals.Lost(), IsEmpty());
+    Journals nowhere(folder.file("file", "") + "/journals", files);
+    Notes beside(person, person, files, &nowhere);
+    beside.add("a");
+    EXPECT_THAT(nowhere.Lost(), IsEmpty());
+}
+
+TEST_F(NoJournals, AFullDiskCostsOnlyWhatDidNotFit) {
+    constexpr rlim_t room = 100000;
+    rlimit before{};
+    ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &before), 0);
+    const rlimit tight{room, before.rlim_max};
+    ::signal(SIGXFSZ, SIG_IGN);
+    ::setrlimit(RLIMIT_FSIZE, &tight);
+    const std::string line(1000, 'x');
+    int kept = 0;
+    while (told.empty() && kept < 1000) {
+        notes->add(line);
+        kept += notes->history.isJournalUpToDate() ? 1 : 0;
+    }
+    EXPECT_EQ(notes->history.Length(), kept + 1);
+    notes->history.Undo();
+    ::setrlimit(RLIMIT_FSIZE, &before);
+    leave();
+    EXPECT_EQ(journals.Lost().at(0).Length(), kept);
+    fs::remove(state / "1-1.journal");
+    notes->add(line); // too soon for the next try
+    EXPECT_FALSE(notes->history.isJournalUpToDate());
+    journals.RetryAfter = {};
+    notes->add(line);
+    saveAs("a.note");
+    notes->history.Undo();
+    EXPECT_TRUE(notes->history.isJournalUpToDate());
+    leave();
+    EXPECT_THAT(journals.Lost().at(0).document(),
+                testing::StartsWith("Notes\t" + std::to_string(kept + 2) + "\t" +
+                                    std::to_string(kept + 1) + "\t0\t2\n"));
+    EXPECT_THAT(told, SizeIs(1));
+}
+
+TEST_F(JournalsTest, WhatWasPutAsideStaysAWeekWhateverTheClockSays) {
+    for (const char* name : {"1-1.journal", "1-2.journal", "1-3.journal", "1-4.journal"}) {
+        leaveText("", name);
+        age(name, 30); // lost long ago is not put aside long ago
+    }
+    leaveText("", "1-1.journal.aside");
+    for (const LostJournal& lost : journals.Lost())
+        lost.SetAside();
+    EXPECT_THAT(journals.Lost(), IsEmpty());
+    EXPECT_THAT(names(), SizeIs(5));
+    EXPECT_THAT(journals.LostAndAside(), SizeIs(5));
+    age("1-2.journal.aside", 6);
+    age("1-3.journal.aside", 8);
+    age("1-4.journal.aside", -3); // the clock was set back
+    age("1-1.journal.aside", 20000);
+    EXPECT_THAT(journals.Lost(), IsEmpty());
+    EXPECT_FALSE(fs::exists(state / "1-3.journal.aside"));
+    EXPECT_THAT(names(), SizeIs(4));
+    struct stat status {};
+    for (const char* name : {"1-4.journal.aside", "1-1.journal.aside"}) {
+        ASSERT_EQ(::stat((state / name).c_str(), &status), 0);
+        EXPECT_LT(std::abs(::time(nullptr) - status.st_mtim.tv_sec), 60) << name;
+    }
+}
+
+} // namespace
+} // namespace corvane

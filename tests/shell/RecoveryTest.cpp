@@ -1,0 +1,196 @@
+#include "history/LostJournal.h"
+#include "light/LumoraUndoableTrackChange.h"
+#include "relay/PactorDocument.h"
+#include "shell/MainForm.h"
+#include "support/Desk.h"
+
+#include <gmock/gmock.h>
+
+namespace corvane {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::SizeIs;
+using Texts = std::vector<std::string>;
+namespace fs = std::filesystem;
+
+class RecoveryTest : public testing::Test {
+  protected:
+    /// What a killed program leaves that had this document open, on this path, and changed it.
+    template<class Document, class Work>
+    void leave(const std::string& name, const std::string& path, Work work) {
+        const fs::path aside = desk.folder.path() / "killed";
+        {
+            Journals killed(aside, desk.files);
+            Document document({desk.person, desk.person, desk.text, &killed});
+            if (!path.empty()) {
+                desk.person.files = {path};
+                ASSERT_TRUE(document.HistoryObject().SaveHistoryAs());
+            }
+            work(document);
+            fs::create_directories(journals.folder());
+            fs::permissions(journals.folder(), fs::perms(0700));
+            for (const auto& entry : fs::directory_iterator(aside))
+                fs::copy_file(entry.path(), journals.folder() / name);
+        }
+    }
+    void leaveRelay(const std::string& name, const std::string& path) {
+        leave<PactorDocument>(name, path, [](PactorDocument& relay) {
+            relay.record(PactorDocument::TripPoint, 0, "33");
+            relay.record(PactorDocument::Hysteresis, 0, "7");
+            relay.HistoryObject().Undo();
+        });
+    }
+    void start(const std::string& file = {}) {
+        form.reset();
+        form = std::make_unique<MainForm>(place, controls, application);
+        form->Initialize(file);
+    }
+    History& history() { return *form->control()->HistoryObject(); }
+    Texts questions() {
+        Texts all;
+        for (const MessageBox& box : desk.person.messages)
+            all.push_back(box.text);
+        desk.person.messages.clear();
+        return all;
+    }
+    Texts names() {
+        Texts all;
+        for (const auto& entry : fs::directory_iterator(journals.folder()))
+            all.push_back(entry.path().filename());
+        std::sort(all.begin(), all.end());
+        return all;
+    }
+
+    Desk desk;
+    Journals journals{desk.folder.path() / "state", desk.files};
+    Workplace place = [this] {
+        Workplace same = desk.place;
+        same.journals = &journals;
+        return same;
+    }();
+    Application application{desk.programs, desk.person};
+    ProductControls controls{place, desk.keys};
+    std::unique_ptr<MainForm> form;
+    const std::string relayFile = desk.folder.path() / "mine.relay";
+};
+
+constexpr const char* AboutMine = "Corvane did not close properly. Would you like to get back the "
+                                  "changes made to mine.relay?";
+constexpr const char* AboutNew = "Corvane did not close properly. Would you like to get back the "
+                                 "changes made to a new document?";
+
+TEST_F(RecoveryTest, YesOpensItWithAllItsChangesUnderItsPath) {
+    leaveRelay("1-1.journal", relayFile);
+    desk.person.answers = {Answer::Yes};
+    start();
+    ASSERT_THAT(desk.person.messages, SizeIs(1));
+    EXPECT_EQ(desk.person.messages[0].title, "Corvane");
+    EXPECT_EQ(desk.person.messages[0].icon, MessageBox::Icon::Question);
+    EXPECT_EQ(desk.person.messages[0].buttons, MessageBox::Buttons::YesNo);
+    EXPECT_THAT(questions(), ElementsAre(AboutMine));
+    EXPECT_EQ(form->interface().InterfaceClass(), "Corvane.PactorControl");
+    EXPECT_EQ(form->Title(), "Dervan/Maltrex - " + relayFile + "*");
+    EXPECT_EQ(history().Length(), 2);
+    EXPECT_EQ(history().position(), 1);
+    EXPECT_TRUE(form->menu.mnuEditUndo.Enabled());
+    EXPECT_TRUE(form->menu.mnuEditRedo.Enabled());
+    EXPECT_FALSE(fs::exists(journals.folder() / "1-1.journal"));
+    EXPECT_THAT(names(), SizeIs(1)); // it is kept again, by this program
+    form->menu.mnuFileSave.choose();
+    EXPECT_THAT(names(), IsEmpty());
+    start();
+    EXPECT_THAT(questions(), IsEmpty());
+}
+
+TEST_F(RecoveryTest, NoKeepsItAsideAndAsksNoMore) {
+    leaveRelay("1-1.journal", {});
+    desk.person.answers = {Answer::No};
+    start();
+    EXPECT_THAT(questions(), ElementsAre(AboutNew));
+    EXPECT_THAT(names(), ElementsAre("1-1.journal.aside"));
+    start();
+    EXPECT_THAT(questions(), IsEmpty());
+    EXPECT_EQ(form->interface().InterfaceClass(), "Corvane.LumoraControl");
+}
+
+TEST_F(RecoveryTest, OfAFileThatAnotherChangedItIsANewDocument) {
+    leaveRelay("1-1.journal", relayFile);
+    desk.folder.file("mine.relay", "Pactor\t0\t0\t0\t1\n\n");
+    desk.person.answers = {Answer::Yes};
+    start();
+    EXPECT_THAT(questions(), ElementsAre(AboutMine));
+    EXPECT_EQ(form->Title(), "Dervan/Maltrex*");
+    EXPECT_EQ(history().position(), 1);
+}
+
+TEST_F(RecoveryTest, AGivenFileOpensAfterIt) {
+    leaveRelay("1-1.journal", {});
+    const std::string light = desk.folder.file("a.lumora", "Lumora\t0\t0\t0\t2\n");
+    desk.person.answers = {Answer::Yes, Answer::Cancel}; // then asked to save what came back
+    start(light);
+    EXPECT_THAT(questions(), ElementsAre(AboutNew, "Changes have been made. Would you like to "
+                                                   "save them?"));
+    EXPECT_EQ(form->Title(), "Dervan/Maltrex*"); // and not lost by an answer that was none
+
+    form.reset();
+    leaveRelay("1-1.journal", {});
+    desk.person.answers = {Answer::Yes, Answer::No};
+    start(light);
+    EXPECT_EQ(form->Title(), "Lumora - " + light);
+    EXPECT_THAT(names(), IsEmpty());
+}
+
+TEST_F(RecoveryTest, EachProductsDocumentIsOffered) {
+    leaveRelay("1-1.journal", {});
+    leave<LumoraDocument>("1-2.journal", {}, [](LumoraDocument& light) {
+        auto change = std::make_unique<LumoraUndoableTrackChange>();
+        change->Initialize(light, true, 1, false, {1, 50, 1.0, "P", 20});
+        light.HistoryObject().Record(std::move(change));
+    });
+    leave<PactorDocument>("1-3.journal", relayFile, [this](PactorDocument& relay) {
+        relay.record(PactorDocument::TripPoint, 0, "33");
+        desk.folder.file("mine.relay", "Pactor\t1\t1\t0\t1\nPactorText\t0\tTrip Point\t50\t33\n");
+    }); // equal to its file: nothing to ask
+    desk.person.answers = {Answer::No, Answer::Yes};
+    start();
+    EXPECT_THAT(questions(), ElementsAre(AboutNew, AboutNew));
+    EXPECT_EQ(form->interface().InterfaceClass(), "Corvane.LumoraControl");
+    EXPECT_EQ(history().Length(), 1);
+    EXPECT_THAT(names(), SizeIs(2)); // the one put aside, and this program's own
+}
+
+TEST_F(RecoveryTest, AnUnsoundOneIsRefusedInWordsAndKept) {
+    leaveRelay("1-1.journal", {});
+    const fs::path journal = journals.folder() / "1-1.journal";
+    std::ofstream(journal) << "CorvaneJournal\t1\t\t\nPactor\t1\t1\t0\t1\nOther\t0\n";
+    std::ofstream(journals.folder() / "1-2.journal") << "no journal\n";
+    std::ofstream(journals.folder() / "1-3.journal")
+        << "CorvaneJournal\t1\t\t\nStranger\t1\t1\t0\t1\nOther\t0\n";
+    desk.person.answers = {Answer::Yes};
+    start();
+    EXPECT_THAT(questions(),
+                testing::UnorderedElementsAre(
+                    AboutNew, "Can't understand the file format (unrecognized prefix).",
+                    "Can't understand the file format."));
+    // One of a product that this program does not know is left for a program that does.
+    EXPECT_THAT(names(), ElementsAre("1-1.journal.aside", "1-2.journal.aside", "1-3.journal"));
+    EXPECT_FALSE(history().SaveDirty());
+}
+
+TEST_F(RecoveryTest, AJournalThatCantBeWrittenIsToldOnceWhenTheChangeIsOver) {
+    desk.folder.file("state", "in the way");
+    start(desk.folder.file("a.relay", "Pactor\t0\t0\t0\t1\n"));
+    EXPECT_THAT(questions(), IsEmpty());
+    history().Record(std::make_unique<KODoNothingChange>());
+    EXPECT_THAT(questions(), IsEmpty());
+    ASSERT_TRUE(form->tmrTell.Enabled());
+    form->tmrTell.Fired.raise();
+    EXPECT_THAT(questions(), SizeIs(1));
+    history().Record(std::make_unique<KODoNothingChange>());
+    EXPECT_FALSE(form->tmrTell.Enabled());
+}
+
+} // namespace
+} // namespace corvane
