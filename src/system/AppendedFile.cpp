@@ -52,7 +52,7 @@ fs::path giveName(const Handle& file, const std::string& firstName, const fs::pa
     const int flags = firstName.empty() ? AT_SYMLINK_FOLLOW : 0;
     for (int number = 1;; ++number) {
         fs::path path = folder / (std::to_string(::getpid()) + "-" + std::to_string(number) +
-                                        std::string(ending));
+                                  std::string(ending));
         if (::linkat(AT_FDCWD, source.c_str(), AT_FDCWD, path.c_str(), flags) == 0)
             return path;
         if (errno != EEXIST)
