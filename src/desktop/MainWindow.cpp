@@ -39,7 +39,10 @@ MainWindow::MainWindow(MainForm& form, LinkStatus& status)
     area_->installEventFilter(this);
     Bind(menuBar(), form.menu.layout());
     sign_->setContentsMargins(Theme::Spacing, 0, Theme::Spacing, 0);
+    sign_->setMinimumHeight(menuBar()->sizeHint().height()); // in line with the menus
     menuBar()->setCornerWidget(sign_);
+    connect(sign_, &QLabel::linkActivated, this,
+            [&form] { form.menu.mnuHelpTroubleshootingReinstallCorvaneDrivers.choose(); });
     Bind(this, form.tmrUpdate);
     Bind(this, form.tmrTell);
 
@@ -149,10 +152,12 @@ void MainWindow::showStatus(const LinkStatus& status) {
     const QString mark = status.state() == LinkStatus::State::NoDevice       ? "○"
                          : status.state() == LinkStatus::State::NoPermission ? "⚠"
                          : status.state() == LinkStatus::State::Waiting      ? "◐"
+                         : status.state() == LinkStatus::State::Busy         ? "◉"
                                                                              : "●";
     const QString headline = QString::fromStdString(status.headline());
     const QString detail = QString::fromStdString(status.detail());
     signTexts_ = {mark + " " + headline, mark};
+    signLeads_ = status.state() == LinkStatus::State::NoPermission;
     sign_->setToolTip(headline + ". " + detail);
     sign_->setAccessibleName("Link: " + headline + ". " + detail);
     fitSign();
@@ -169,7 +174,8 @@ void MainWindow::fitSign() {
     const int room = area_->width() - menus;
     const bool fits =
         fontMetrics().horizontalAdvance(signTexts_.first) + 2 * Theme::Spacing <= room;
-    sign_->setText(fits ? signTexts_.first : signTexts_.second);
+    const QString& text = fits ? signTexts_.first : signTexts_.second;
+    sign_->setText(signLeads_ ? "<a href=\"drivers\">" + text + "</a>" : text);
     menuBar()->setCornerWidget(sign_); // makes room for the new text
 }
 

@@ -43,7 +43,8 @@ class MainWindow final : public QMainWindow {
     MainForm& form_;
     QWidget* area_; // what the menu bar leaves
     QLabel* sign_;
-    std::pair<QString, QString> signTexts_; // where there is room, and where there is not
+    std::pair<QString, QString> signTexts_;
+    bool signLeads_ = false; // to what mends it // where there is room, and where there is not
     QPointer<QWidget> view_;
     QPointer<QWidget> about_;
     QPointer<QWidget> band_;

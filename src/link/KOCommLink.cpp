@@ -49,6 +49,7 @@ void KOCommLink::ResetDevice() {
 }
 
 bool KOCommLink::Connect(const std::string& desiredClass, bool anyDevice) {
+    report(InUse_, true);
     if (MaintainConnection_) {
         log("Already connected to a device.");
     } else {
@@ -102,7 +103,16 @@ void KOCommLink::DisconnectAndBlock(bool pleaseReset) {
     }
 }
 
+void KOCommLink::report(bool& field, bool value) {
+    if (value == field)
+        return;
+    field = value;
+    AvailabilityChanged.raise();
+}
+
 void KOCommLink::setMaintainConnection(bool value) {
+    if (!value)
+        report(InUse_, false);
     if (MaintainConnection_ == value)
         return;
     MaintainConnection_ = value;
@@ -127,6 +137,7 @@ void KOCommLink::Update() {
     } else {
         UnnegotiateStep();
     }
+    report(ReportedDriver_, DriverExists());
     if (DeviceOpen_ != ReportedConnected_) {
         ReportedConnected_ = DeviceOpen_;
         ConnectedChanged.raise();
@@ -162,7 +173,7 @@ void KOCommLink::search() {
     with_.device.EnumerateDevices();
     const int count = with_.device.GetDeviceCount();
     if (count <= 0)
-        return;
+        return report(Claimed_, false);
     log(std::to_string(count) + " device(s).");
     const int candidate = findCandidate(count);
     if (candidate >= 0) {
@@ -170,8 +181,10 @@ void KOCommLink::search() {
         ClearConnection();
         DeviceOpen_ = true;
         log("Connected to device " + std::to_string(candidate) + ".");
+        report(Claimed_, with_.device.GetDeviceState2() != -1);
     } else {
         log("No viable candidates found.");
+        report(Claimed_, false);
     }
     log("");
 }

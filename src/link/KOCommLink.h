@@ -37,6 +37,8 @@ class KOCommLink {
     Event<> ReadyStateChanged;
     /// A device was opened or is gone.
     Event<> ConnectedChanged;
+    /// `DriverExists`, `Claimed` or `InUse` has changed.
+    Event<> AvailabilityChanged;
 
     /// A device is open.
     [[nodiscard]] bool IsConnected() const { return DeviceOpen_; }
@@ -54,6 +56,10 @@ class KOCommLink {
     /// 10 s and one reset with a silent one. If `anyDevice` is false, a product of another class
     /// also gives false, and the link stays connected to it.
     [[nodiscard]] bool Connect(const std::string& desiredClass, bool anyDevice);
+    /// A link is plugged in that another program uses.
+    [[nodiscard]] bool Claimed() const { return Claimed_; }
+    /// From `Connect` on until the product is let go: a job works with it.
+    [[nodiscard]] bool InUse() const { return InUse_; }
     /// Begins to let the product go; `pleaseReset` power-cycles it at the end.
     void Disconnect(bool pleaseReset);
     /// The same, and returns when the product has been let go.
@@ -73,6 +79,7 @@ class KOCommLink {
     [[nodiscard]] KOPacket makePacket() const { return KOPacket(with_.packets); }
 
   private:
+    void report(bool& field, bool value);
     void ClearConnection();
     void SetIdentity(const std::string& Class, const Version& deviceType,
                      const Version& firmwareVersion);
@@ -102,6 +109,9 @@ class KOCommLink {
     int ExitRetries_ = 0;
     std::uint32_t LastExitTime_ = 0;
     bool MaintainConnection_ = false;
+    bool InUse_ = false;
+    bool Claimed_ = false;
+    bool ReportedDriver_ = true;
 };
 
 /// The control class that a run of the program starts with when no file decides.

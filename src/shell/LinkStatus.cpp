@@ -7,28 +7,38 @@ LinkStatus::LinkStatus(KOCommLink& link, const KOProductList& products)
       products_(products),
       onConnected_(link.ConnectedChanged.connect([this] { refresh(); })),
       onReady_(link.ReadyStateChanged.connect([this] { refresh(); })),
-      onClass_(link.ClassChanged.connect([this] { refresh(); })) {
+      onClass_(link.ClassChanged.connect([this] { refresh(); })),
+      onAvailability_(link.AvailabilityChanged.connect([this] { refresh(); })) {
     refresh();
 }
 
 void LinkStatus::refresh() {
     if (!link_.DriverExists())
         return tell(State::NoPermission, "The link may not be opened",
-                    "Install the drivers, then plug the link in again.");
+                    "Choose Help, Troubleshooting, Reinstall Corvane Drivers, or click here; "
+                    "then plug the link in again.");
+    if (link_.Claimed())
+        return tell(State::Busy, "The link is busy",
+                    "Another program uses it. Close that program.");
     if (!link_.IsConnected())
         return tell(State::NoDevice, "No link is plugged in", "Plug in a Corvane link to begin.");
+    const KOProductProfile* product = products_.ByDeviceType(link_.deviceType());
+    const std::string name =
+        product == nullptr ? std::string() : product->Name + " " + link_.deviceType().ToString();
+    if (link_.InUse())
+        return tell(State::Busy,
+                    link_.ready() && !name.empty() ? "Busy with " + name : "The link is busy",
+                    "Leave it plugged in until the job is done.");
     if (!link_.ready())
         return tell(State::Waiting, "A link is plugged in",
                     link_.MaintainConnection() ? "Looking for the product behind it."
                                                : "It is free until you program or read.");
     if (!link_.IsLinkDevice())
         return tell(State::Ready, "Link hardware is plugged in", "It can be programmed.");
-    const KOProductProfile* product = products_.ByDeviceType(link_.deviceType());
     if (product == nullptr)
         return tell(State::Ready, "Unrecognized product",
                     "This version of the program does not know the product behind the link.");
-    tell(State::Ready, product->Name + " " + link_.deviceType().ToString(),
-         "Firmware " + link_.firmwareVersion().ToString());
+    tell(State::Ready, name, "Firmware " + link_.firmwareVersion().ToString());
 }
 
 void LinkStatus::tell(State state, std::string headline, std::string detail) {

@@ -7,7 +7,7 @@ namespace corvane {
 /// What the person is told of the link at every moment. Follows the link, which must outlive it.
 class LinkStatus {
   public:
-    enum class State { NoDevice, NoPermission, Waiting, Ready };
+    enum class State { NoDevice, NoPermission, Waiting, Ready, Busy };
 
     LinkStatus(KOCommLink& link, const KOProductList& products);
 
@@ -31,6 +31,7 @@ class LinkStatus {
     Connection onConnected_;
     Connection onReady_;
     Connection onClass_;
+    Connection onAvailability_;
 };
 
 } // namespace corvane

@@ -63,9 +63,11 @@ class LinkBench::Source final : public LinkSource {
             if (!plugged->in)
                 continue;
             const bench::LinkStrings& shown = plugged->link->strings();
-            list_.push_back(
-                {{shown.description, shown.manufacturer, shown.manufacturerId, shown.serialNumber},
-                 true});
+            if (plugged->accessible)
+                list_.push_back({{shown.description, shown.manufacturer, shown.manufacturerId,
+                                  shown.serialNumber}});
+            else
+                list_.push_back({{}, false}); // can't be asked for its strings either
             in_.push_back(plugged.get());
         }
         return true;
@@ -73,7 +75,10 @@ class LinkBench::Source final : public LinkSource {
     [[nodiscard]] bool pending() const override { return false; }
     [[nodiscard]] const std::vector<Device>& devices() const override { return list_; }
     OpenOutcome open(std::size_t index) override {
-        return {std::make_unique<BenchPort>(*in_.at(index), bench_.clock), {}};
+        Plugged& plugged = *in_.at(index);
+        if (plugged.claimed)
+            return {nullptr, "The link device is busy."};
+        return {std::make_unique<BenchPort>(plugged, bench_.clock), {}};
     }
 
   private:

@@ -20,6 +20,8 @@ class LinkBench {
         std::unique_ptr<bench::VirtualLink> link;
         bool in = true;
         bool inUse = false;
+        bool accessible = true;   ///< The system lets it be opened.
+        bool claimed = false;     ///< By another program.
         bench::Bytes fromProduct; // taken by the computer's end when it next reads
     };
 

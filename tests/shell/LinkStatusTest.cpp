@@ -1,0 +1,71 @@
+#include "shell/LinkStatus.h"
+
+#include "support/LinkBench.h"
+
+#include <gtest/gtest.h>
+
+namespace corvane {
+namespace {
+
+using State = LinkStatus::State;
+
+class LinkStatusTest : public testing::Test {
+  protected:
+    LinkStatusTest() { bench.link.setMaintainConnection(false); }
+
+    LinkBench bench;
+    LinkStatus status{bench.link, bench.products};
+    int changes = 0;
+    Connection onChanged = status.Changed.connect([this] { ++changes; });
+};
+
+TEST_F(LinkStatusTest, TellsOfAJobFromItsBeginningToItsEnd) {
+    bench.plugIn("lumora-1.2");
+    bench.run(200);
+    EXPECT_EQ(status.headline(), "A link is plugged in");
+    std::vector<std::string> told;
+    const Connection onTold = status.Changed.connect([&] { told.push_back(status.headline()); });
+    ASSERT_TRUE(bench.link.Connect("Corvane.LumoraControl", false));
+    bench.run(100);
+    bench.link.DisconnectAndBlock(false);
+    bench.run(100);
+    EXPECT_EQ(told, (std::vector<std::string>{"The link is busy", "Busy with Lumora 1.2",
+                                              "Lumora 1.2", "A link is plugged in"}));
+    bench.run(10000);
+    EXPECT_EQ(told.size(), 4U);
+}
+
+TEST_F(LinkStatusTest, AJobThatFindsNoLinkSaysSo) {
+    EXPECT_FALSE(bench.link.Connect("Corvane.LumoraControl", false));
+    EXPECT_EQ(status.state(), State::NoDevice);
+    EXPECT_FALSE(bench.link.InUse());
+}
+
+TEST_F(LinkStatusTest, ALinkThatMayNotBeOpenedLeadsToTheDrivers) {
+    LinkBench::Plugged& plugged = bench.plugIn("lumora-1.2");
+    plugged.accessible = false;
+    bench.run(100);
+    EXPECT_EQ(status.state(), State::NoPermission);
+    EXPECT_NE(status.detail().find("Reinstall Corvane Drivers"), std::string::npos);
+    bench.unplug(plugged);
+    bench.run(100);
+    EXPECT_EQ(status.state(), State::NoDevice);
+}
+
+TEST_F(LinkStatusTest, ALinkThatAnotherProgramUsesIsBusyAndTheSignStandsStill) {
+    LinkBench::Plugged& plugged = bench.plugIn("lumora-1.2");
+    plugged.claimed = true;
+    bench.run(1000);
+    EXPECT_EQ(status.headline(), "The link is busy");
+    EXPECT_EQ(changes, 1);
+    plugged.claimed = false;
+    bench.run(1000);
+    EXPECT_EQ(status.headline(), "A link is plugged in");
+    plugged.claimed = true; // does not concern what is open already
+    bench.unplug(plugged);
+    bench.run(1000);
+    EXPECT_EQ(status.headline(), "No link is plugged in");
+}
+
+} // namespace
+} // namespace corvane
