@@ -19,10 +19,13 @@ class ChildControl {
     void setEnabled(bool enabled) { assign(enabled_, enabled); }
     /// Enables it, or disables it and says why.
     void setEnabled(bool enabled, const std::string& whyNot) {
-        assign(toolTip_, enabled ? std::string() : whyNot);
+        assign(whyNot_, enabled ? std::string() : whyNot);
         setEnabled(enabled);
     }
-    [[nodiscard]] const std::string& ToolTipText() const { return toolTip_; }
+    /// What it does, or why it can't be used now.
+    [[nodiscard]] const std::string& ToolTipText() const {
+        return enabled_ || whyNot_.empty() ? toolTip_ : whyNot_;
+    }
     void setToolTipText(const std::string& text) { assign(toolTip_, text); }
 
     ChildControl(const ChildControl&) = delete;
@@ -46,6 +49,7 @@ class ChildControl {
     bool visible_ = true;
     bool enabled_ = true;
     std::string toolTip_;
+    std::string whyNot_;
 };
 
 /// Text that is only shown.

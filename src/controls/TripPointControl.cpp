@@ -4,8 +4,15 @@
 
 namespace corvane {
 
+namespace {
+constexpr const char* TripPointTip =
+    "Position of the stick above which the top track or slot is in force, 0 to 100 percent";
+constexpr const char* StickTip = "Position of the stick to try, 0 to 100 percent";
+} // namespace
+
 TripPointControl::TripPointControl() {
     setValue(0);
+    TripPointValue.setToolTipText(TripPointTip);
     connections_.push_back(TripPointSlider.Change.connect([this] {
         setValue(Value());
         Change.raise();
@@ -33,6 +40,7 @@ void TripPointControl::setSimulating(bool simulating) {
         return;
     simulating_ = simulating;
     TripPointLabel.setCaption(simulating ? "Stick At:" : "Trip Point:");
+    TripPointValue.setToolTipText(simulating ? StickTip : TripPointTip);
 }
 
 } // namespace corvane

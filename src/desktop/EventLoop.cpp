@@ -1,6 +1,7 @@
 #include "desktop/EventLoop.h"
 
 #include "base/Assert.h"
+#include "desktop/Look.h"
 
 #include <QElapsedTimer>
 #include <QMessageBox>
@@ -11,6 +12,10 @@ namespace {
 constexpr qint64 RepaintInterval = 30; // ms
 bool insideRepaint = false;
 } // namespace
+
+DesktopApplication::DesktopApplication(int& argc, char** argv) : QApplication(argc, argv) {
+    setStyle(new Look);
+}
 
 bool DesktopApplication::notify(QObject* receiver, QEvent* event) {
     try {

@@ -10,7 +10,7 @@ namespace corvane {
 /// the program.
 class DesktopApplication final : public QApplication {
   public:
-    using QApplication::QApplication;
+    DesktopApplication(int& argc, char** argv);
     bool notify(QObject* receiver, QEvent* event) override;
 };
 

@@ -30,6 +30,7 @@ BinHexTextBox::BinHexTextBox() : cmbDataType(names()) {
         DataTypeChanged.raise(chosen);
         setDataType(chosen);
     });
+    recolor();
 }
 
 void BinHexTextBox::setDataValue(const ByteString& bytes) {
@@ -64,7 +65,8 @@ void BinHexTextBox::commitText() {
 void BinHexTextBox::recolor() {
     const bool valid = TextIsValid();
     txtData.setTint(valid ? std::nullopt : std::optional(Red));
-    txtData.setToolTipText(valid ? "" : "This is no value of this type; the last good one stays");
+    txtData.setToolTipText(valid ? "Value in the form that is chosen beside it"
+                                 : "This is no value of this type; the last good one stays");
 }
 
 } // namespace corvane

@@ -103,8 +103,8 @@ void LumoraControl::connectButtons() {
         connections_.push_back(button.Click.connect(command));
     };
     on(AddButton, "Add a segment at the end of the track", [this] { addOrInsert(true); });
-    on(InsertButton, "", [this] { addOrInsert(false); });
-    on(DeleteButton, "", [this] { deleteSelected(); });
+    on(InsertButton, "Insert a segment before the selected one", [this] { addOrInsert(false); });
+    on(DeleteButton, "Delete the selected segments", [this] { deleteSelected(); });
     on(ZoomInButton, "Show less time, but larger", [this] { tracks.ZoomIn(); });
     on(ZoomOutButton, "Show more time, but smaller", [this] { tracks.ZoomOut(); });
     on(ZoomToFitButton, "Make the longest track just fill the window",

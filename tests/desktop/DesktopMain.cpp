@@ -5,7 +5,6 @@
 int main(int argc, char** argv) {
     qputenv("QT_QPA_PLATFORM", "offscreen");
     corvane::DesktopApplication desktop(argc, argv);
-    QApplication::setStyle("Fusion");
     testing::InitGoogleTest(&argc, argv);
     return RUN_ALL_TESTS();
 }

@@ -199,7 +199,7 @@ TEST(Theme, TextColoursCanBeReadOnEitherGround) {
         for (const int color : {0xFF0000, 0x0000FF, 0x9F009F, 255, 0})
             EXPECT_GE(
                 Theme::contrast(Theme::textColor(palette, color), palette.color(QPalette::Window)),
-                3.9)
+                4.5)
                 << color;
     EXPECT_EQ(Theme::textColor(light, 0xFF0000), QColor(0, 0, 255));
     EXPECT_TRUE(Theme::isDark(darkPalette()));

@@ -18,7 +18,8 @@ namespace corvane {
 /// The real main window over a product's editor, with real events and real boxes.
 class ProductWindow : public testing::Test {
   protected:
-    explicit ProductWindow(std::string_view vendor = "KO") : desk({.DebugMode = true}, vendor) {}
+    explicit ProductWindow(std::string_view vendor = "KO", RunModes modes = {.DebugMode = true})
+        : desk(modes, vendor) {}
 
     Desk desk;
     QtDialogs dialogs;

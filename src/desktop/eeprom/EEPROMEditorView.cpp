@@ -50,7 +50,7 @@ EEPROMEditorView::EEPROMEditorView(EEPROMEditorControl& control, QWidget* parent
     bar->setExpanding(false);
     Bind(bar, control.tabs);
     auto* titles = new TitleRow(control, this);
-    entries_ = new EntriesView(control, this);
+    entries_ = new EntriesView(control, bar, this);
     auto* buttons = MakeRow({MakeButton(control.NewVariableButton, this)});
     buttons->addSpacing(2 * Theme::Spacing);
     buttons->addWidget(MakeButton(control.ReadSettingsButton, this));

@@ -22,8 +22,11 @@ constexpr int RowHeight = EEPROMEditorControl::RowHeight / TwipsPerPixel;
 
 } // namespace
 
-EntriesView::EntriesView(EEPROMEditorControl& control, QWidget* parent)
-    : QWidget(parent), control_(control), scroll_(new QScrollBar(Qt::Vertical, this)) {
+EntriesView::EntriesView(EEPROMEditorControl& control, QWidget* before, QWidget* parent)
+    : QWidget(parent),
+      control_(control),
+      before_(before),
+      scroll_(new QScrollBar(Qt::Vertical, this)) {
     scroll_->setAccessibleName("Variables");
     Bind(scroll_, control.VScroll);
     BindWidget(scroll_, control.VScroll);
@@ -119,18 +122,17 @@ void EntriesView::placeRow(int row, EEPROMEntry& entry) {
 }
 
 void EntriesView::orderTabs() {
-    QWidget* last = nullptr;
+    QWidget* last = before_;
     for (const int index : control_.rows()) {
         const EEPROMEntry* entry = control_.EntryIfMade(index);
         const EntryRow* row = entry == nullptr ? nullptr : rowOf(*entry);
         if (row == nullptr) {
-            if (last != nullptr)
+            if (last != before_)
                 break; // below the view
             continue;
         }
         for (QWidget* stop : row->stops()) {
-            if (last != nullptr)
-                setTabOrder(last, stop);
+            setTabOrder(last, stop);
             last = stop;
         }
     }

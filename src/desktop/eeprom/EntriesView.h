@@ -15,7 +15,8 @@ class EntryRow;
 /// The list of variables. Only the rows in view, and the one with the focus, have widgets.
 class EntriesView final : public QWidget {
   public:
-    EntriesView(EEPROMEditorControl& control, QWidget* parent);
+    /// For the Tab key the rows stand behind a widget, which outlives this.
+    EntriesView(EEPROMEditorControl& control, QWidget* before, QWidget* parent);
 
     /// The row that shows a variable; nothing if it is not in view.
     [[nodiscard]] EntryRow* rowOf(const EEPROMEntry& entry) const;
@@ -38,6 +39,7 @@ class EntriesView final : public QWidget {
     void orderTabs();
 
     EEPROMEditorControl& control_;
+    QWidget* before_;
     QScrollBar* scroll_;
     std::unordered_map<const EEPROMEntry*, EntryRow*> shown_;
     std::vector<EntryRow*> spare_;

@@ -1,5 +1,6 @@
 #include "desktop/light/SimulatorView.h"
 
+#include "desktop/Accessibility.h"
 #include "desktop/Binders.h"
 #include "desktop/InputWidgets.h"
 #include "desktop/Theme.h"
@@ -47,6 +48,7 @@ SimulatorCanvas::SimulatorCanvas(LumoraSimulatorControl& control, QWidget* paren
     setAttribute(Qt::WA_OpaquePaintEvent);
     setAcceptDrops(true);
     setMinimumSize(120, 80);
+    TellAsCanvas(this);
     setAccessibleName("Picture of the model with its lights");
     const QColor face = palette().color(QPalette::Button);
     control.setButtonFace({face.red(), face.green(), face.blue()});

@@ -1,5 +1,6 @@
 #include "desktop/light/TracksCanvas.h"
 
+#include "desktop/Accessibility.h"
 #include "desktop/Binders.h"
 #include "desktop/Theme.h"
 
@@ -30,6 +31,7 @@ TracksCanvas::TracksCanvas(LumoraControl& control, QWidget* parent)
     setMouseTracking(true);
     setMinimumSize(120, 80);
     setAttribute(Qt::WA_OpaquePaintEvent);
+    TellAsCanvas(this);
     setAccessibleName("Tracks");
     brightness_.setAccessibleName("Brightness in percent");
     brightness2_.setAccessibleName("Brightness at the bottom of the range in percent");
