@@ -38,8 +38,8 @@ MainWindow::MainWindow(MainForm& form, LinkStatus& status)
     setCentralWidget(area_);
     area_->installEventFilter(this);
     Bind(menuBar(), form.menu.layout());
-    sign_->setContentsMargins(Theme::Spacing, 0, Theme::Spacing, 0);
-    sign_->setMinimumHeight(menuBar()->sizeHint().height()); // in line with the menus
+    constexpr int drop = 3; // pixels, that bring it in line with the menus
+    sign_->setContentsMargins(Theme::Spacing, drop, Theme::Spacing, 0);
     menuBar()->setCornerWidget(sign_);
     connect(sign_, &QLabel::linkActivated, this,
             [&form] { form.menu.mnuHelpTroubleshootingReinstallCorvaneDrivers.choose(); });
