@@ -24,6 +24,20 @@ double luminance(const QColor& color) {
            0.0722 * linear(color.blueF());
 }
 
+/// The colour on the way from `start` to `goal` that is the first to be read on a ground.
+QColor readable(const QColor& start, const QColor& ground, const QColor& goal) {
+    QColor color = start;
+    for (int step = 0; step < 20 && contrast(color, ground) < ReadableContrast; ++step) {
+        const double share = (step + 1) / 20.0;
+        const auto mix = [share](int from, int to) {
+            return from + static_cast<int>(share * (to - from));
+        };
+        color.setRgb(mix(start.red(), goal.red()), mix(start.green(), goal.green()),
+                     mix(start.blue(), goal.blue()));
+    }
+    return color;
+}
+
 } // namespace
 
 bool isDark(const QPalette& palette) {
@@ -52,19 +66,13 @@ double contrast(const QColor& a, const QColor& b) {
 }
 
 QColor textColor(const QPalette& palette, int color) {
-    const QColor ground = palette.color(QPalette::Window);
-    const QColor goal = isDark(palette) ? Qt::white : Qt::black;
-    const QColor start = fromRgb(color);
-    QColor readable = start;
-    for (int step = 0; step < 20 && contrast(readable, ground) < ReadableContrast; ++step) {
-        const double share = (step + 1) / 20.0;
-        const auto mix = [share](int from, int to) {
-            return from + static_cast<int>(share * (to - from));
-        };
-        readable.setRgb(mix(start.red(), goal.red()), mix(start.green(), goal.green()),
-                        mix(start.blue(), goal.blue()));
-    }
-    return readable;
+    return readable(fromRgb(color), palette.color(QPalette::Window),
+                    isDark(palette) ? Qt::white : Qt::black);
+}
+
+QColor hintColor(const QPalette& palette, QPalette::ColorRole ground) {
+    const QColor start = palette.color(ground);
+    return readable(start, start, palette.color(QPalette::WindowText));
 }
 
 QIcon programIcon() {

@@ -17,6 +17,8 @@ inline constexpr int Spacing = 8; // pixels, between parts and round groups
 [[nodiscard]] QColor fromRgb(int color);
 /// A colour of the core for text, brightened on a dark ground until it can be read.
 [[nodiscard]] QColor textColor(const QPalette& palette, int color);
+/// For words that say what is missing: paler than text on this ground, but readable.
+[[nodiscard]] QColor hintColor(const QPalette& palette, QPalette::ColorRole ground);
 /// Black or white, whichever can be read on this ground.
 [[nodiscard]] QColor readableOn(const QColor& ground);
 /// A ground with a touch of a colour of the core.

@@ -201,6 +201,10 @@ TEST(Theme, TextColoursCanBeReadOnEitherGround) {
                 Theme::contrast(Theme::textColor(palette, color), palette.color(QPalette::Window)),
                 4.5)
                 << color;
+    for (const QPalette& palette : {light, darkPalette()})
+        for (const auto ground : {QPalette::Window, QPalette::Base})
+            EXPECT_GE(Theme::contrast(Theme::hintColor(palette, ground), palette.color(ground)),
+                      4.5);
     EXPECT_EQ(Theme::textColor(light, 0xFF0000), QColor(0, 0, 255));
     EXPECT_TRUE(Theme::isDark(darkPalette()));
 }

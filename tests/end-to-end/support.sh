@@ -54,6 +54,7 @@ openScreen() { # of this size
   read -r number <"$folder/display"
   export DISPLAY=:$number
   start openbox
+  eventually "the window manager does not start" xdotool get_desktop
 }
 
 isShown() { xdotool search --onlyvisible --name "$1"; }

@@ -166,7 +166,7 @@ bool EntriesView::focusNextPrevChild(bool next) {
 void EntriesView::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     if (control_.EntryCount() == 0) {
-        painter.setPen(palette().color(QPalette::PlaceholderText));
+        painter.setPen(Theme::hintColor(palette(), QPalette::Window));
         painter.drawText(rect(), Qt::AlignCenter | Qt::TextWordWrap,
                          "No variables yet.\nPress New Variable to add one.");
         return;

@@ -1,6 +1,7 @@
 #include "desktop/pwm/ProgramCurve.h"
 
 #include "desktop/Binders.h"
+#include "desktop/Theme.h"
 
 #include <QPainter>
 
@@ -29,7 +30,7 @@ void ProgramCurve::paintEvent(QPaintEvent*) {
     painter.drawRect(rect().adjusted(0, 0, -1, -1));
     const auto blocks = program_.blocks().bytes();
     if (blocks.empty()) {
-        painter.setPen(palette().color(QPalette::PlaceholderText));
+        painter.setPen(Theme::hintColor(palette(), QPalette::Base));
         painter.drawText(rect(), Qt::AlignCenter, "No program");
         return;
     }
