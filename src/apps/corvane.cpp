@@ -5,6 +5,7 @@
 #include "desktop/InstanceDoor.h"
 #include "desktop/MainWindow.h"
 #include "desktop/QtDialogs.h"
+#include "desktop/SystemColors.h"
 #include "shell/Startup.h"
 #include "system/UserFolders.h"
 #include "update/SoftwareUpdateBand.h"
@@ -48,6 +49,7 @@ int main(int argc, char** argv) {
         return 0;
 
     DesktopApplication desktop(argc, argv);
+    FollowSystemColors();
     QApplication::setApplicationName("corvane");
     QApplication::setDesktopFileName(DesktopProgram::Id);
     Program program(launch.modes);

@@ -40,6 +40,19 @@ QColor readable(const QColor& start, const QColor& ground, const QColor& goal) {
 
 } // namespace
 
+QPalette darkPalette() {
+    QPalette palette(QColor(49, 54, 59), QColor(42, 46, 50));
+    palette.setColor(QPalette::Base, QColor(35, 38, 41));
+    palette.setColor(QPalette::ToolTipBase, QColor(49, 54, 59));
+    palette.setColor(QPalette::ToolTipText, QColor(239, 240, 241));
+    palette.setColor(QPalette::Highlight, QColor(61, 174, 233));
+    for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText})
+        palette.setColor(role, QColor(239, 240, 241));
+    for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText})
+        palette.setColor(QPalette::Disabled, role, QColor(130, 135, 140));
+    return palette;
+}
+
 bool isDark(const QPalette& palette) {
     return palette.color(QPalette::Window).lightness() < 128;
 }

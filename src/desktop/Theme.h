@@ -13,6 +13,8 @@ namespace Theme {
 
 inline constexpr int Spacing = 8; // pixels, between parts and round groups
 
+/// Colours for a dark desktop.
+[[nodiscard]] QPalette darkPalette();
 [[nodiscard]] bool isDark(const QPalette& palette);
 [[nodiscard]] QColor fromRgb(int color);
 /// A colour of the core for text, brightened on a dark ground until it can be read.

@@ -95,7 +95,7 @@ std::optional<std::pair<QColor, QColor>> coloursOf(const QWidget* widget) {
 
 TEST_P(Look, TextStandsOutFromItsGroundInBothPalettes) {
     const QPalette before = QApplication::palette();
-    for (const QPalette& palette : {before, darkPalette()}) {
+    for (const QPalette& palette : {before, Theme::darkPalette()}) {
         QApplication::setPalette(palette);
         eachTab([this] {
             for (const QWidget* widget : shown()) {

@@ -195,18 +195,18 @@ TEST(ToolkitFilter, TakesTheFormOfTheToolkit) {
 
 TEST(Theme, TextColoursCanBeReadOnEitherGround) {
     const QPalette light;
-    for (const QPalette& palette : {light, darkPalette()})
+    for (const QPalette& palette : {light, Theme::darkPalette()})
         for (const int color : {0xFF0000, 0x0000FF, 0x9F009F, 255, 0})
             EXPECT_GE(
                 Theme::contrast(Theme::textColor(palette, color), palette.color(QPalette::Window)),
                 4.5)
                 << color;
-    for (const QPalette& palette : {light, darkPalette()})
+    for (const QPalette& palette : {light, Theme::darkPalette()})
         for (const auto ground : {QPalette::Window, QPalette::Base})
             EXPECT_GE(Theme::contrast(Theme::hintColor(palette, ground), palette.color(ground)),
                       4.5);
     EXPECT_EQ(Theme::textColor(light, 0xFF0000), QColor(0, 0, 255));
-    EXPECT_TRUE(Theme::isDark(darkPalette()));
+    EXPECT_TRUE(Theme::isDark(Theme::darkPalette()));
 }
 
 } // namespace
