@@ -90,6 +90,12 @@ void MainWindow::dropEvent(QDropEvent* event) {
         this, [this, file] { form_.OpenFile(file); }, Qt::QueuedConnection);
 }
 
+void MainWindow::changeEvent(QEvent* event) {
+    QMainWindow::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange)
+        fitSign();
+}
+
 bool MainWindow::eventFilter(QObject* watched, QEvent* event) {
     if (watched == area_ && event->type() == QEvent::Resize) {
         form_.Resize(toTwips(area_->size()));
@@ -175,7 +181,9 @@ void MainWindow::fitSign() {
     const bool fits =
         fontMetrics().horizontalAdvance(signTexts_.first) + 2 * Theme::Spacing <= room;
     const QString& text = fits ? signTexts_.first : signTexts_.second;
-    sign_->setText(signLeads_ ? "<a href=\"drivers\">" + text + "</a>" : text);
+    const QString color = palette().color(QPalette::WindowText).name();
+    sign_->setText(signLeads_ ? "<a href=\"drivers\" style=\"color:" + color + "\">" + text + "</a>"
+                              : text);
     menuBar()->setCornerWidget(sign_); // makes room for the new text
 }
 

@@ -25,6 +25,7 @@ class MainWindow final : public QMainWindow {
     [[nodiscard]] QWidget* view() const { return view_; }
 
   protected:
+    void changeEvent(QEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
     void dragEnterEvent(QDragEnterEvent* event) override;
     void dropEvent(QDropEvent* event) override;
@@ -43,8 +44,8 @@ class MainWindow final : public QMainWindow {
     MainForm& form_;
     QWidget* area_; // what the menu bar leaves
     QLabel* sign_;
-    std::pair<QString, QString> signTexts_;
-    bool signLeads_ = false; // to what mends it // where there is room, and where there is not
+    std::pair<QString, QString> signTexts_; // where there is room, and where there is not
+    bool signLeads_ = false;                // to what mends what it tells
     QPointer<QWidget> view_;
     QPointer<QWidget> about_;
     QPointer<QWidget> band_;

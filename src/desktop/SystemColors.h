@@ -1,7 +1,5 @@
 #pragma once
 
-#include <QPalette>
-
 namespace corvane {
 
 /// Brings the windows into dark colours where the desktop prefers them and the toolkit does not

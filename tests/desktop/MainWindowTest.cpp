@@ -187,6 +187,17 @@ TEST_F(StartWindow, ShowsTheLinkAsItComesAndGoes) {
     EXPECT_TRUE(QTest::qWaitFor([&] { return sign() == "No link is plugged in"; }));
 }
 
+TEST_F(StartWindow, ASignOfALinkThatMayNotBeOpenedLeadsToTheDrivers) {
+    open();
+    auto& sign = dynamic_cast<QLabel&>(*window.menuBar()->cornerWidget());
+    desk.bench.plugIn("lumora-1.2").accessible = false;
+    ASSERT_TRUE(QTest::qWaitFor([&] { return sign.text().contains("may not be opened"); }));
+    shoot(window, "no-permission");
+    QTest::mouseClick(&sign, Qt::LeftButton, {}, sign.rect().center());
+    EXPECT_EQ(desk.programs.started, std::vector<std::string>{"/opt/corvane/Install Drivers.exe|"});
+    EXPECT_EQ(desk.person.messages.at(0).title, "Restart Needed");
+}
+
 TEST(ToolkitFilter, TakesTheFormOfTheToolkit) {
     EXPECT_EQ(ToolkitFilter("Pictures (*.bmp;*.png)|*.bmp;*.png|All Files (*.*)|*.*"),
               "Pictures (*.bmp *.png);;All Files (*)");
