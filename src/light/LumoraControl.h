@@ -1,5 +1,6 @@
 #pragma once
 
+#include "controls/JobButtons.h"
 #include "controls/TripPointControl.h"
 #include "light/LumoraClipboard.h"
 #include "light/LumoraOptions.h"
@@ -111,6 +112,7 @@ class LumoraControl final : public ProductControl, public ClipboardCommands {
     void writeLine(const std::string& text) const;
 
     Workplace place_;
+    JobButtons jobs_{place_.pointer};
     Dialogs& dialogs_;
     const KODebugger* debugger_ = nullptr;
     std::unique_ptr<LumoraProgramming> programming_;

@@ -54,8 +54,8 @@ void QuillonControl::connect(QuillonSlot& slot) {
     };
     History& history = slot.program.HistoryObject();
     on(history.SaveStateChanged, [&slot] { refresh(slot); });
-    on(slot.DownloadButton.Click, [this, &slot] { download(slot); });
-    on(slot.UploadButton.Click, [this, &slot] { upload(slot); });
+    jobs_.add(slot.DownloadButton, [this, &slot] { download(slot); });
+    jobs_.add(slot.UploadButton, [this, &slot] { upload(slot); });
     on(slot.OpenButton.Click, [&slot, &history] {
         if (history.OpenHistory({}))
             refresh(slot);
@@ -123,6 +123,7 @@ void QuillonControl::upload(QuillonSlot& slot) {
 }
 
 void QuillonControl::configure() {
+    const JobScope job(place_.pointer);
     if (transfer_ != nullptr)
         return;
     std::optional<std::uint8_t> receiverNumber;
@@ -142,6 +143,7 @@ void QuillonControl::configure() {
 }
 
 bool QuillonControl::WriteOptions(std::uint8_t receiverNumber) {
+    const JobScope job(place_.pointer);
     if (transfer_ != nullptr)
         return false;
     QuillonTransfer transfer(place_);

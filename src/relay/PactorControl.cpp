@@ -32,8 +32,8 @@ PactorControl::PactorControl(const Workplace& place)
     };
     on(tabs.Click, [this] { changeTab(); });
     on(SimulateLossOfSignalCheck.Click, [this] { refreshSimulator(false); });
-    on(ReadSettingsButton.Click, [this] { readSettings(); });
-    on(ProgramButton.Click, [this] { program(); });
+    jobs_.add(ReadSettingsButton, [this] { readSettings(); });
+    jobs_.add(ProgramButton, [this] { program(); });
     on(document.SettingChanged, [this](std::string_view name) { showSetting(name); });
     History& history = document.HistoryObject();
     on(history.Changed, [this] {
