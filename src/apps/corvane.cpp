@@ -7,9 +7,11 @@
 #include "desktop/QtDialogs.h"
 #include "desktop/SystemColors.h"
 #include "shell/Startup.h"
+#include "shell/WindowSizes.h"
 #include "system/UserFolders.h"
 #include "update/SoftwareUpdateBand.h"
 
+#include <iostream>
 #include <thread>
 
 namespace {
@@ -32,6 +34,18 @@ std::string activationToken() {
     return token == nullptr ? "" : token;
 }
 
+/// A desktop shows that a program starts until the program shows a window, and the window of
+/// another start does not count. So one is shown for a moment, where nobody sees it.
+void endStartupNotice(int argc, char** argv) {
+    if (std::getenv("DESKTOP_STARTUP_ID") == nullptr)
+        return;
+    const DesktopApplication desktop(argc, argv);
+    QWidget notice(nullptr, Qt::ToolTip);
+    notice.setGeometry(-2, -2, 1, 1);
+    notice.show();
+    QApplication::processEvents();
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
@@ -39,14 +53,20 @@ int main(int argc, char** argv) {
     for (int i = 1; i < argc; ++i)
         (commandLine += i > 1 ? " " : "") += argv[i];
     const Launch launch = ReadCommandLine(commandLine);
+    if (!launch.toTell.empty()) {
+        std::cout << launch.toTell;
+        return 0;
+    }
     if (launch.registerOnly)
         return registerOnly(launch.modes);
 
     InstanceChannel channel(RuntimeFolder());
     if (channel.EarlierInstanceRuns() &&
         HandOver(channel, launch.fileToOpen, activationToken(),
-                 [](std::chrono::milliseconds time) { std::this_thread::sleep_for(time); }))
+                 [](std::chrono::milliseconds time) { std::this_thread::sleep_for(time); })) {
+        endStartupNotice(argc, argv);
         return 0;
+    }
 
     DesktopApplication desktop(argc, argv);
     FollowSystemColors();
@@ -61,10 +81,16 @@ int main(int argc, char** argv) {
     const QtKeyboard keyboard;
     const ProductControls controls(place, keyboard);
     Application application(program.programs, dialogs);
-    QtUpdates updates(OwnUpdateSource());
+    const UpdateSource source = OwnUpdateSource();
+    QtUpdates updates(source);
     SoftwareUpdateBand band(updates, program.registry, program.clock);
     MainForm form(place, controls, application);
     form.setBand(band);
+    if (source.url.empty())
+        form.setNoUpdates();
+    SettingsStore windows(StateFolder() / "windows", program.files);
+    WindowSizes sizes(windows);
+    form.setWindowSizes(sizes);
     LinkStatus status(program.link, program.products);
     MainWindow window(form, status);
     window.setBand(band);

@@ -1,5 +1,6 @@
 #include "shell/Startup.h"
 
+#include "base/Product.h"
 #include "link/KOCommLink.h"
 #include "system/File.h"
 
@@ -48,7 +49,7 @@ TEST(CommandLine, AnythingElseIsAFile) {
 }
 
 TEST(CommandLine, TellsOfItself) {
-    EXPECT_EQ(ReadCommandLine("--version").toTell, "Corvane 2.21\n");
+    EXPECT_EQ(ReadCommandLine("--version").toTell, std::string("Corvane ") + ProgramVersion + "\n");
     const std::string help = ReadCommandLine("--HELP").toTell;
     for (const char* option :
          {"-program", "-program2", "-eeprom", "-debug", "-register", "--help", "--version"})
