@@ -100,8 +100,13 @@ int main(int argc, char** argv) {
         door.close();
         RegisterFileTypes(program.products, program.settings, program.files);
     });
+    bool ended = false;
+    const Connection onClosed = form.Closed.connect([&ended] {
+        ended = true;
+        QCoreApplication::exit();
+    });
     // The window first: a file that can't be opened is told over it.
     window.show();
     form.Initialize(launch.fileToOpen);
-    return form.control() == nullptr ? 0 : DesktopApplication::exec();
+    return ended || form.control() == nullptr ? 0 : DesktopApplication::exec();
 }

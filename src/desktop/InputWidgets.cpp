@@ -19,7 +19,7 @@ namespace {
 constexpr int LongestText = 1 << 24; // far beyond what a person types, so that nothing is cut off
 
 /// Whether the focus goes for good, and not only to a menu or another window.
-bool IsLeaving(const QFocusEvent& event) {
+bool isLeaving(const QFocusEvent& event) {
     return event.reason() != Qt::PopupFocusReason && event.reason() != Qt::ActiveWindowFocusReason;
 }
 } // namespace
@@ -106,7 +106,7 @@ bool Box::event(QEvent* event) {
 
 void Box::focusOutEvent(QFocusEvent* event) {
     QLineEdit::focusOutEvent(event);
-    if (IsLeaving(*event))
+    if (isLeaving(*event))
         commit();
 }
 
@@ -139,7 +139,7 @@ void UpsideDownSlider::commit() {
 
 void UpsideDownSlider::focusOutEvent(QFocusEvent* event) {
     QSlider::focusOutEvent(event);
-    if (IsLeaving(*event))
+    if (isLeaving(*event))
         commit();
 }
 
@@ -212,7 +212,7 @@ void DropDown::showText() {
 
 void DropDown::focusOutEvent(QFocusEvent* event) {
     QComboBox::focusOutEvent(event);
-    if (child_ == nullptr || !IsLeaving(*event))
+    if (child_ == nullptr || !isLeaving(*event))
         return;
     pending_ = false;
     if (!std::exchange(left_, false)) // by a click elsewhere, which comes first

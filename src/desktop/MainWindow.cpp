@@ -123,6 +123,8 @@ void MainWindow::showControl() {
     view_->installEventFilter(this);
     place();
     view_->show();
+    if (QWidget* first = view_->focusWidget())
+        first->setFocus(); // where the view would like to begin
 }
 
 void MainWindow::dropView() {

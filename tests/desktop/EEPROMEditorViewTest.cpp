@@ -112,9 +112,9 @@ TEST_F(EEPROMWindow, AValueThatIsNoneStopsTheRunAndAQuestionNamesTheVariable) {
     EXPECT_TRUE(told.back().starts_with("What is typed as the value of speed is not Integer (U8)"))
         << told.back();
     EXPECT_EQ(desk.bench.timesLogged("Making connection attempt."), 0);
-    EXPECT_EQ(QApplication::focusWidget(), &box(1, 3));
     window.activateWindow();
     ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
+    EXPECT_EQ(QApplication::focusWidget(), &box(1, 3));
     Hands::type("7 8"); // in place of what is selected
     whenShown<QMessageBox>(answer(QMessageBox::Yes));
     press("Program");

@@ -6,7 +6,6 @@
 #include <QCheckBox>
 #include <QLabel>
 #include <QRadioButton>
-#include <QSlider>
 #include <QTabBar>
 
 namespace corvane {
@@ -82,34 +81,6 @@ TEST_F(RelayWindow, IsChangedSimulatedProgrammedReadAndUndone) {
     QTest::keyClick(&window, Qt::Key_Z, Qt::ControlModifier); // the relay below
     EXPECT_FALSE(named<QRadioButton>("Below Trip Point, Relay On").isChecked());
     EXPECT_EQ(control().ProgrammingLabel.Caption(), "");
-}
-
-TEST_F(RelayWindow, ARunOfKeysOrNotchesIsOneChangeAsADragIs) {
-    auto& slider = named<QSlider>("Trip Point");
-    const auto percent = [this] { return control().document.settings().tripPoint; };
-    const History& history = *form.HistoryObject();
-    Hands::click(slider, QPoint(slider.width() / 2, 4)); // a page towards the top
-    EXPECT_EQ(history.Length(), 1);
-    const int start = percent();
-    EXPECT_GT(start, 50);
-    for (int i = 0; i < 5; ++i)
-        Hands::key(Qt::Key_Down);
-    EXPECT_EQ(history.Length(), 1);
-    Hands::key(Qt::Key_Tab);
-    EXPECT_EQ(history.Length(), 2);
-    EXPECT_EQ(percent(), start - 5);
-    slider.setFocus();
-    for (int i = 0; i < 4; ++i) {
-        const QPoint at = slider.mapTo(&window, slider.rect().center());
-        QWheelEvent notch(slider.rect().center(), window.mapToGlobal(at), {}, QPoint(0, 120), {},
-                          {}, Qt::NoScrollPhase, false);
-        QApplication::sendEvent(&slider, &notch);
-    }
-    EXPECT_EQ(history.Length(), 2);
-    Hands::key(Qt::Key_Z, Qt::ControlModifier); // counts first, and then goes as a whole
-    EXPECT_EQ(history.Length(), 3);
-    EXPECT_EQ(history.position(), 2);
-    EXPECT_EQ(percent(), start - 5);
 }
 
 TEST_F(RelayWindow, NothingStandsThereOfTheLastJob) {
