@@ -3,6 +3,8 @@
 #include "desktop/EventLoop.h"
 #include "support/EveryProduct.h"
 
+#include <QDialogButtonBox>
+
 namespace corvane {
 namespace {
 
@@ -121,6 +123,23 @@ TEST_P(JobWalk, NothingBehindAQuestionDoesAnything) {
     }
     EXPECT_EQ(behind, before);
     EXPECT_EQ(state(), before);
+}
+
+TEST(OlderController, ItsQuestionsStandUnderTheUsualPointer) {
+    const ProductUnderTest older{"KO", "lumora",
+                                 "Lumora\t1\t1\t0\t2\nLumoraTrackInsert2\t1\t0\t1\t60\t1\tP\t20\n",
+                                 "lumora-1.1", "Program"};
+    ProductWalk walk(older);
+    int asked = 0;
+    bool busy = false;
+    Dismissing dismissing([&](QWidget& dialog) {
+        ++asked;
+        busy = busy || QGuiApplication::overrideCursor() != nullptr;
+        Hands::click(*dialog.findChild<QDialogButtonBox*>()->button(QDialogButtonBox::Yes));
+    });
+    Hands::click(*walk.button("Program"));
+    EXPECT_GE(asked, 1);
+    EXPECT_FALSE(busy);
 }
 
 INSTANTIATE_TEST_SUITE_P(OfEveryProduct, JobWalk, testing::ValuesIn(EveryProduct()), nameOfProduct);

@@ -47,7 +47,7 @@ for _ in 1 2 3; do clickAt "${program[@]}"; done
 key space Tab space ctrl+z alt+f
 clickAt 90 40 # the other tab
 isWritten() { # all seven bytes, and nothing of a menu
-  [ "$(xxd -p -l 7 "$memory" | head -c 14)" != ffffffffffffff ]
+  [ "$(od -An -tx1 -N7 "$memory" | tr -d ' ')" != ffffffffffffff ]
 }
 eventually "nothing was programmed" isWritten
 picture() { import -window "$window" -crop "$1" -depth 8 rgb:- | md5sum; }
@@ -62,6 +62,30 @@ stamp=$(stat -c %Y "$memory")
 sleep 2
 [ "$stamp" == "$(stat -c %Y "$memory")" ] || fail "it was programmed again"
 awaitTitle "Dervan/Maltrex - $folder/bilge-pump.relay" # nothing was undone
+
+say "the program's file is replaced while it runs"
+mkdir other
+cp "$bin/corvane" other/corvane
+key alt+f x # with the relay's settings as they were
+eventually "the program does not end" isGone "$corvane"
+start other/corvane bilge-pump.relay
+corvane=$pid
+awaitWindow "^Dervan/Maltrex - $folder/bilge-pump.relay$"
+rm other/corvane
+key alt+f x
+eventually "the program does not end" isGone "$corvane"
+grep -q "$folder/other/corvane" "$HOME/.config/corvane/settings" || fail "it is not registered"
+! grep -rq '(deleted)' "$HOME/.config" "$HOME/.local" || fail "what is registered is no program"
+
+say "a second start ends the notice of it"
+start "$bin/corvane" bilge-pump.relay
+corvane=$pid
+awaitWindow "^Dervan/Maltrex - $folder/bilge-pump.relay$"
+xev -root >"$folder/events" 2>&1 &
+started+=($!)
+sleep 0.5
+DESKTOP_STARTUP_ID=corvane-second_TIME1 "$bin/corvane" bilge-pump.relay
+eventually "the notice stays" grep -q _NET_STARTUP_INFO "$folder/events"
 
 say "a file for a window that closes opens in a window of its own"
 clickAt 170 118 # another setting
