@@ -6,6 +6,9 @@
 #include <QTest>
 #include <gtest/gtest.h>
 
+#include <cstring>
+#include <sys/socket.h>
+#include <sys/un.h>
 #include <thread>
 
 namespace corvane {
@@ -72,6 +75,21 @@ TEST_F(Door, FilesOpenOneAfterTheOtherAndNeverInAQuestion) {
     EXPECT_EQ(opened.size(), 2U);
     question.close();
     EXPECT_TRUE(QTest::qWaitFor([this] { return opened.size() == 3; }));
+}
+
+TEST_F(Door, SilentConnectionsHoldUpNothing) {
+    sockaddr_un mark{};
+    mark.sun_family = AF_UNIX;
+    const std::string path = folder.path() / "run" / InstanceChannel::MarkName;
+    std::memcpy(mark.sun_path, path.c_str(), path.size() + 1);
+    std::vector<Handle> silent;
+    for (int i = 0; i < 20; ++i) {
+        silent.emplace_back(::socket(AF_UNIX, SOCK_STREAM, 0));
+        ASSERT_EQ(::connect(silent.back().get(), reinterpret_cast<sockaddr*>(&mark), sizeof mark),
+                  0);
+    }
+    deliver("file");
+    EXPECT_TRUE(QTest::qWaitFor([this] { return opened.size() == 1; }));
 }
 
 TEST_F(Door, NothingOpensOnceItIsClosed) {
