@@ -3,6 +3,7 @@
 #include "apps/support/UpdateSettings.h"
 #include "desktop/EventLoop.h"
 #include "desktop/InstanceDoor.h"
+#include "desktop/LinkWatch.h"
 #include "desktop/MainWindow.h"
 #include "desktop/QtDialogs.h"
 #include "desktop/SystemColors.h"
@@ -66,6 +67,7 @@ int main(int argc, char** argv) {
     MainForm form(place, controls, application);
     form.setBand(band);
     LinkStatus status(program.link, program.products);
+    const LinkWatch watch(program.link, program.device);
     MainWindow window(form, status);
     window.setBand(band);
     dialogs.setParent(&window);
