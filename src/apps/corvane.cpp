@@ -66,7 +66,7 @@ int main(int argc, char** argv) {
     SoftwareUpdateBand band(updates, program.registry, program.clock);
     MainForm form(place, controls, application);
     form.setBand(band);
-    LinkStatus status(program.link, program.products);
+    LinkStatus status(program.link);
     const LinkWatch watch(program.link, program.device);
     MainWindow window(form, status);
     window.setBand(band);

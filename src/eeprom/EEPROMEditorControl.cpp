@@ -23,8 +23,8 @@ EEPROMEditorControl::EEPROMEditorControl(const Workplace& place)
            heard(message, sender, value);
        });
     on(NewVariableButton.Click, [this] { newVariable(); });
-    on(ReadSettingsButton.Click, [this] { readSettings(); });
-    on(ProgramButton.Click, [this] { program(); });
+    on(ReadSettingsButton.Click, [this] { ReadSettings(); });
+    on(ProgramButton.Click, [this] { Program(); });
 }
 
 void EEPROMEditorControl::connectDocument() {

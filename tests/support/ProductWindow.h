@@ -31,7 +31,7 @@ class ProductWindow : public testing::Test {
     Application application{desk.programs, dialogs};
     ProductControls controls{place, keyboard};
     MainForm form{place, controls, application};
-    LinkStatus status{desk.bench.link, desk.bench.products};
+    LinkStatus status{desk.bench.link};
     MainWindow window{form, status};
 
     void open(const std::string& file) {
