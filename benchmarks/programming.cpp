@@ -38,8 +38,6 @@ Programmed programInto(int baud, std::chrono::microseconds writeTime) {
     EmptyDesk desk("KO", VirtualLinks(clock));
     KOCommLink& link = desk.link;
     GenericEEPROMProgrammer programmer(desk.place);
-    const Connection onPacket = link.PacketReceived.connect(
-        [&](const KOPacket& packet) { programmer.ProcessPacket(packet); });
     if (!link.Connect(link.Class(), true))
         std::abort();
     programmer.setUCBufferSize(64);

@@ -3,6 +3,7 @@
 #include "apps/support/UpdateSettings.h"
 #include "desktop/EventLoop.h"
 #include "desktop/InstanceDoor.h"
+#include "desktop/LinkWatch.h"
 #include "desktop/MainWindow.h"
 #include "desktop/QtDialogs.h"
 #include "desktop/SystemColors.h"
@@ -91,7 +92,8 @@ int main(int argc, char** argv) {
     SettingsStore windows(StateFolder() / "windows", program.files);
     WindowSizes sizes(windows);
     form.setWindowSizes(sizes);
-    LinkStatus status(program.link, program.products);
+    LinkStatus status(program.link);
+    const LinkWatch watch(program.link, program.device);
     MainWindow window(form, status);
     window.setBand(band);
     dialogs.setParent(&window);

@@ -6,6 +6,7 @@
 #include "apps/support/PickedDevice.h"
 #include "apps/support/PlayCommand.h"
 #include "apps/support/Program.h"
+#include "apps/support/SafeOutput.h"
 #include "base/Product.h"
 #include "system/File.h"
 
@@ -60,12 +61,15 @@ int compileFile(Program& program, const std::string& file, bool older, const std
     return CompileLight(program, file, older, out, answer);
 }
 
-int programFile(Program& program, const std::string& file, std::optional<bool> answer) {
+int programFile(Program& program, const std::string& file, std::optional<bool> answer,
+                std::size_t slot) {
     const std::string product = classOf(program, file);
     if (product == "Corvane.PactorControl")
         return ProgramRelay(program, file);
     if (product == "Corvane.EEPROMEditorControl")
         return ProgramEEPROM(program, file, answer);
+    if (product == "Corvane.QuillonControl")
+        return ProgramQuillon(program, file, slot);
     return ProgramLight(program, file, answer);
 }
 
@@ -82,9 +86,11 @@ int listDevices(const Options& options) {
     program.device.EnumerateDevices();
     for (int index = 0; index < program.device.GetDeviceCount(); ++index) {
         const DeviceInfo info = program.device.GetDeviceInfo(index);
-        std::cout << options.device.value_or(index) << '\t' << info.Description << '\t'
-                  << info.Manufacturer << '\t' << info.ManufacturerID << '\t' << info.SerialNumber
-                  << '\n';
+        std::cout << options.device.value_or(index);
+        for (const std::string* text :
+             {&info.Description, &info.Manufacturer, &info.ManufacturerID, &info.SerialNumber})
+            std::cout << '\t' << InOneField(*text);
+        std::cout << '\n';
     }
     return ExitStatus::Done;
 }
@@ -92,22 +98,23 @@ int listDevices(const Options& options) {
 int identify(const Options& options) {
     Session session(options);
     Program& program = session.program();
-    KOCommLink& link = program.link;
-    if (const std::string problem = ConnectAny(program); !problem.empty())
-        return Fail(problem);
-    const KOProductProfile* product = program.products.ByDeviceType(link.deviceType());
-    const std::string type = link.deviceType().ToString();
-    const std::string firmware = link.firmwareVersion().ToString();
-    link.DisconnectAndBlock(false);
-    if (product == nullptr)
+    const JobOutcome reached = ReachAny(program);
+    const AttachedProduct product = program.link.Product();
+    program.link.DisconnectAndBlock(false);
+    if (!reached.done())
+        return Report(reached);
+    if (product.profile == nullptr)
         return Fail("Unrecognized product.");
-    std::cout << product->Name << '\t' << type << '\t' << firmware << '\n';
+    std::cout << product.profile->Name << '\t' << product.deviceType.ToString() << '\t'
+              << product.firmwareVersion.ToString() << '\n';
     return ExitStatus::Done;
 }
 
 } // namespace
 
 int main(int argc, char** argv) {
+    const SafeOutput output(std::cout);
+    const SafeOutput errors(std::cerr);
     Options options;
     int result = ExitStatus::Done;
     std::string file;
@@ -118,6 +125,7 @@ int main(int argc, char** argv) {
     bool no = false;
     int address = 0;
     int length = 0;
+    std::size_t slot = 1;
     std::vector<int> bytes;
 
     CLI::App app("Works with Corvane links and the products behind them, for scripts and "
@@ -179,9 +187,12 @@ int main(int argc, char** argv) {
     CLI::App* programming =
         app.add_subcommand("program", "Put a document into the product on the link, and verify it");
     programming->add_option("FILE", file)->required();
+    programming->add_option("--slot", slot, "Which program of a Quillon it becomes")
+        ->check(CLI::Range(1, 2))
+        ->capture_default_str();
     addAnswers(programming);
     programming->callback(
-        [&] { result = programFile(Session(options).program(), file, answer()); });
+        [&] { result = programFile(Session(options).program(), file, answer(), slot - 1); });
     CLI::App* readingSettings =
         app.add_subcommand("read-settings", "Read the product on the link into a document");
     readingSettings->require_subcommand(1);

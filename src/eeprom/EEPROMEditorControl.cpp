@@ -23,9 +23,9 @@ EEPROMEditorControl::EEPROMEditorControl(const Workplace& place)
            heard(message, sender, value);
        });
     on(NewVariableButton.Click, [this] { newVariable(); });
-    jobs_.add(ReadSettingsButton, [this] { readSettings(); });
+    jobs_.add(ReadSettingsButton, [this] { ReadSettings(); });
     jobs_.add(
-        ProgramButton, [this] { program(); }, [this] { return valuesAreSound(); });
+        ProgramButton, [this] { Program(); }, [this] { return valuesAreSound(); });
 }
 
 void EEPROMEditorControl::connectDocument() {

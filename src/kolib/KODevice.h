@@ -42,6 +42,8 @@ class KODevice {
     /// Writes the strings into the open link's own EEPROM; they show after the next plugging.
     [[nodiscard]] virtual bool ProgramDevice(const DeviceInfo& strings) = 0;
 
+    /// Readable when the open device has something to read; -1 if it can't tell in this way.
+    [[nodiscard]] virtual int Descriptor() const { return -1; }
     /// Waits until the open device has something to read, but no longer than this.
     virtual void WaitForData(int milliseconds) = 0;
 };

@@ -116,8 +116,7 @@ class LumoraControl final : public ProductControl, public ClipboardCommands {
     Dialogs& dialogs_;
     const KODebugger* debugger_ = nullptr;
     std::unique_ptr<LumoraProgramming> programming_;
-    LumoraProgrammer* programmer_ = nullptr;    // during a run
-    GenericEEPROMProgrammer* dumper_ = nullptr; // during a dump
+    bool running_ = false; // a programming run or a dump
     LumoraClipboard clipboard_;
     Messenger clipboardMessenger_;
     bool canCopy_ = false;

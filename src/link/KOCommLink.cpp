@@ -44,7 +44,7 @@ void KOCommLink::ResetDevice() {
         return;
     log("Resetting device.");
     with_.device.ResetDevice();
-    Negotiated_ = false;
+    setNegotiated(false);
     ResetAfterExit_ = false;
 }
 
@@ -116,6 +116,7 @@ void KOCommLink::setMaintainConnection(bool value) {
     if (MaintainConnection_ == value)
         return;
     MaintainConnection_ = value;
+    EchoHeard_ = EchoHeard_ && !value;
     ExitRetries_ = value ? 0 : ExitRequests;
     LastExitTime_ = with_.clock.now();
 }
@@ -154,8 +155,23 @@ void KOCommLink::UpdateReadyState() {
 
 void KOCommLink::ClearConnection() {
     DeviceOpen_ = false;
-    Negotiated_ = false;
+    setNegotiated(false);
     EchoMisses_ = 0;
+    EchoMissed_ = false;
+    EchoHeard_ = false;
+}
+
+void KOCommLink::setNegotiated(bool value) {
+    Negotiated_ = value;
+    if (!value)
+        setProduct({});
+}
+
+void KOCommLink::setProduct(const AttachedProduct& product) {
+    if (product == Product_)
+        return;
+    Product_ = product;
+    ProductChanged.raise();
 }
 
 void KOCommLink::SetIdentity(const std::string& Class, const Version& deviceType,
@@ -215,7 +231,7 @@ int KOCommLink::findCandidate(int count) {
 void KOCommLink::NegotiateStep() {
     // An exit handshake that was given up half-way must not stand in the way of a new session.
     if (Negotiated_ && Unnegotiating_)
-        Negotiated_ = false;
+        setNegotiated(false);
     Unnegotiating_ = false;
     if (!IsLinkDevice_)
         return;
@@ -233,6 +249,10 @@ bool KOCommLink::sendHelloIfDue() {
         log("False alarm.");
         EchoMisses_ = 0;
     }
+    if (std::exchange(EchoMissed_, false) && with_.packets.ReceivedHello()) {
+        log("Echo received late.");
+        EchoHeard_ = true;
+    }
     if (!with_.packets.SendHello(HelloValue))
         log("Hello send failed.");
     return true;
@@ -249,7 +269,7 @@ void KOCommLink::drain() {
             std::to_string(length) + ").");
         const bool signOfLife = channel != ExitChannel && channel != SilenceChannel;
         if (signOfLife && !Negotiated_) {
-            Negotiated_ = true;
+            setNegotiated(true);
             log("Ready.");
         }
         KOPacket packet = makePacket();
@@ -267,6 +287,16 @@ void KOCommLink::identify(const KOBuffer& record) {
     Version firmwareVersion;
     const KOProductProfile* product =
         with_.products.ByIdentificationBuffer(record, deviceType, firmwareVersion);
+    AttachedProduct attached{AttachedProduct::Record::Damaged, product, deviceType,
+                             firmwareVersion};
+    if (product != nullptr) {
+        attached.record = AttachedProduct::Record::Known;
+    } else if (KOProductList::IsRecord(record)) {
+        attached.record = AttachedProduct::Record::Unknown;
+        attached.deviceType = Version(record.Data(1), record.Data(2));
+        attached.firmwareVersion = Version(record.Data(3), record.Data(4));
+    }
+    setProduct(attached);
     if (product == nullptr) {
         log("Unrecognized product.");
         return;
@@ -279,9 +309,11 @@ void KOCommLink::noteEcho() {
     if (with_.packets.ReceivedHello()) {
         log("Echo received.");
         EchoMisses_ = 0;
+        EchoHeard_ = true;
     } else if (EchoMisses_ < MissedEchoes) {
         log("Echo missed.");
         ++EchoMisses_;
+        EchoMissed_ = true;
         LastMissTime_ = with_.clock.now();
         if (EchoMisses_ == MissedEchoes)
             log("Waiting for identifier.");
@@ -306,7 +338,7 @@ void KOCommLink::UnnegotiateStep() {
     const int unsent = with_.packets.SendQueue(errorCount);
     if (errorCount != 0) {
         log("Unnegotiation complete, with errors.");
-        Negotiated_ = false;
+        setNegotiated(false);
         Unnegotiating_ = true;
         ResetDevice();
     } else if (unsent > 0) {
@@ -323,7 +355,7 @@ void KOCommLink::UnnegotiateStep() {
         LastExitTime_ = with_.clock.now();
     } else {
         log("Unnegotiation complete.");
-        Negotiated_ = false;
+        setNegotiated(false);
         Unnegotiating_ = false;
         if (ResetAfterExit_)
             ResetDevice();

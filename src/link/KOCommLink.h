@@ -6,8 +6,8 @@
 #include "base/RunModes.h"
 #include "kolib/KODevice.h"
 #include "kolib/KOPackets.h"
+#include "link/AttachedProduct.h"
 #include "link/KOPacket.h"
-#include "link/KOProductList.h"
 
 #include <optional>
 
@@ -37,15 +37,21 @@ class KOCommLink {
     Event<> ReadyStateChanged;
     /// A device was opened or is gone.
     Event<> ConnectedChanged;
+    /// `Product` has changed.
+    Event<> ProductChanged;
     /// `DriverExists`, `Claimed` or `InUse` has changed.
     Event<> AvailabilityChanged;
 
     /// A device is open.
     [[nodiscard]] bool IsConnected() const { return DeviceOpen_; }
-    /// Class name of the control for the product that was last identified.
+    /// Class name of the control for the product that was last identified, be it long ago.
     [[nodiscard]] const std::string& Class() const { return Class_; }
     [[nodiscard]] const Version& deviceType() const { return deviceType_; }
     [[nodiscard]] const Version& firmwareVersion() const { return firmwareVersion_; }
+    /// Who is behind the link now, as far as this session has told.
+    [[nodiscard]] const AttachedProduct& Product() const { return Product_; }
+    /// Something has answered a hello since the link began to negotiate.
+    [[nodiscard]] bool EchoHeard() const { return EchoHeard_; }
     /// The open device is link hardware and not a blank chip.
     [[nodiscard]] bool IsLinkDevice() const { return IsLinkDevice_; }
     /// The product has spoken.
@@ -83,6 +89,8 @@ class KOCommLink {
     void ClearConnection();
     void SetIdentity(const std::string& Class, const Version& deviceType,
                      const Version& firmwareVersion);
+    void setNegotiated(bool value);
+    void setProduct(const AttachedProduct& product);
     void search();
     int findCandidate(int count);
     void NegotiateStep();
@@ -97,6 +105,8 @@ class KOCommLink {
     bool DeviceOpen_ = false;
     bool IsLinkDevice_ = false;
     int EchoMisses_ = 0;
+    bool EchoMissed_ = false; // that of the last hello, so far
+    bool EchoHeard_ = false;
     std::optional<std::uint32_t> LastMissTime_;
     bool Negotiated_ = false;
     bool Unnegotiating_ = false;
@@ -106,6 +116,7 @@ class KOCommLink {
     std::string Class_;
     Version deviceType_;
     Version firmwareVersion_;
+    AttachedProduct Product_;
     int ExitRetries_ = 0;
     std::uint32_t LastExitTime_ = 0;
     bool MaintainConnection_ = false;

@@ -2,12 +2,11 @@
 
 namespace corvane {
 
-LinkStatus::LinkStatus(KOCommLink& link, const KOProductList& products)
+LinkStatus::LinkStatus(KOCommLink& link)
     : link_(link),
-      products_(products),
       onConnected_(link.ConnectedChanged.connect([this] { refresh(); })),
       onReady_(link.ReadyStateChanged.connect([this] { refresh(); })),
-      onClass_(link.ClassChanged.connect([this] { refresh(); })),
+      onProduct_(link.ProductChanged.connect([this] { refresh(); })),
       onAvailability_(link.AvailabilityChanged.connect([this] { refresh(); })) {
     refresh();
 }
@@ -22,9 +21,7 @@ void LinkStatus::refresh() {
                     "Another program uses it. Close that program.");
     if (!link_.IsConnected())
         return tell(State::NoDevice, "No link is plugged in", "Plug in a Corvane link to begin.");
-    const KOProductProfile* product = products_.ByDeviceType(link_.deviceType());
-    const std::string name =
-        product == nullptr ? std::string() : product->Name + " " + link_.deviceType().ToString();
+    const std::string name = link_.Product().name();
     if (link_.InUse())
         return tell(State::Busy,
                     link_.ready() && !name.empty() ? "Busy with " + name : "The link is busy",
@@ -35,10 +32,10 @@ void LinkStatus::refresh() {
                                                : "It is free until you program or read.");
     if (!link_.IsLinkDevice())
         return tell(State::Ready, "Link hardware is plugged in", "It can be programmed.");
-    if (product == nullptr)
+    if (name.empty())
         return tell(State::Ready, "Unrecognized product",
                     "This version of the program does not know the product behind the link.");
-    tell(State::Ready, name, "Firmware " + link_.firmwareVersion().ToString());
+    tell(State::Ready, name, "Firmware " + link_.Product().firmwareVersion.ToString());
 }
 
 void LinkStatus::tell(State state, std::string headline, std::string detail) {

@@ -12,7 +12,6 @@ class ProgrammerControl final : public ProductControl {
   public:
     explicit ProgrammerControl(const Workplace& place);
 
-    void ProcessPacket(const KOPacket&) override {}
     void UpdateReadyState(bool ready) override;
 
     Button Logo;

@@ -2,8 +2,10 @@
 
 #include "base/Handle.h"
 
+#include <chrono>
 #include <cstdint>
 #include <filesystem>
+#include <list>
 #include <optional>
 #include <string>
 
@@ -48,8 +50,8 @@ class InstanceChannel {
     bool Mark();
     /// Takes no more, and no longer runs in the eyes of others.
     void Unmark();
-    /// Readable while a record waits; -1 if there is no mark.
-    [[nodiscard]] int descriptor() const { return listener_.get(); }
+    /// Readable while something waits for `Receive`; -1 if there is no mark.
+    [[nodiscard]] int descriptor() const { return events_.get(); }
     /// A record that has arrived. Its sender goes on when this ends, as one that was not heard
     /// unless it is told.
     struct Delivery {
@@ -59,10 +61,21 @@ class InstanceChannel {
         /// Tells the sender that the record has been dealt with.
         void confirm() const;
     };
-    /// The next one; what is unreadable, too long or someone else's is skipped.
-    [[nodiscard]] std::optional<Delivery> Receive() const;
+    /// The next one that is whole. Never waits: who has sent only a part, or nothing, is kept until
+    /// the rest comes, for a second at least. What is too long or someone else's is skipped.
+    [[nodiscard]] std::optional<Delivery> Receive();
 
   private:
+    /// Somebody who has called.
+    struct Caller {
+        Handle socket;
+        std::chrono::steady_clock::time_point since;
+        std::string bytes{}; // of its record, so far
+    };
+    enum class Reading { Unfinished, Whole, Useless };
+
+    void acceptCallers();
+    [[nodiscard]] static Reading read(Caller& caller);
     [[nodiscard]] Handle openFolder() const;
     [[nodiscard]] bool takeLock();
     [[nodiscard]] Handle call() const;
@@ -71,6 +84,8 @@ class InstanceChannel {
     std::filesystem::path folder_;
     Handle lock_;
     Handle listener_;
+    Handle events_; // of the listener and the callers
+    std::list<Caller> callers_;
     std::uint64_t mark_ = 0; // number of the socket's file
 };
 

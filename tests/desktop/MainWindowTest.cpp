@@ -66,7 +66,7 @@ class MainWindowTest : public testing::Test {
     Application application{desk.programs, dialogs};
     ProductControls controls{desk.place, desk.keys};
     MainForm form{desk.place, controls, application};
-    LinkStatus status{desk.bench.link, desk.bench.products};
+    LinkStatus status{desk.bench.link};
     MainWindow window{form, status};
 };
 

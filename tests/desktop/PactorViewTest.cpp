@@ -62,8 +62,6 @@ TEST_F(RelayWindow, IsChangedSimulatedProgrammedReadAndUndone) {
 
     // Somebody else changes the product meanwhile.
     GenericEEPROMProgrammer other(place);
-    const Connection onPacket = desk.bench.link.PacketReceived.connect(
-        [&](const KOPacket& packet) { other.ProcessPacket(packet); });
     KOBuffer hysteresis;
     hysteresis.Append(255);
     ASSERT_TRUE(other.Connect("Corvane.PactorControl", "relay", false));

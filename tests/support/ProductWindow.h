@@ -51,7 +51,7 @@ struct ProductDesk {
     Application application{desk.programs, dialogs};
     ProductControls controls{place, keyboard};
     MainForm form{place, controls, application};
-    LinkStatus status{desk.bench.link, desk.bench.products};
+    LinkStatus status{desk.bench.link};
     MainWindow window{form, status};
     Hands hands;
 

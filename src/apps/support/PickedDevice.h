@@ -26,6 +26,7 @@ class PickedDevice final : public KODevice {
     [[nodiscard]] bool ProgramDevice(const DeviceInfo& strings) override {
         return devices_.ProgramDevice(strings);
     }
+    [[nodiscard]] int Descriptor() const override { return devices_.Descriptor(); }
     void WaitForData(int milliseconds) override { devices_.WaitForData(milliseconds); }
 
   private:

@@ -28,6 +28,7 @@ class LinkDevices final : public KODevice {
     void ResetDevice() override;
     bool CheckForDriver() override;
     bool ProgramDevice(const DeviceInfo& strings) override;
+    [[nodiscard]] int Descriptor() const override { return port_ ? port_->descriptor() : -1; }
     void WaitForData(int milliseconds) override;
 
   private:

@@ -17,6 +17,7 @@ class VirtualLinkPort final : public LinkPort {
     [[nodiscard]] bool alive() const override { return socket_.connected() && !messages_.broken(); }
     void powerCycle() override;
     [[nodiscard]] bool writeStrings(const DeviceInfo& strings) override;
+    [[nodiscard]] int descriptor() const override { return socket_.descriptor(); }
     void waitForData(int milliseconds) override;
 
   private:
