@@ -74,6 +74,7 @@ int main(int argc, char** argv) {
         door.close();
         RegisterFileTypes(program.products, program.settings, program.files);
     });
+    const Connection onTick = form.tmrUpdate.Fired.connect([&] { program.leaveIfAsked(); });
     // The window first: a file that can't be opened is told over it.
     window.show();
     form.Initialize(launch.fileToOpen);

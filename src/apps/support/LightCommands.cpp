@@ -115,7 +115,7 @@ int ProgramLight(Program& program, const std::string& file, std::optional<bool> 
         program.link.Update();
         run.Update();
         if (!dialog.over())
-            program.device.WaitForData(1);
+            program.pause();
     }
     if (!space.empty())
         return Fail(space);

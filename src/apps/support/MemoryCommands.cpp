@@ -3,6 +3,7 @@
 #include "apps/support/ConsoleDialogs.h"
 #include "apps/support/ExitStatus.h"
 #include "eeprom/GenericEEPROMProgrammer.h"
+#include "link/HindranceTexts.h"
 
 #include <algorithm>
 #include <iostream>
@@ -46,9 +47,15 @@ std::string ConnectAny(Program& program) {
     KOCommLink& link = program.link;
     if (link.Connect(link.Class(), true))
         return {};
-    if (!link.DriverExists())
+    using Kind = LinkHindrance::Kind;
+    const LinkHindrance& hindrance = link.Hindrance();
+    if (!link.DriverExists() || hindrance.kind == Kind::Forbidden)
         return "The link may not be opened. Install the udev rule 60-corvane.rules, plug the link "
                "in again, and try again.";
+    if (link.Claimed())
+        return "The link is busy. " + BusyAdvice(hindrance);
+    if (hindrance.kind == Kind::Broken)
+        return std::string("The link can't be opened. ") + BrokenAdvice;
     return link.IsConnected() ? "The product behind the link does not answer. Check its cable and "
                                 "its power."
                               : "No Corvane is connected.";
