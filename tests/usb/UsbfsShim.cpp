@@ -73,6 +73,16 @@ int connectToBus() {
     return socket;
 }
 
+/// A call of the kernel's file system can't be interrupted by a signal between asking and answer.
+template<class Call>
+ssize_t insistently(Call call) {
+    ssize_t result = -1;
+    do
+        result = call();
+    while (result < 0 && errno == EINTR);
+    return result;
+}
+
 /// An opened device.
 struct Node {
     int socket = -1;
@@ -87,10 +97,12 @@ struct Node {
         if (count > 0)
             std::memcpy(message.data() + sizeof request, data, count);
         Answer answer{-ENODEV, 0, 0, 0};
-        if (::send(socket, message.data(), message.size(), MSG_NOSIGNAL) < 0)
+        if (insistently(
+                [&] { return ::send(socket, message.data(), message.size(), MSG_NOSIGNAL); }) < 0)
             return answer;
         answered.resize(sizeof answer + MostData);
-        const ssize_t got = ::recv(socket, answered.data(), answered.size(), 0);
+        const ssize_t got =
+            insistently([&] { return ::recv(socket, answered.data(), answered.size(), 0); });
         if (got < static_cast<ssize_t>(sizeof answer))
             return answer;
         std::memcpy(&answer, answered.data(), sizeof answer);
@@ -140,7 +152,8 @@ int openNode(const char* path) {
     message.msg_iovlen = 1;
     message.msg_control = control;
     message.msg_controllen = sizeof control;
-    const bool got = ::recvmsg(node->socket, &message, MSG_CMSG_CLOEXEC) > 0;
+    const bool got =
+        insistently([&] { return ::recvmsg(node->socket, &message, MSG_CMSG_CLOEXEC); }) > 0;
     const cmsghdr* head = CMSG_FIRSTHDR(&message);
     if (!got || answer.result < 0 || head == nullptr) {
         static const auto close = next<int (*)(int)>("close");

@@ -47,15 +47,10 @@ std::string ConnectAny(Program& program) {
     KOCommLink& link = program.link;
     if (link.Connect(link.Class(), true))
         return {};
-    using Kind = LinkHindrance::Kind;
-    const LinkHindrance& hindrance = link.Hindrance();
-    if (!link.DriverExists() || hindrance.kind == Kind::Forbidden)
-        return "The link may not be opened. Install the udev rule 60-corvane.rules, plug the link "
-               "in again, and try again.";
-    if (link.Claimed())
-        return "The link is busy. " + BusyAdvice(hindrance);
-    if (hindrance.kind == Kind::Broken)
-        return std::string("The link can't be opened. ") + BrokenAdvice;
+    if (!link.DriverExists())
+        return ForbiddenAdvice;
+    if (std::string hindrance = HindranceInWords(link.Hindrance()); !hindrance.empty())
+        return hindrance;
     return link.IsConnected() ? "The product behind the link does not answer. Check its cable and "
                                 "its power."
                               : "No Corvane is connected.";
