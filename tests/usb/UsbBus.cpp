@@ -98,8 +98,6 @@ UsbBus::UsbBus() {
     wake_ = ::eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC);
     ::setenv("CORVANE_USB", root.c_str(), 1);
     ::setenv("LD_PRELOAD", CORVANE_USBFS_SHIM, 1);
-    // A preloaded library stands before the sanitizer's own, which is no harm here.
-    ::setenv("ASAN_OPTIONS", "verify_asan_link_order=0", 1);
     thread_ = std::thread([this] { loop(); });
 }
 
@@ -107,7 +105,7 @@ UsbBus::~UsbBus() {
     with([this] { ending_ = true; });
     wake();
     thread_.join();
-    for (const char* name : {"CORVANE_USB", "LD_PRELOAD", "ASAN_OPTIONS"})
+    for (const char* name : {"CORVANE_USB", "LD_PRELOAD"})
         ::unsetenv(name);
     clients_.clear();
     ::close(listener_);
