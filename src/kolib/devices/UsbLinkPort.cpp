@@ -1,7 +1,5 @@
 #include "kolib/devices/UsbLinkPort.h"
 
-#include "kolib/devices/DeviceHolder.h"
-
 #include <ftdi.h>
 #include <libusb.h>
 
@@ -30,7 +28,7 @@ constexpr std::size_t StatusLength = 2;      // modem status at the head of each
 constexpr std::size_t ReceivedLimit = 65536; // bytes that nobody has taken
 constexpr int StumblesLimit = 20;
 
-OpenOutcome refused(int error, const std::string& node) {
+OpenOutcome refused(int error, const std::string& node, DeviceHolder& holders) {
     using Kind = LinkHindrance::Kind;
     switch (error) {
     case LIBUSB_ERROR_ACCESS:
@@ -39,7 +37,7 @@ OpenOutcome refused(int error, const std::string& node) {
                     ". Install the udev rule 60-corvane.rules and plug the link in again.",
                 {Kind::Forbidden, {}}};
     case LIBUSB_ERROR_BUSY: {
-        std::string holder = HolderOf(node);
+        std::string holder = holders.of(node);
         return {nullptr,
                 "The link device is busy: " +
                     (holder.empty() ? "another program or a system service" : holder) +
@@ -74,11 +72,12 @@ int codeOf(libusb_transfer_status status) {
 
 } // namespace
 
-OpenOutcome UsbLinkPort::open(ftdi_context* ftdi, libusb_device* device, const std::string& node) {
+OpenOutcome UsbLinkPort::open(ftdi_context* ftdi, libusb_device* device, const std::string& node,
+                              DeviceHolder& holder) {
     int error = LIBUSB_SUCCESS;
     std::unique_ptr<UsbChip> chip = UsbChip::open(ftdi, device, error);
     if (!chip)
-        return refused(error, node);
+        return refused(error, node, holder);
     std::unique_ptr<UsbLinkPort> port(new UsbLinkPort(ftdi->usb_ctx, std::move(chip)));
     port->makeReadings();
     return {std::move(port), {}};

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "kolib/devices/DeviceHolder.h"
 #include "kolib/devices/LinkPort.h"
 #include "kolib/devices/UsbChip.h"
 
@@ -14,9 +15,10 @@ namespace corvane {
 /// is given back, at the latest at the end of this.
 class UsbLinkPort final : public LinkPort {
   public:
-    /// The device must belong to the context, which must outlive the port; `node` is its file.
+    /// The device must belong to the context, which must outlive the port; `node` is its file. Of
+    /// a busy one the holder is asked for.
     [[nodiscard]] static OpenOutcome open(ftdi_context* ftdi, libusb_device* device,
-                                          const std::string& node);
+                                          const std::string& node, DeviceHolder& holder);
 
     ~UsbLinkPort() override;
     UsbLinkPort(const UsbLinkPort&) = delete;

@@ -131,7 +131,7 @@ bool UsbLinkSource::lookIsDue() {
 OpenOutcome UsbLinkSource::open(std::size_t index) {
     if (index >= handles_.size())
         return {nullptr, "The link device is gone.", {}};
-    return UsbLinkPort::open(ftdi_, handles_[index], deviceNode(handles_[index]));
+    return UsbLinkPort::open(ftdi_, handles_[index], deviceNode(handles_[index]), holder_);
 }
 
 void UsbLinkSource::lookAgain() {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/Clock.h"
+#include "kolib/devices/DeviceHolder.h"
 #include "kolib/devices/LinkPort.h"
 
 #include <filesystem>
@@ -31,6 +32,7 @@ class UsbLinkSource final : public LinkSource {
     void release();
 
     const Clock& clock_;
+    DeviceHolder holder_;
     ftdi_context* ftdi_ = nullptr; // with the one context of libusb; nothing if there is no USB
     bool changed_ = true;
     std::uint32_t changedAt_ = 0;
