@@ -107,6 +107,7 @@ int main(int argc, char** argv) {
         ended = true;
         QCoreApplication::exit();
     });
+    const Connection onTick = form.tmrUpdate.Fired.connect([&] { program.leaveIfAsked(); });
     // The window first: a file that can't be opened is told over it.
     window.show();
     form.Initialize(launch.fileToOpen);
