@@ -43,10 +43,8 @@ struct Programmed {
     constexpr int repeats = 5;
     GenericEEPROMProgrammer programmer(desk.place);
     int replies = 0;
-    const Connection onPacket = desk.link.PacketReceived.connect([&](const KOPacket& packet) {
-        ++replies;
-        programmer.ProcessPacket(packet);
-    });
+    const Connection onPacket =
+        desk.link.PacketReceived.connect([&replies](const KOPacket&) { ++replies; });
     programmer.setUCBufferSize(64);
     std::vector<double> times;
     desk.bytesOnTheWire = 0;
