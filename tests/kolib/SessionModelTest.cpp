@@ -98,9 +98,10 @@ class Course {
         settle();
         int errors = 0;
         EXPECT_EQ(host_->SendQueue(errors), 0) << "a request waits for ever";
-        if (errors == 0 && !poweredOff_)
+        if (errors == 0 && !poweredOff_) {
             for (const int request : asked_)
                 EXPECT_TRUE(answered_.contains(request)) << "a request was lost";
+        }
         if (sessionLasts()) {
             EXPECT_EQ(identified_, product_.sessions) << "an identification was lost";
             expectAnswer();
