@@ -134,7 +134,7 @@ TEST_F(BenchProgram, ALinkServesOneComputerAtATime) {
     wire::HostSession otherPackets(clock, {});
     std::vector<std::unique_ptr<LinkSource>> sources;
     sources.push_back(std::make_unique<VirtualLinkSource>(folder.path(), clock));
-    LinkDevices second(std::move(sources), otherPackets, debug);
+    LinkDevices second(std::move(sources), otherPackets, debug, clock);
     ASSERT_TRUE(countBecomes(second, 1));
     first->OpenDevice(0);
     ASSERT_TRUE(packets.SendHello(125));

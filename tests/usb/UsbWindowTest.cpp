@@ -22,7 +22,7 @@ class UsbWindow : public UsbTest {
     Application application{program.programs, dialogs};
     ProductControls controls{place, keyboard};
     MainForm form{place, controls, application};
-    LinkStatus status{program.link, program.products};
+    LinkStatus status{program.link};
     MainWindow window{form, status};
 
     [[nodiscard]] QPushButton* programButton() const {
