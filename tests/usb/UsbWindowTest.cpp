@@ -1,9 +1,11 @@
 #include "apps/support/Program.h"
+#include "desktop/EventLoop.h"
 #include "desktop/MainWindow.h"
 #include "desktop/QtDialogs.h"
 #include "shell/LinkStatus.h"
 #include "usb/UsbTest.h"
 
+#include <QLabel>
 #include <QPushButton>
 #include <QTest>
 
