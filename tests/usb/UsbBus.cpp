@@ -118,7 +118,8 @@ Time UsbBus::now() const {
 
 void UsbBus::wake() const {
     const std::uint64_t one = 1;
-    static_cast<void>(::write(wake_, &one, sizeof one));
+    if (::write(wake_, &one, sizeof one) < 0)
+        return; // it is awake
 }
 
 Ft232& UsbBus::plugIn(const std::string& product, const std::string& serial, int port) {
@@ -249,7 +250,8 @@ void UsbBus::loop() {
         ::ppoll(descriptors.data(), descriptors.size(), &limit, nullptr);
         lock.lock();
         std::uint64_t woken = 0;
-        static_cast<void>(::read(wake_, &woken, sizeof woken));
+        while (::read(wake_, &woken, sizeof woken) > 0) {
+        }
         advance();
         for (std::size_t i = 2; i < descriptors.size(); ++i)
             if (descriptors[i].revents != 0)

@@ -128,15 +128,15 @@ TEST_F(UsbTest, ALinkThatAnotherProgramHoldsIsCalledBusyWithItsName) {
 TEST_F(UsbTest, WithoutRightsItSaysWhatToDoAlsoBesideAVirtualLink) {
     Chip& chip = bus.plugIn("lumora-1.2");
     bus.setRights(chip, false);
-    const std::string told = "corvanectl: The link may not be opened. Install the udev rule "
-                             "60-corvane.rules, plug the link in again, and try again.\n";
-    EXPECT_EQ(ctl({"identify"}).errors, told);
+    const auto told = HasSubstr("The link may not be opened. Install the udev rule "
+                                "60-corvane.rules, plug the link in again, and try again.\n");
+    EXPECT_THAT(ctl({"identify"}).errors, told);
     Process bench("corvane-bench", {"pactor-3.1"});
     ASSERT_TRUE(
         eventually([&] { return std::filesystem::exists(folder.path() / "pactor-3.1.link"); }));
     const Ran ran = ctl({"identify"});
     EXPECT_EQ(ran.status, 1);
-    EXPECT_EQ(ran.errors, told);
+    EXPECT_THAT(ran.errors, told);
     EXPECT_EQ(ctl({"identify", "--device", "0"}).output, "Pactor\t3.1\t3.7\n");
     bus.setRights(chip, true);
     EXPECT_EQ(ctl({"identify"}).output, "Lumora\t1.2\t3.7\n");

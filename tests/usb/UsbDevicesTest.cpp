@@ -27,7 +27,7 @@ class UsbDevices : public UsbTest {
     KOProductList products{"KO", debug};
     Idle idle{device};
     KOCommLink link{{device, packets, products, modes, clock, debug, idle}};
-    LinkStatus status{link, products};
+    LinkStatus status{link};
 
     /// The ticks of the main loop, until it is so.
     template<class Condition>

@@ -1,9 +1,11 @@
 #include "apps/support/Program.h"
+#include "desktop/EventLoop.h"
 #include "desktop/MainWindow.h"
 #include "desktop/QtDialogs.h"
 #include "shell/LinkStatus.h"
 #include "usb/UsbTest.h"
 
+#include <QLabel>
 #include <QPushButton>
 #include <QTest>
 
@@ -22,7 +24,7 @@ class UsbWindow : public UsbTest {
     Application application{program.programs, dialogs};
     ProductControls controls{place, keyboard};
     MainForm form{place, controls, application};
-    LinkStatus status{program.link, program.products};
+    LinkStatus status{program.link};
     MainWindow window{form, status};
 
     [[nodiscard]] QPushButton* programButton() const {
