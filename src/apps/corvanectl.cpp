@@ -7,6 +7,7 @@
 #include "apps/support/PlayCommand.h"
 #include "apps/support/Program.h"
 #include "apps/support/SafeOutput.h"
+#include "base/Assert.h"
 #include "base/Product.h"
 #include "system/File.h"
 
@@ -20,7 +21,7 @@ namespace {
 using namespace corvane;
 
 struct Options {
-    std::optional<int> device;
+    DevicePick pick;
     bool debug = false;
 };
 
@@ -42,10 +43,10 @@ class Session {
 
   private:
     static Program::DeviceDoor doorFor(const Options& options) {
-        if (!options.device)
+        if (options.pick.any())
             return {};
-        return [index = *options.device](KODevice& devices) {
-            return std::make_unique<PickedDevice>(devices, index);
+        return [pick = options.pick](KODevice& devices) {
+            return std::make_unique<PickedDevice>(devices, pick);
         };
     }
 
@@ -75,18 +76,20 @@ int programFile(Program& program, const std::string& file, std::optional<bool> a
 
 int listDevices(const Options& options) {
     constexpr std::int32_t answerTime = 1000; // ms
-    Session session(options);
+    Session session({.pick = {}, .debug = options.debug});
     Program& program = session.program();
     const std::uint32_t start = program.clock.now();
     do {
         program.device.EnumerateDevices();
-        program.device.WaitForData(1);
+        program.pause();
     } while (program.device.EnumerationPending() &&
              TimeDiff(program.clock.now(), start) < answerTime);
     program.device.EnumerateDevices();
     for (int index = 0; index < program.device.GetDeviceCount(); ++index) {
+        if (!options.pick.fits(program.device, index))
+            continue;
         const DeviceInfo info = program.device.GetDeviceInfo(index);
-        std::cout << options.device.value_or(index);
+        std::cout << index;
         for (const std::string* text :
              {&info.Description, &info.Manufacturer, &info.ManufacturerID, &info.SerialNumber})
             std::cout << '\t' << InOneField(*text);
@@ -133,8 +136,10 @@ int main(int argc, char** argv) {
     app.set_version_flag("--version", std::string("corvanectl ") + ProgramVersion);
     app.require_subcommand(1);
     app.fallthrough();
-    app.add_option("--device", options.device, "Index of the link to use, as 'devices' lists it")
+    app.add_option("--device", options.pick.index,
+                   "Index of the link to use, as 'devices' lists it")
         ->check(CLI::NonNegativeNumber);
+    app.add_option("--serial", options.pick.serial, "Serial number of the link to use");
     app.add_flag("--debug", options.debug, "Write the log of the link to the error output");
     app.footer("Exit status: 0 done, 1 failed with the reason on the error output, 2 wrong usage.");
 
@@ -242,6 +247,9 @@ int main(int argc, char** argv) {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? ExitStatus::Done : ExitStatus::WrongUsage;
+    } catch (const AssertionFailed& failure) {
+        // Caught so that the link is let go on this way out as well.
+        return Fail(failure.what());
     }
     return result;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "controls/JobButtons.h"
 #include "controls/StatusLine.h"
 #include "eeprom/EEPROMEntry.h"
 #include "link/JobOutcome.h"
@@ -53,6 +54,7 @@ class EEPROMEditorControl final : public ProductControl {
     Event<> Rearranged;                     ///< Rows have come, gone or moved.
     Event<const EEPROMEntry&> EntryLeaving; ///< This one is about to end.
     Event<EEPROMEntry&> FocusWanted;        ///< The person will go on with this one.
+    Event<EEPROMEntry&> ValueFocusWanted;   ///< The same, with its value.
 
     KOEEPROMDocument document;
 
@@ -65,6 +67,10 @@ class EEPROMEditorControl final : public ProductControl {
     Button ReadSettingsButton{"Read Settings"};
     Button ProgramButton{"Program"};
     Label ProgrammingLabel;
+    Label OverlapLabel; ///< Names variables that share bytes with others; empty if there are none.
+
+    /// How a message names a variable: by the first line of its comments, or else its address.
+    [[nodiscard]] std::string NameOf(int index) const;
 
   private:
     void connectDocument();
@@ -75,6 +81,8 @@ class EEPROMEditorControl final : public ProductControl {
     void arrangementChanged();
     void rearrange();
     void updateScrolling();
+    void nameOverlaps();
+    [[nodiscard]] bool valuesAreSound();
     void heard(std::string_view message, const void* sender, const MessageValue& value);
     void newVariable();
 
@@ -84,10 +92,11 @@ class EEPROMEditorControl final : public ProductControl {
     [[nodiscard]] JobOutcome mayWrite();
     [[nodiscard]] bool readVariable(GenericEEPROMProgrammer& reader, int index);
     [[nodiscard]] bool programVariable(GenericEEPROMProgrammer& writer, int index);
-    void fitLength(KOBuffer& buffer, int length);
+    void fitLength(KOBuffer& buffer, int index);
 
     Workplace place_;
-    StatusLine status_{ProgrammingLabel, place_.dialogs};
+    StatusLine status_{ProgrammingLabel, place_.dialogs, place_.pointer};
+    JobButtons jobs_{place_.pointer};
     Messenger messenger_;
     struct Slot {
         int id;

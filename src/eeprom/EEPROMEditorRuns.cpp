@@ -115,7 +115,7 @@ bool EEPROMEditorControl::programVariable(GenericEEPROMProgrammer& writer, int i
     KOBuffer buffer;
     for (const std::uint8_t byte : variable.DataValue)
         buffer.Append(byte);
-    fitLength(buffer, variable.Length);
+    fitLength(buffer, index);
     if (variable.Address + buffer.Length() > AddressSpace)
         return false;
     if (buffer.Length() == 0)
@@ -128,17 +128,18 @@ bool EEPROMEditorControl::programVariable(GenericEEPROMProgrammer& writer, int i
     });
 }
 
-void EEPROMEditorControl::fitLength(KOBuffer& buffer, int length) {
+void EEPROMEditorControl::fitLength(KOBuffer& buffer, int index) {
+    const int length = document.entry(index).Length;
     if (buffer.Length() == length)
         return;
     const char* question =
         buffer.Length() < length ? "Pad the end with zeros?" : "Remove bytes from the end?";
     place_.pointer.set(false);
-    const Answer answer =
-        place_.dialogs.Message({"Wrong Length",
-                                std::to_string(buffer.Length()) + " bytes supplied in a " +
-                                    std::to_string(length) + " byte field.\r\n\r\n" + question,
-                                MessageBox::Icon::None, MessageBox::Buttons::YesNo});
+    const Answer answer = place_.dialogs.Message(
+        {"Wrong Length",
+         NameOf(index) + "\r\n" + std::to_string(buffer.Length()) + " bytes supplied in a " +
+             std::to_string(length) + " byte field.\r\n\r\n" + question,
+         MessageBox::Icon::None, MessageBox::Buttons::YesNo});
     place_.pointer.set(true);
     if (answer == Answer::Yes)
         buffer.SetLength(length, 0);

@@ -1,8 +1,12 @@
 #include "base/Assert.h"
 #include "base/Numbers.h"
+#include "base/Text.h"
 #include "base/TextLines.h"
 #include "history/History.h"
 #include "history/KOIO.h"
+#include "system/File.h"
+
+#include <filesystem>
 
 namespace corvane {
 
@@ -25,8 +29,7 @@ Header headerOf(const std::vector<std::string>& values) {
 
 bool isSound(const Header& header, int lines) {
     return header.length >= 0 && header.length <= lines && header.position >= 0 &&
-           header.position <= header.length && header.stopPoint >= 0 &&
-           header.stopPoint <= header.length;
+           header.position <= header.length;
 }
 
 } // namespace
@@ -40,8 +43,44 @@ void History::SaveHistory() {
 
 bool History::SaveHistoryAs() {
     Assert(!filter_.empty());
-    const std::optional<std::string> path = with_.dialogs.SaveFile(dialogFilter(), savePath_);
+    const std::optional<std::string> path = askForName();
     return path && writeTo(*path);
+}
+
+/// Asks until the person is content with the name, or cancels.
+std::optional<std::string> History::askForName() const {
+    std::optional<std::string> path = with_.dialogs.SaveFile(dialogFilter(), savePath_);
+    while (path && !(completeName(*path) && mayReplace(*path)))
+        path = with_.dialogs.SaveFile(dialogFilter(), *path);
+    return path;
+}
+
+/// A file of another name would not show when files of this kind are looked for; so it is made only
+/// if that is meant. False if the person would like to choose again.
+bool History::completeName(std::string& path) const {
+    std::string suffix = filter_.substr(filter_.find('|') + 1);
+    suffix = suffix.substr(0, suffix.find_first_of(";|"));
+    suffix.erase(0, suffix.find('.'));
+    if (LowerCase(path).ends_with(LowerCase(suffix)))
+        return true;
+    const std::string name = KOIOFilename(path);
+    const Answer answer = with_.dialogs.AskAboutName(
+        {"Save As",
+         "Save as '" + name + suffix + "'?\r\n\r\nYes gives it that name, No saves it as '" + name +
+             "', and Cancel goes back.",
+         MessageBox::Icon::Question, MessageBox::Buttons::YesNoCancel});
+    if (answer == Answer::Yes)
+        path += suffix;
+    return answer == Answer::Yes || answer == Answer::No;
+}
+
+bool History::mayReplace(const std::string& path) const {
+    std::error_code error;
+    return !std::filesystem::exists(path, error) ||
+           with_.dialogs.AskAboutName(
+               {"Save As",
+                KOIOFilename(path) + " already exists.\r\n\r\nDo you want to replace it?",
+                MessageBox::Icon::Warning, MessageBox::Buttons::YesNo}) == Answer::Yes;
 }
 
 bool History::OpenHistory(std::string filename) {
@@ -159,11 +198,7 @@ std::string History::parse(KOText& text, const std::string& path, Loaded& loaded
     loaded.changes.reserve(static_cast<std::size_t>(header.length));
     while (static_cast<int>(loaded.changes.size()) < header.length) {
         reader.ReadArray(prefix, data);
-        std::unique_ptr<UndoableChange> change;
-        if (prefix == KODoNothingChange::Prefix)
-            change = std::make_unique<KODoNothingChange>();
-        else
-            change = loader_->Load(prefix);
+        std::unique_ptr<UndoableChange> change = emptyChange(prefix);
         if (change == nullptr)
             return "Can't understand the file format (unrecognized prefix).";
         if (!change->Deserialize(*this, prefix, data))
@@ -171,6 +206,34 @@ std::string History::parse(KOText& text, const std::string& path, Loaded& loaded
         loaded.changes.push_back(std::move(change));
     }
     return loader_->FitTogether(loaded.changes) ? "" : NotForThisDocument;
+}
+
+std::unique_ptr<UndoableChange> History::emptyChange(std::string_view prefix) const {
+    if (prefix == KODoNothingChange::Prefix)
+        return std::make_unique<KODoNothingChange>();
+    return loader_->Load(prefix);
+}
+
+/// Whether the change's line is one that its loader reads, and that is written again as it was.
+bool History::comesBack(const UndoableChange& change) {
+    std::string line;
+    std::string prefix;
+    std::vector<std::string> data;
+    change.Serialize(prefix, data);
+    const auto lines =
+        TextLines::append(line, prefix, data) ? TextLines::parse(line) : std::optional<TextLines>();
+    if (!lines || lines->count() != 1)
+        return false;
+    lines->read(0, data);
+    prefix = data.front();
+    data.erase(data.begin());
+    const std::unique_ptr<UndoableChange> read = emptyChange(prefix);
+    if (read == nullptr || !read->Deserialize(*this, prefix, data))
+        return false;
+    data.clear();
+    read->Serialize(prefix, data);
+    std::string again;
+    return TextLines::append(again, prefix, data) && again == line;
 }
 
 void History::replay(Loaded loaded, const std::string& filename) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "controls/JobButtons.h"
 #include "controls/TripPointControl.h"
 #include "light/LumoraClipboard.h"
 #include "light/LumoraOptions.h"
@@ -86,7 +87,7 @@ class LumoraControl final : public ProductControl, public ClipboardCommands {
     void connectButtons();
     void changeTab();
     void doLayout();
-    void settingChanged(std::string_view name);
+    void settingChanged(std::string_view name, int channel);
     void resetToDefaults();
     void UpdateBlockCount();
     void UpdateFrames();
@@ -96,8 +97,9 @@ class LumoraControl final : public ProductControl, public ClipboardCommands {
     void updateCanCopy();
     void addOrInsert(bool add);
     void deleteSelected();
+    void showSelectedTrack();
     [[nodiscard]] std::vector<LumoraSegment> selectedSegments() const;
-    void recordSegments(bool insert, int trackIndex, std::vector<LumoraSegment> segments);
+    bool recordSegments(bool insert, int trackIndex, std::vector<LumoraSegment> segments);
     template<class Change, class Value>
     void recordValue(int trackIndex, int elementIndex, const Value& oldValue,
                      const Value& newValue);
@@ -110,6 +112,7 @@ class LumoraControl final : public ProductControl, public ClipboardCommands {
     void writeLine(const std::string& text) const;
 
     Workplace place_;
+    JobButtons jobs_{place_.pointer};
     Dialogs& dialogs_;
     const KODebugger* debugger_ = nullptr;
     std::unique_ptr<LumoraProgramming> programming_;

@@ -64,7 +64,7 @@ bool KOCommLink::Connect(const std::string& desiredClass, bool anyDevice) {
                 return false;
             }
             if (TimeDiff(with_.clock.now(), start) > ConnectStage) {
-                if (resetTried || !DeviceOpen_) {
+                if (resetTried || !IsConnected()) {
                     log("Connection to '" + desiredClass + "' timed out.");
                     setMaintainConnection(false);
                     return false;
@@ -103,13 +103,6 @@ void KOCommLink::DisconnectAndBlock(bool pleaseReset) {
     }
 }
 
-void KOCommLink::report(bool& field, bool value) {
-    if (value == field)
-        return;
-    field = value;
-    AvailabilityChanged.raise();
-}
-
 void KOCommLink::setMaintainConnection(bool value) {
     if (!value)
         report(InUse_, false);
@@ -122,7 +115,7 @@ void KOCommLink::setMaintainConnection(bool value) {
 }
 
 bool KOCommLink::ready() const {
-    return DeviceOpen_ && ((Negotiated_ && !Unnegotiating_) || !IsLinkDevice_);
+    return IsConnected() && ((Negotiated_ && !Unnegotiating_) || !IsLinkDevice_);
 }
 
 void KOCommLink::Update() {
@@ -139,8 +132,8 @@ void KOCommLink::Update() {
         UnnegotiateStep();
     }
     report(ReportedDriver_, DriverExists());
-    if (DeviceOpen_ != ReportedConnected_) {
-        ReportedConnected_ = DeviceOpen_;
+    if (IsConnected() != ReportedConnected_) {
+        ReportedConnected_ = IsConnected();
         ConnectedChanged.raise();
     }
     UpdateReadyState();
@@ -189,7 +182,7 @@ void KOCommLink::search() {
     with_.device.EnumerateDevices();
     const int count = with_.device.GetDeviceCount();
     if (count <= 0)
-        return report(Claimed_, false);
+        return report(Hindrance_, {});
     log(std::to_string(count) + " device(s).");
     const int candidate = findCandidate(count);
     if (candidate >= 0) {
@@ -197,10 +190,11 @@ void KOCommLink::search() {
         ClearConnection();
         DeviceOpen_ = true;
         log("Connected to device " + std::to_string(candidate) + ".");
-        report(Claimed_, with_.device.GetDeviceState2() != -1);
+        report(Hindrance_,
+               with_.device.GetDeviceState2() == -1 ? LinkHindrance{} : with_.device.Hindrance());
     } else {
         log("No viable candidates found.");
-        report(Claimed_, false);
+        report(Hindrance_, {});
     }
     log("");
 }

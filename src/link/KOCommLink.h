@@ -39,11 +39,13 @@ class KOCommLink {
     Event<> ConnectedChanged;
     /// `Product` has changed.
     Event<> ProductChanged;
-    /// `DriverExists`, `Claimed` or `InUse` has changed.
+    /// `DriverExists`, `Hindrance` or `InUse` has changed.
     Event<> AvailabilityChanged;
 
     /// A device is open.
-    [[nodiscard]] bool IsConnected() const { return DeviceOpen_; }
+    [[nodiscard]] bool IsConnected() const {
+        return DeviceOpen_ && Hindrance_.kind == LinkHindrance::Kind::None;
+    }
     /// Class name of the control for the product that was last identified, be it long ago.
     [[nodiscard]] const std::string& Class() const { return Class_; }
     [[nodiscard]] const Version& deviceType() const { return deviceType_; }
@@ -62,8 +64,10 @@ class KOCommLink {
     /// 10 s and one reset with a silent one. If `anyDevice` is false, a product of another class
     /// also gives false, and the link stays connected to it.
     [[nodiscard]] bool Connect(const std::string& desiredClass, bool anyDevice);
-    /// A link is plugged in that another program uses.
-    [[nodiscard]] bool Claimed() const { return Claimed_; }
+    /// Why the link that is plugged in is not open, if it is not.
+    [[nodiscard]] const LinkHindrance& Hindrance() const { return Hindrance_; }
+    /// Another program has it.
+    [[nodiscard]] bool Claimed() const { return Hindrance_.kind == LinkHindrance::Kind::Busy; }
     /// From `Connect` on until the product is let go: a job works with it.
     [[nodiscard]] bool InUse() const { return InUse_; }
     /// Begins to let the product go; `pleaseReset` power-cycles it at the end.
@@ -85,7 +89,13 @@ class KOCommLink {
     [[nodiscard]] KOPacket makePacket() const { return KOPacket(with_.packets); }
 
   private:
-    void report(bool& field, bool value);
+    template<class Field>
+    void report(Field& field, const Field& value) {
+        if (value == field)
+            return;
+        field = value;
+        AvailabilityChanged.raise();
+    }
     void ClearConnection();
     void SetIdentity(const std::string& Class, const Version& deviceType,
                      const Version& firmwareVersion);
@@ -121,7 +131,7 @@ class KOCommLink {
     std::uint32_t LastExitTime_ = 0;
     bool MaintainConnection_ = false;
     bool InUse_ = false;
-    bool Claimed_ = false;
+    LinkHindrance Hindrance_;
     bool ReportedDriver_ = true;
 };
 

@@ -1,5 +1,7 @@
 #include "link/ProductReach.h"
 
+#include "link/HindranceTexts.h"
+
 namespace corvane {
 
 namespace {
@@ -60,14 +62,13 @@ JobOutcome other(const AttachedProduct& product) {
 JobOutcome NoLinkOpen(const KOCommLink& link) {
     JobOutcome outcome{Reason::NoLink, "No Corvane is connected.",
                        "Plug in a Corvane link, then try again."};
-    if (!link.DriverExists()) {
+    const LinkHindrance::Kind kind = link.Hindrance().kind;
+    if (!link.DriverExists() || kind == LinkHindrance::Kind::Forbidden) {
         outcome.reason = Reason::Forbidden;
-        outcome.cure = "The link may not be opened. Install the udev rule 60-corvane.rules, plug "
-                       "the link in again, and try again.";
-    } else if (link.Claimed()) {
-        outcome.reason = Reason::LinkBusy;
-        outcome.cure = "The link is busy: another program uses it. Close that program, then try "
-                       "again.";
+        outcome.cure = ForbiddenAdvice;
+    } else if (kind != LinkHindrance::Kind::None) {
+        outcome.reason = kind == LinkHindrance::Kind::Busy ? Reason::LinkBusy : Reason::Failed;
+        outcome.cure = HindranceInWords(link.Hindrance());
     }
     return outcome;
 }

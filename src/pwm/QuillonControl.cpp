@@ -41,9 +41,9 @@ void QuillonControl::connect(QuillonSlot& slot) {
     };
     History& history = slot.program.HistoryObject();
     on(history.SaveStateChanged, [&slot] { refresh(slot); });
-    on(slot.DownloadButton.Click,
-       [this, &slot] { Download(static_cast<std::size_t>(slot.index)); });
-    on(slot.UploadButton.Click, [this, &slot] { Upload(static_cast<std::size_t>(slot.index)); });
+    const auto index = static_cast<std::size_t>(slot.index);
+    jobs_.add(slot.DownloadButton, [this, index] { Download(index); });
+    jobs_.add(slot.UploadButton, [this, index] { Upload(index); });
     on(slot.OpenButton.Click, [&slot, &history] {
         if (history.OpenHistory({}))
             refresh(slot);
@@ -110,6 +110,7 @@ JobOutcome QuillonControl::Upload(std::size_t index) {
 }
 
 void QuillonControl::configure() {
+    const JobScope job(place_.pointer);
     if (running_)
         return;
     std::optional<std::uint8_t> receiverNumber;
@@ -129,6 +130,7 @@ void QuillonControl::configure() {
 }
 
 bool QuillonControl::WriteOptions(std::uint8_t receiverNumber) {
+    const JobScope job(place_.pointer);
     if (running_)
         return false;
     const Raised running(running_);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "controls/JobButtons.h"
 #include "controls/MenuList.h"
 #include "link/JobOutcome.h"
 #include "link/ProductControl.h"
@@ -63,6 +64,7 @@ class QuillonControl final : public ProductControl {
     void configure();
 
     Workplace place_;
+    JobButtons jobs_{place_.pointer};
     std::array<std::unique_ptr<QuillonSlot>, SlotCount> slots_;
     Messenger messenger_;
     bool running_ = false; // a transfer

@@ -33,8 +33,8 @@ PactorControl::PactorControl(const Workplace& place)
     };
     on(tabs.Click, [this] { changeTab(); });
     on(SimulateLossOfSignalCheck.Click, [this] { refreshSimulator(false); });
-    on(ReadSettingsButton.Click, [this] { ReadSettings(); });
-    on(ProgramButton.Click, [this] { Program(); });
+    jobs_.add(ReadSettingsButton, [this] { ReadSettings(); });
+    jobs_.add(ProgramButton, [this] { Program(); });
     on(document.SettingChanged, [this](std::string_view name) { showSetting(name); });
     History& history = document.HistoryObject();
     on(history.Changed, [this] {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "controls/JobButtons.h"
 #include "controls/StatusLine.h"
 #include "controls/TripPointControl.h"
 #include "link/JobOutcome.h"
@@ -69,7 +70,8 @@ class PactorControl final : public ProductControl {
     [[nodiscard]] JobOutcome apply(const KOBuffer& image);
 
     Workplace place_;
-    StatusLine status_{ProgrammingLabel, place_.dialogs};
+    StatusLine status_{ProgrammingLabel, place_.dialogs, place_.pointer};
+    JobButtons jobs_{place_.pointer};
     bool running_ = false;    // a job
     bool simulating_ = false; // the "Simulator" tab is on show
     int stickPosition_ = 50;  // percent

@@ -1,5 +1,7 @@
 #include "shell/LinkStatus.h"
 
+#include "link/HindranceTexts.h"
+
 namespace corvane {
 
 LinkStatus::LinkStatus(KOCommLink& link)
@@ -12,13 +14,16 @@ LinkStatus::LinkStatus(KOCommLink& link)
 }
 
 void LinkStatus::refresh() {
-    if (!link_.DriverExists())
+    using Kind = LinkHindrance::Kind;
+    const LinkHindrance& hindrance = link_.Hindrance();
+    if (!link_.DriverExists() || hindrance.kind == Kind::Forbidden)
         return tell(State::NoPermission, "The link may not be opened",
                     "Choose Help, Troubleshooting, Reinstall Corvane Drivers, or click here; "
                     "then plug the link in again.");
     if (link_.Claimed())
-        return tell(State::Busy, "The link is busy",
-                    "Another program uses it. Close that program.");
+        return tell(State::Busy, "The link is busy", BusyAdvice(hindrance));
+    if (hindrance.kind == Kind::Broken)
+        return tell(State::Waiting, "The link can't be opened", BrokenAdvice);
     if (!link_.IsConnected())
         return tell(State::NoDevice, "No link is plugged in", "Plug in a Corvane link to begin.");
     const std::string name = link_.Product().name();

@@ -161,10 +161,16 @@ bool InstanceChannel::Deliver(const InstanceRecord& record) const {
     const Handle socket = send(record);
     if (!socket.valid())
         return false;
-    pollfd descriptor{socket.get(), POLLIN, 0}; // readable when the other end lets go
+    pollfd descriptor{socket.get(), POLLIN, 0};
     while (::poll(&descriptor, 1, -1) < 0 && errno == EINTR) {
     }
-    return true;
+    char word = 0;
+    return ::recv(socket.get(), &word, 1, 0) == 1; // nothing if the other end just lets go
+}
+
+void InstanceChannel::Delivery::confirm() const {
+    constexpr char dealtWith = 1;
+    static_cast<void>(sendAll(sender, &dealtWith, 1)); // one that is gone needs no answer
 }
 
 bool InstanceChannel::Mark() {

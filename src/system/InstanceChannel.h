@@ -41,7 +41,8 @@ class InstanceChannel {
     [[nodiscard]] bool EarlierInstanceRuns();
 
     /// Sends a record to the marked instance. False if there is none. The first way returns at
-    /// once, the second when the record has been dealt with, however long that takes.
+    /// once, the second when the record has been dealt with, however long that takes; false also if
+    /// the other one went away without saying that.
     [[nodiscard]] bool Post(const InstanceRecord& record) const;
     [[nodiscard]] bool Deliver(const InstanceRecord& record) const;
 
@@ -51,10 +52,14 @@ class InstanceChannel {
     void Unmark();
     /// Readable while something waits for `Receive`; -1 if there is no mark.
     [[nodiscard]] int descriptor() const { return events_.get(); }
-    /// A record that has arrived. Its sender goes on when this ends.
+    /// A record that has arrived. Its sender goes on when this ends, as one that was not heard
+    /// unless it is told.
     struct Delivery {
         InstanceRecord record;
         Handle sender;
+
+        /// Tells the sender that the record has been dealt with.
+        void confirm() const;
     };
     /// The next one that is whole. Never waits: who has sent only a part, or nothing, is kept until
     /// the rest comes, for a second at least. What is too long or someone else's is skipped.

@@ -81,6 +81,23 @@ TEST_F(RelayWindow, IsChangedSimulatedProgrammedReadAndUndone) {
     EXPECT_EQ(control().ProgrammingLabel.Caption(), "");
 }
 
+TEST_F(RelayWindow, NothingStandsThereOfTheLastJob) {
+    LinkBench::Plugged& plugged = desk.bench.plugIn("pactor-3.1");
+    desk.bench.run(100);
+    press("Program");
+    EXPECT_EQ(control().ProgrammingLabel.Caption(), "Programmed.");
+    desk.bench.unplug(plugged);
+    desk.bench.run(100);
+    std::string stood = "nothing was asked";
+    whenShown<QMessageBox>([&](QMessageBox& box) {
+        stood = control().ProgrammingLabel.Caption();
+        Hands::click(*box.button(QMessageBox::Ok));
+    });
+    press("Program");
+    EXPECT_EQ(stood, "");
+    EXPECT_EQ(control().ProgrammingLabel.Caption(), "");
+}
+
 TEST_F(RelayWindow, FitsItsSizeAndNamesEverything) {
     EXPECT_EQ(window.view()->size(), QSize(306, 345));
     EXPECT_LE(window.view()->minimumSizeHint().width(), 306);

@@ -77,11 +77,12 @@ TEST_F(LinkStatusTest, ALinkThatMayNotBeOpenedLeadsToTheDrivers) {
 TEST_F(LinkStatusTest, ALinkThatAnotherProgramUsesIsBusyAndTheSignStandsStill) {
     LinkBench::Plugged& plugged = bench.plugIn("lumora-1.2");
     plugged.claimed = true;
-    bench.run(1000);
+    bench.run(5000);
     EXPECT_EQ(status.headline(), "The link is busy");
     EXPECT_EQ(changes, 1);
+    EXPECT_EQ(plugged.openings, 5); // once a second
     plugged.claimed = false;
-    bench.run(1000);
+    bench.run(1100);
     EXPECT_EQ(status.headline(), "A link is plugged in");
     plugged.claimed = true; // does not concern what is open already
     bench.unplug(plugged);

@@ -46,7 +46,7 @@ class BenchProgram : public testing::Test {
         std::vector<std::unique_ptr<LinkSource>> sources;
         sources.push_back(
             std::make_unique<VirtualLinkSource>(VirtualLinkSource::userFolder(), clock));
-        return std::make_unique<LinkDevices>(std::move(sources), packets, debug);
+        return std::make_unique<LinkDevices>(std::move(sources), packets, debug, clock);
     }
     static bool countBecomes(KODevice& device, int count) {
         return eventually([&] {

@@ -96,9 +96,10 @@ class LinkBench::Source final : public LinkSource {
     [[nodiscard]] const std::vector<Device>& devices() const override { return list_; }
     OpenOutcome open(std::size_t index) override {
         Plugged& plugged = *in_.at(index);
+        ++plugged.openings;
         if (plugged.claimed)
-            return {nullptr, "The link device is busy."};
-        return {std::make_unique<BenchPort>(plugged, bench_.clock, bench_.killed_), {}};
+            return {nullptr, "The link device is busy.", {LinkHindrance::Kind::Busy, {}}};
+        return {std::make_unique<BenchPort>(plugged, bench_.clock, bench_.killed_), {}, {}};
     }
 
   private:
@@ -116,7 +117,7 @@ LinkBench::LinkBench(RunModes runModes, std::string_view vendor, std::uint64_t s
           debugger.WritingLine.connect([this](const std::string& line) { log_.push_back(line); })),
       pause_(clock),
       packets(clock, {}),
-      device(sourcesOf(*this), packets, debug),
+      device(sourcesOf(*this), packets, debug, clock),
       products(vendor, debug),
       link({device, packets, products, modes, clock, debug, pause_}) {
     debug.SetDebugger(&debugger);

@@ -18,6 +18,7 @@ class LinkBench {
     /// A virtual link that is plugged in, and which tests may pull out.
     struct Plugged {
         std::unique_ptr<bench::VirtualLink> link;
+        int openings = 0; ///< Tries, whether they came to something or not.
         bool in = true;
         bool inUse = false;
         bool accessible = true;          ///< The system lets it be opened.

@@ -40,7 +40,7 @@ class Unwatched {
         const std::uint32_t start = program_.clock.now();
         while (!program_.link.IsConnected() && TimeDiff(program_.clock.now(), start) < longest) {
             program_.link.Update();
-            program_.device.WaitForData(1);
+            program_.pause();
         }
     }
 

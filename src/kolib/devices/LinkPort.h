@@ -26,6 +26,7 @@ class LinkPort : public wire::ByteStream {
 struct OpenOutcome {
     std::unique_ptr<LinkPort> port;
     std::string problem;
+    LinkHindrance hindrance{};
 };
 
 /// One kind of link devices that may be plugged in.
