@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <stdexcept>
+#include <utility>
 
 namespace corvane {
 
@@ -123,16 +124,16 @@ LinkBench::LinkBench(RunModes runModes, std::string_view vendor, std::uint64_t s
 }
 
 LinkBench::LinkBench(LinkBench& killed)
-    : LinkBench(
-          killed.modes, killed.vendor_,
-          static_cast<std::uint64_t>(killed.clock.sinceStart() / std::chrono::milliseconds(1))) {
+    : LinkBench(killed.modes, killed.vendor_, killed.killedAt_) {
     plugged_ = killed.plugged_;
     for (const auto& plugged : plugged_)
         plugged->inUse = false;
 }
 
 void LinkBench::kill() {
-    killed_ = true;
+    if (std::exchange(killed_, true))
+        return;
+    killedAt_ = static_cast<std::uint64_t>(clock.sinceStart() / std::chrono::milliseconds(1));
     for (const auto& plugged : plugged_)
         plugged->fromProduct.clear(); // it had them already
 }

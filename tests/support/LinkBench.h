@@ -61,6 +61,7 @@ class LinkBench {
     std::vector<std::shared_ptr<Plugged>> plugged_;
     std::string vendor_;
     bool killed_ = false;
+    std::uint64_t killedAt_ = 0; // ms
     bool changed_ = true;
     std::vector<std::string> log_;
     Connection onLine_;

@@ -24,7 +24,7 @@ class ManualClock final : public Clock {
             Passing();
     }
 
-    std::function<void()> Passing; ///< Called when time has passed; may throw.
+    std::function<void()> Passing; ///< Called when time has passed.
 
   private:
     std::uint64_t milliseconds_;

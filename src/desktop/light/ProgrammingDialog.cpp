@@ -58,6 +58,7 @@ ProgrammingDialog::ProgrammingDialog(LumoraProgramming& run, QWidget* parent)
         repaint();
         RepaintWithoutInput();
     });
+    On(this, run.Cure.Changed, [this] { adjustSize(); });
     On(this, run.Closed, [this] {
         run_ = nullptr;
         close();
