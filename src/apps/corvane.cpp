@@ -85,12 +85,12 @@ int main(int argc, char** argv) {
     const UpdateSource source = OwnUpdateSource();
     QtUpdates updates(source);
     SoftwareUpdateBand band(updates, program.registry, program.clock);
+    SettingsStore windows(StateFolder() / "windows", program.files);
+    WindowSizes sizes(windows);
     MainForm form(place, controls, application);
     form.setBand(band);
     if (source.url.empty())
         form.setNoUpdates();
-    SettingsStore windows(StateFolder() / "windows", program.files);
-    WindowSizes sizes(windows);
     form.setWindowSizes(sizes);
     LinkStatus status(program.link);
     const LinkWatch watch(program.link, program.device);

@@ -143,6 +143,7 @@ void MainWindow::dropView() {
 
 void MainWindow::setBand(SoftwareUpdateBand& band) {
     band_ = new UpdateBandView(band, area_);
+    band_->fitTo(area_->width());
     place();
 }
 

@@ -98,7 +98,8 @@ class MenuWalk : public testing::TestWithParam<ProductUnderTest> {
                 if (widget->accessibleName() == "Tracks")
                     canvas = widget;
             Hands::click(*canvas, QPoint(20, 10));
-            Hands::key(Qt::Key_C, Qt::ControlModifier);
+            if (walking.find("&Copy") == std::string::npos) // which is seen by what can be pasted
+                Hands::key(Qt::Key_C, Qt::ControlModifier);
         }
     }
     void choose(const Path& path, const MenuItem& item, bool byMouse) {
@@ -127,6 +128,7 @@ class MenuWalk : public testing::TestWithParam<ProductUnderTest> {
         }
     }
 
+    std::string walking; // the entry
     std::unique_ptr<ProductWalk> walk;
     std::unique_ptr<Noticed> noticed;
 };
@@ -145,6 +147,7 @@ TEST_P(MenuWalk, EveryEntryCanBeChosenOrSaysWhyNot) {
         for (const bool byMouse : {true, false}) {
             noticed.reset();
             walk.reset();
+            walking = name;
             begin();
             bool found = false;
             Path chosen;
