@@ -145,8 +145,9 @@ TEST_F(RandomActs, CanBeSavedAndOpenedAgainAtAnyTime) {
         act();
         closeWhatOpened();
         ASSERT_FALSE(HasFailure());
-        if (i % 10 == 0)
+        if (i % 10 == 0) {
             ASSERT_TRUE(isPaintedWhole());
+        }
         longest = std::max(longest, form.HistoryObject()->Length());
         if (i % 100 != 0)
             continue;
