@@ -137,7 +137,7 @@ void EEPROMEditorControl::fitLength(KOBuffer& buffer, int index) {
     place_.pointer.set(false);
     const Answer answer = place_.dialogs.Message(
         {"Wrong Length",
-         NameOf(index) + "\r\n" + std::to_string(buffer.Length()) + " bytes supplied in a " +
+         NameOf(index) + ":\r\n" + std::to_string(buffer.Length()) + " bytes supplied in a " +
              std::to_string(length) + " byte field.\r\n\r\n" + question,
          MessageBox::Icon::None, MessageBox::Buttons::YesNo});
     place_.pointer.set(true);

@@ -180,8 +180,8 @@ TEST_F(BenchProgram, ProgramsVariablesAndReadsThemBack) {
     waitFor("eeprom");
     const Ran asked = ctl({"program", file}); // No, where there is nobody to ask
     EXPECT_EQ(asked.status, 0);
-    EXPECT_EQ(asked.errors, "corvanectl: 1 bytes supplied in a 2 byte field. Pad the end with "
-                            "zeros?\n");
+    EXPECT_EQ(asked.errors, "corvanectl: address 0: 1 bytes supplied in a 2 byte field. Pad the "
+                            "end with zeros?\n");
     EXPECT_EQ(ctl({"read", "65535", "1"}).output, "7\n");
     EXPECT_EQ(ctl({"read", "0", "2"}).output, "1 255\n");
     EXPECT_EQ(ctl({"program", file, "--yes"}).output, "Programmed.\n");

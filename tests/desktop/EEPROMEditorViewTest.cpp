@@ -118,7 +118,7 @@ TEST_F(EEPROMWindow, AValueThatIsNoneStopsTheRunAndAQuestionNamesTheVariable) {
     Hands::type("7 8"); // in place of what is selected
     whenShown<QMessageBox>(answer(QMessageBox::Yes));
     press("Program");
-    EXPECT_EQ(told.back(), "address 8\n1 bytes supplied in a 3 byte field.");
+    EXPECT_EQ(told.back(), "address 8:\n1 bytes supplied in a 3 byte field.");
     EXPECT_EQ(control().ProgrammingLabel.Caption(), "Programmed.");
     EXPECT_EQ(control().Entry(1).DataValue(), (ByteString{7, 8}));
 }

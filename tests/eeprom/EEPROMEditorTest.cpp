@@ -263,10 +263,12 @@ TEST_F(EEPROMEditor, AsksAboutLengthsThatDiffer) {
     control.ProgramButton.press();
     ASSERT_EQ(desk.person.messages.size(), 2U);
     EXPECT_EQ(desk.person.messages[0].icon, MessageBox::Icon::None);
-    EXPECT_EQ(desk.person.takeMessage(), "Wrong Length: 3 bytes supplied in a 1 byte field."
-                                         "\r\n\r\nRemove bytes from the end?");
-    EXPECT_EQ(desk.person.takeMessage(), "Wrong Length: 2 bytes supplied in a 4 byte field."
-                                         "\r\n\r\nPad the end with zeros?");
+    EXPECT_EQ(desk.person.takeMessage(),
+              "Wrong Length: address 10:\r\n3 bytes supplied in a 1 byte field."
+              "\r\n\r\nRemove bytes from the end?");
+    EXPECT_EQ(desk.person.takeMessage(),
+              "Wrong Length: address 0:\r\n2 bytes supplied in a 4 byte field."
+              "\r\n\r\nPad the end with zeros?");
     EXPECT_THAT(memory(0, 12), ElementsAre(1, 2, 0, 0, 255, 255, 255, 255, 255, 255, 3, 255));
     EXPECT_EQ(control.Entry(1).DataValue().size(), 2U);
     desk.person.answers = {Answer::No, Answer::No};

@@ -93,8 +93,8 @@ TEST_F(Settings, WhatIsDamagedOrOddCostsThatValueOnly) {
         std::ifstream aside(store.file().parent_path() / "settings.damaged");
         EXPECT_NE(std::string(std::istreambuf_iterator<char>(aside), {}).find(damage),
                   std::string::npos);
+        key.setIntegers("a number", 5); // and the damage is gone
         std::filesystem::remove(store.file().parent_path() / "settings.damaged");
-        key.setIntegers("a number", 5);
         EXPECT_EQ(reopened().Integers("a number"), 5);
         EXPECT_FALSE(std::filesystem::exists(store.file().parent_path() / "settings.damaged"));
     }
