@@ -2,9 +2,9 @@
 # Runs in the guest of run.sh, as its only program: guest.sh BIN_DIR. Each fact is a line PASS or FAIL.
 export PATH=$1:/usr/sbin:/usr/bin:/sbin:/bin LANG=C.UTF-8 HOME=/run/home SYSTEMD_IGNORE_CHROOT=1
 export XDG_RUNTIME_DIR=/run/own CORVANE_BENCH_DIR=/run/own # no virtual link there
-mkdir -p -m 700 /run/own /run/home /run/guest
+mkdir -m 700 /run/own /run/home /run/guest
 chown nobody /run/guest
-cd /run/home
+cd /run/home || exit
 rm -f /lab/*.log /lab/*.memory /lab/*.png
 /lib/systemd/systemd-udevd --daemon
 modprobe vhci-hcd
@@ -78,7 +78,7 @@ click_program() { # the button in the middle of the programmer screen
   id=$(xdotool search --onlyvisible --name Corvane | tail -1)
   eval "$(xdotool getwindowgeometry --shell "$id" | tr '[:upper:]' '[:lower:]')"
   # Below the logo and the title, which stand in the middle with it.
-  xdotool mousemove $((x + width / 2)) $((y + height / 2 + ${1:-85})) sleep 0.3 click 1
+  xdotool mousemove $((x + width / 2)) $((y + height / 2 + 85)) sleep 0.3 click 1
 }
 spent() { awk '{ print $14 + $15 }' "/proc/$1/stat"; } # ticks of the processor
 percent_of_a_core() { # PID SECONDS
@@ -125,7 +125,7 @@ tty_is_back "after that"
 
 # ---- other programs -----------------------------------------------------------------------------
 
-/lab/usb-lab-claimer $(<"$(place 0)/busnum") $(<"$(place 0)/devnum") >/run/claimed & claimer=$!
+/lab/usb-lab-claimer "$(<"$(place 0)/busnum")" "$(<"$(place 0)/devnum")" >/run/claimed & claimer=$!
 until_so 5 grep -q claimed /run/claimed
 fact "a claimed link is busy, by name" "$(ctl identify)" "1 *busy*another program*usb-lab-claimer (process $claimer)*"
 desktop

@@ -11,7 +11,7 @@ namespace corvane {
 namespace {
 
 namespace fs = std::filesystem;
-using Clock = std::chrono::steady_clock;
+using SteadyClock = std::chrono::steady_clock;
 constexpr auto SearchAgainAfter = std::chrono::seconds(10);
 
 bool leadsTo(const fs::path& link, const std::string& node) {
@@ -49,7 +49,7 @@ std::string nameOf(const fs::path& process) {
 std::string DeviceHolder::of(const std::string& node) {
     const bool known =
         node == node_ && searched_ &&
-        (file_.empty() ? Clock::now() - *searched_ < SearchAgainAfter : leadsTo(file_, node));
+        (file_.empty() ? SteadyClock::now() - *searched_ < SearchAgainAfter : leadsTo(file_, node));
     if (!known) {
         node_ = node;
         search();
@@ -58,7 +58,7 @@ std::string DeviceHolder::of(const std::string& node) {
 }
 
 void DeviceHolder::search() {
-    searched_ = Clock::now();
+    searched_ = SteadyClock::now();
     name_.clear();
     file_.clear();
     std::error_code error;

@@ -13,7 +13,7 @@ constexpr unsigned char LatencyMilliseconds = 1;
 constexpr unsigned char WritingLatency = 0x77;
 constexpr std::uint8_t VendorRequest = 0x40; // to the device
 constexpr unsigned ControlTimeout = 1000;    // ms
-constexpr int PacketSize = 64;               // bytes, of a full-speed bulk endpoint
+constexpr int BulkPacketSize = 64;           // bytes, of a full-speed bulk endpoint
 constexpr int MemorySize = std::tuple_size_v<ChipMemory>;
 
 } // namespace
@@ -32,7 +32,7 @@ std::unique_ptr<UsbChip> UsbChip::open(ftdi_context* ftdi, libusb_device* device
     // Opening by the library itself would reset the chip.
     ftdi_set_usbdev(ftdi, handle);
     ftdi->type = TYPE_R;
-    ftdi->max_packet_size = PacketSize;
+    ftdi->max_packet_size = BulkPacketSize;
     ftdi->usb_read_timeout = ControlTimeout;
     ftdi->usb_write_timeout = ControlTimeout;
     error = chip->prepare();

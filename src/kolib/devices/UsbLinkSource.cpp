@@ -26,9 +26,9 @@ constexpr std::int32_t LookEvery = 50;       // ms, until then
 constexpr std::int32_t LookForRightsEvery = 1000; // ms
 
 /// Bus and the ports on the way to the device.
-using Socket = std::pair<int, std::vector<std::uint8_t>>;
+using PlugPlace = std::pair<int, std::vector<std::uint8_t>>;
 
-Socket socketOf(libusb_device* device) {
+PlugPlace plugPlaceOf(libusb_device* device) {
     std::vector<std::uint8_t> ports(8);
     const int depth = libusb_get_port_numbers(device, ports.data(), static_cast<int>(ports.size()));
     ports.resize(static_cast<std::size_t>(std::max(depth, 0)));
@@ -36,7 +36,7 @@ Socket socketOf(libusb_device* device) {
 }
 
 std::string systemFolder(libusb_device* device) {
-    const auto [bus, ports] = socketOf(device);
+    const auto [bus, ports] = plugPlaceOf(device);
     std::string name = std::to_string(bus);
     for (std::size_t i = 0; i < ports.size(); ++i)
         name += (i == 0 ? "-" : ".") + std::to_string(ports[i]);
@@ -149,7 +149,7 @@ void UsbLinkSource::lookAgain() {
     libusb_free_device_list(list, 1);
     // In the library's order a device moves when another is plugged in.
     std::sort(found.begin(), found.end(),
-              [](libusb_device* a, libusb_device* b) { return socketOf(a) < socketOf(b); });
+              [](libusb_device* a, libusb_device* b) { return plugPlaceOf(a) < plugPlaceOf(b); });
     release();
     handles_ = std::move(found);
     devices_.clear();
