@@ -1,53 +1,62 @@
 #!/usr/bin/env bash
-# Checks everything: the floors of the house, formatting, the build with warnings as errors, all
-# tests, the tests again under the sanitizers, and a short run of each fuzzer.
+# Checks everything that must hold before a change goes in. There are two builds: one is what people
+# run, and its package and a person's way through it are tried; the other is instrumented (address
+# and undefined behaviour, coverage), and runs all tests and all fuzzers.
+#   ./test.sh          what fits into ten minutes on two cores
+#   ./test.sh --long   all, below three quarters of an hour
 set -euo pipefail
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 cd "$root"
-fuzz_seconds=${FUZZ_SECONDS:-20}
+case ${1:-} in
+  "") long=no fuzz_seconds=${FUZZ_SECONDS:-5} ;;
+  --long) long=yes fuzz_seconds=${FUZZ_SECONDS:-30} ;;
+  *)
+    sed -n '2,7s/^# \{0,1\}//p' "$0" >&2
+    exit 2
+    ;;
+esac
+step() { printf '\n== %s (after %s s)\n' "$*" "$SECONDS"; }
 
-scripts/setup.sh
+scripts/setup.sh ${1:+"$1"}
+jobs=$(nproc)
+
+step "floors and formatting"
 python3 scripts/check-floors.py
-git ls-files '*.h' '*.cpp' | xargs clang-format --dry-run -Werror
+git ls-files '*.h' '*.cpp' | xargs -P "$jobs" -n 40 clang-format --dry-run -Werror
 
-export QT_QPA_PLATFORM=offscreen
-# The builds differ by so little that most of what one has compiled will do for another.
-export CCACHE_NOHASHDIR=1
-step() { printf '\n== %s\n' "$*"; }
+step "build what people run, and the benchmarks"
+cmake --preset release >/dev/null
+cmake --build --preset release --target all benchmarks
 
-step "build and test"
-cmake --preset debug >/dev/null
-cmake --build --preset debug
-ctest --preset debug
+step "build the instrumented tests and fuzzers"
+cmake --preset checks >/dev/null
+cmake --build --preset checks
 
-step "the programs for the vendor RQ"
-cmake --preset debug-rq >/dev/null
-cmake --build --preset debug-rq
-ctest --preset debug-rq
+step "the package, and a person's way on a screen"
+ctest --preset release -j "$jobs"
 
-step "the tests again under the address and undefined-behaviour sanitizers"
-cmake --preset sanitize >/dev/null
-cmake --build --preset sanitize
-# What the desktop libraries keep to themselves until the end is not ours to free.
-export LSAN_OPTIONS=suppressions=$root/scripts/leaks.txt:print_suppressions=0
-ctest --preset sanitize
+step "all tests, instrumented"
+ctest --preset checks -j "$jobs"
 
 step "the fuzzers, $fuzz_seconds seconds each"
-cmake --preset fuzz >/dev/null
-cmake --build --preset fuzz
 fuzz_one() {
   local name; name=$(basename "$1")
-  local corpus=build/fuzz/corpus/$name
-  mkdir -p "$corpus"
+  local own=build/checks/fuzz/$name
+  mkdir -p "$own/corpus"
   if ! "$1" -max_total_time="$fuzz_seconds" -timeout=10 -rss_limit_mb=2048 -verbosity=0 \
-      -print_final_stats=0 -artifact_prefix="build/fuzz/$name-" "$corpus" >"build/fuzz/$name.log" 2>&1; then
-    cat "build/fuzz/$name.log"
+      -print_final_stats=0 -artifact_prefix="$own/" "$own/corpus" >"$own/log" 2>&1; then
+    cat "$own/log"
     return 1
   fi
   echo "$name: nothing found"
 }
 export -f fuzz_one
 export fuzz_seconds
-find build/fuzz/bin -name 'fuzz-*' -type f -executable | sort | xargs -P 2 -I{} bash -c 'fuzz_one {}'
+find build/checks/bin -name 'fuzz-*' -type f -executable | sort |
+  xargs -P "$jobs" -I{} bash -c 'fuzz_one {}'
 
-step "all is well"
+if [ $long = no ]; then
+  step "all is well; left out, since it takes longer: all but $fuzz_seconds s of each fuzzer"
+else
+  step "all is well; nothing was left out"
+fi

@@ -4,6 +4,7 @@
 #include "eeprom/GenericEEPROMProgrammer.h"
 #include "light/LumoraImage.h"
 #include "support/Measure.h"
+#include "support/OneCore.h"
 #include "support/VirtualProduct.h"
 
 #include <cstdio>
@@ -57,6 +58,7 @@ Programmed programInto(int baud, std::chrono::microseconds writeTime) {
 } // namespace
 
 int main() {
+    StayOnOneCore();
     const LinkFolder folder;
     std::printf("compiling a full program: %.3f ms\n",
                 medianOf({milliseconds([] { static_cast<void>(fullImage()); }),

@@ -6,6 +6,7 @@
 #include "pwm/QuillonTransfer.h"
 #include "support/BareSocket.h"
 #include "support/Measure.h"
+#include "support/OneCore.h"
 #include "support/VirtualProduct.h"
 
 #include <cstdio>
@@ -78,6 +79,7 @@ struct Bench {
 } // namespace
 
 int main() {
+    StayOnOneCore();
     const LinkFolder folder;
     const std::string path = bench::LinkServer::userFolder() / "program.Quillon";
     {

@@ -2,6 +2,7 @@
 // going round over a bare socket between two processes. Aim: below 3.
 #include "support/BareSocket.h"
 #include "support/Measure.h"
+#include "support/OneCore.h"
 #include "support/VirtualProduct.h"
 
 #include <cstdio>
@@ -25,6 +26,7 @@ double microsecondsPerRound(Round round) {
 } // namespace
 
 int main() {
+    StayOnOneCore();
     const LinkFolder folder;
     BareSocket bare(16, 16);
     const VirtualProduct product("lumora-1.2", 0, {});

@@ -1,11 +1,11 @@
 #!/usr/bin/env bash
 # Makes the pictures of the manual from the real programs, on a screen of their own, in light and in
 # dark colours.
-# Usage: scripts/screenshots.sh [PROGRAMS [PROGRAMS-FOR-RQ [FOLDER]]]
+# Usage: scripts/screenshots.sh [PROGRAMS [PROGRAMS-OF-A-BUILD-WITH-TESTS [FOLDER]]]
 set -euo pipefail
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 bin=$(realpath "${1:-$root/build/release/bin}")
-binRq=$(realpath "${2:-$root/build/debug-rq/bin}")
+binRq=$(realpath "${2:-$root/build/debug/bin}")
 pictures=${3:-$root/docs/manual/pictures}
 mkdir -p "$pictures"
 source "$root/tests/end-to-end/support.sh"
@@ -119,7 +119,7 @@ for colours in light dark; do
     printf 'Quillon\t600\t600\t0\t1\n'
     for i in $(seq 600); do printf 'QuillonPWM\t%d\n' $((i % 200 < 100 ? i % 100 * 2 + 25 : 225 - i % 100)); done
   } >"$HOME/sweep.Quillon"
-  start "$binRq/corvane" "$HOME/sweep.Quillon"
+  start "$binRq/corvane-rq" "$HOME/sweep.Quillon"
   awaitWindow '^Corvane$'
   clickAt 225 111 # load from disk
   awaitWindow '^Open$'

@@ -1,9 +1,11 @@
 #!/usr/bin/env bash
-# Installs what is missing of packaging/apt-packages.txt. Where it may not, it prints the list and
-# stops with status 1.
+# Installs what is missing of the packages that building, running and the short check need, and with
+# --long those of the long check, too. Where it may not, it prints them and stops with status 1.
 set -euo pipefail
-root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
-mapfile -t packages < <(sed -e 's/#.*//' -e '/^[[:space:]]*$/d' "$root/packaging/apt-packages.txt")
+packaging=$(cd "$(dirname "${BASH_SOURCE[0]}")/../packaging" && pwd)
+lists=("$packaging/apt-packages.txt")
+if [ "${1:-}" = --long ]; then lists+=("$packaging/apt-packages-long.txt"); fi
+mapfile -t packages < <(sed -e 's/#.*//' -e '/^[[:space:]]*$/d' "${lists[@]}")
 
 missing=()
 if command -v dpkg-query >/dev/null; then

@@ -1,3 +1,4 @@
+#include "base/Product.h"
 #include "bench/LightPlayer.h"
 #include "bench/LinkServer.h"
 #include "bench/VirtualLink.h"
@@ -87,7 +88,7 @@ int main(int argc, char** argv) {
     Setup setup;
 
     CLI::App app("A virtual link device with a product behind it, for work without hardware.");
-    app.set_version_flag("--version", std::string("corvane-bench " CORVANE_VERSION));
+    app.set_version_flag("--version", std::string("corvane-bench ") + corvane::ProgramVersion);
     app.add_option("PRODUCT", product, productHelp());
     app.add_option("--name", name, "Name of the link (default: the product)");
     app.add_option("--firmware", firmware, "Firmware version that it reports")

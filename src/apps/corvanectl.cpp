@@ -6,6 +6,7 @@
 #include "apps/support/PickedDevice.h"
 #include "apps/support/PlayCommand.h"
 #include "apps/support/Program.h"
+#include "base/Product.h"
 #include "system/File.h"
 
 #include <CLI/CLI.hpp>
@@ -121,7 +122,7 @@ int main(int argc, char** argv) {
 
     CLI::App app("Works with Corvane links and the products behind them, for scripts and "
                  "production benches.");
-    app.set_version_flag("--version", std::string("corvanectl " CORVANE_VERSION));
+    app.set_version_flag("--version", std::string("corvanectl ") + ProgramVersion);
     app.require_subcommand(1);
     app.fallthrough();
     app.add_option("--device", options.device, "Index of the link to use, as 'devices' lists it")

@@ -5,6 +5,6 @@ namespace corvane {
 inline constexpr const char* ProgramName = "Corvane";
 inline constexpr const char* MakerName = "Ortaline Works";
 inline constexpr const char* MakerSite = "https://www.ortaline.example/";
-inline constexpr const char* ProgramVersion = "2.21";
+extern const char* const ProgramVersion; ///< Such as "2.21".
 
 } // namespace corvane

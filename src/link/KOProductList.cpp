@@ -42,10 +42,6 @@ void KOProductProfile::RegisterFileAssociationsCore(SettingsStore& store, Regist
         setDefault(type + "\\shell\\open\\command", "\"" + KOIOExecutablePath() + "\" \"%1\"");
 }
 
-std::string_view ProgramVendor() {
-    return CORVANE_VENDOR;
-}
-
 KOProductList::KOProductList(std::string_view vendorCode, const KODebug& debug)
     : vendorCode_(vendorCode), debug_(debug) {
     const std::string light = "Corvane.LumoraControl";

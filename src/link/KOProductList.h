@@ -53,7 +53,7 @@ struct KOProductProfile {
                                       const std::string& keyPrefix) const;
 };
 
-/// The vendor code that this program was built for.
+/// The vendor code that this program was linked for, `corvane_ko` or `corvane_rq`.
 [[nodiscard]] std::string_view ProgramVendor();
 
 /// The products that a program of one vendor code knows. Pointers that it gives stay good as long

@@ -1,5 +1,6 @@
 #include "support/BenchProgram.h"
 
+#include "base/Product.h"
 #include "kolib/devices/UsbLinkSource.h"
 
 #include <fstream>
@@ -57,7 +58,7 @@ TEST_F(BenchProgram, WrongUsageIsToldApartFromFailure) {
     }
     Process version("corvanectl", {"--version"});
     EXPECT_EQ(version.wait(), 0);
-    EXPECT_EQ(version.output(), "corvanectl 2.21\n");
+    EXPECT_EQ(version.output(), std::string("corvanectl ") + ProgramVersion + "\n");
 }
 
 TEST_F(BenchProgram, ListsLinksByNameAndPicksOne) {

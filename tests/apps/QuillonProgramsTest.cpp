@@ -6,26 +6,33 @@ namespace {
 
 using testing::HasSubstr;
 
-TEST_F(BenchProgram, KnowTheQuillonAndNothingElse) {
+class ProgramsForRQ : public BenchProgram {
+  protected:
+    [[nodiscard]] static Ran run(const std::vector<std::string>& arguments) {
+        return ctl(arguments, "corvanectl-rq");
+    }
+};
+
+TEST_F(ProgramsForRQ, KnowTheQuillonAndNothingElse) {
     {
         Process bench("corvane-bench", {"quillon"});
         waitFor("quillon");
-        EXPECT_EQ(ctl({"identify"}).output, "Quillon\t100.1\t3.7\n");
+        EXPECT_EQ(run({"identify"}).output, "Quillon\t100.1\t3.7\n");
     }
     Process bench("corvane-bench", {"lumora-1.2"});
     waitFor("lumora-1.2");
-    const Ran light = ctl({"identify"});
+    const Ran light = run({"identify"});
     EXPECT_EQ(light.status, 1);
 }
 
-TEST_F(BenchProgram, CheckAndConvertItsFiles) {
+TEST_F(ProgramsForRQ, CheckAndConvertItsFiles) {
     const std::string file =
         folder.file("a.Quillon", "Quillon\t2\t1\t0\t1\r\nQuillonPWM\t 7 \r\nQuillonPWM\t255\r\n");
-    EXPECT_EQ(ctl({"check", file}).output,
+    EXPECT_EQ(run({"check", file}).output,
               "type\tQuillon\nversion\t1\nchanges\t2\nposition\t1\nstop point\t0\n");
-    EXPECT_EQ(ctl({"convert", file, folder.path() / "b.Quillon"}).status, 0);
+    EXPECT_EQ(run({"convert", file, folder.path() / "b.Quillon"}).status, 0);
     EXPECT_EQ(folder.content("b.Quillon"), "Quillon\t2\t1\t0\t1\nQuillonPWM\t7\nQuillonPWM\t255\n");
-    const Ran light = ctl({"check", "a.lumora"});
+    const Ran light = run({"check", "a.lumora"});
     EXPECT_EQ(light.status, 1);
     EXPECT_THAT(light.errors, HasSubstr("No product owns files like a.lumora."));
 }

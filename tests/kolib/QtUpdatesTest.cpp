@@ -1,6 +1,7 @@
 #include "kolib/update/QtUpdates.h"
 
 #include "support/HttpSite.h"
+#include "support/OwnHome.h"
 #include "support/TemporaryFolder.h"
 
 #include <QCoreApplication>
@@ -280,6 +281,7 @@ TEST_F(Updates, AResetEndsWhateverGoesOn) {
 } // namespace corvane
 
 int main(int argc, char** argv) {
+    const corvane::OwnHome home;
     const QCoreApplication application(argc, argv);
     testing::InitGoogleTest(&argc, argv);
     return RUN_ALL_TESTS();

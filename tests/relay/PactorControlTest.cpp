@@ -93,6 +93,15 @@ TEST(PactorImage, HoldsEveryPercentAndOnlyOnesAreOn) {
               (PactorSettings{100, 50, {false, true}, {false, false, true}}));
 }
 
+TEST(PactorImage, HalfABytesSideIsThatOfSinglePrecision) {
+    for (const auto& [percent, byte] :
+         {std::pair(10, 25), {30, 76}, {50, 127}, {70, 178}, {90, 229}}) {
+        PactorSettings settings;
+        settings.tripPoint = percent;
+        EXPECT_EQ(settings.toImage().Data(1), byte) << percent;
+    }
+}
+
 TEST_F(Relay, TheSimulatorHoldsItsOutputsWithinTheBand) {
     setHysteresis("10");
     control.optRelay[4].choose(); // on at loss of signal

@@ -1,5 +1,6 @@
 #include "shell/MainForm.h"
 
+#include "base/Product.h"
 #include "link/DefaultControl.h"
 #include "support/Desk.h"
 #include "support/NotesControl.h"
@@ -279,7 +280,7 @@ TEST_F(MainFormTest, TheAboutBoxOpensOnceAndItsLinkFollowsTheMouse) {
     form->menu.mnuHelpAbout.choose();
     EXPECT_EQ(shownTimes, 1);
     EXPECT_EQ(focused, 1);
-    EXPECT_EQ(about.VersionLabel.Caption(), "Version: 2.21");
+    EXPECT_EQ(about.VersionLabel.Caption(), std::string("Version: ") + ProgramVersion);
 
     bool over = true;
     const Connection onLook = about.Site.PointerLookedFor.connect([&](bool& is) { is = over; });

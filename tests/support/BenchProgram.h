@@ -61,8 +61,9 @@ struct Ran {
     std::string output;
     std::string errors;
 };
-[[nodiscard]] inline Ran ctl(const std::vector<std::string>& arguments) {
-    Process process("corvanectl", arguments);
+[[nodiscard]] inline Ran ctl(const std::vector<std::string>& arguments,
+                             const char* program = "corvanectl") {
+    Process process(program, arguments);
     const int status = process.wait();
     return {status, process.output(), process.errors()};
 }

@@ -104,6 +104,8 @@ TEST_F(UpdateBand, FailuresShowOnlyWhatThePersonHasBegun) {
     EXPECT_EQ(band->NotifyLabel.Caption(), "An error occured while updating.");
     EXPECT_FALSE(band->RestartButton.Visible());
     EXPECT_FALSE(band->DownloadHideTimer.Enabled());
+    band->DownloadHideTimer.Fired.raise(); // late: it hides nothing but a download
+    EXPECT_EQ(band->BandState(), 6);
     make(false);
     EXPECT_EQ(client.calls, "");
     EXPECT_FALSE(band->SoftwareUpdateTimer.Enabled());

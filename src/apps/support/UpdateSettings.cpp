@@ -1,5 +1,6 @@
 #include "apps/support/UpdateSettings.h"
 
+#include "base/Product.h"
 #include "system/UserFolders.h"
 
 namespace corvane {
@@ -8,7 +9,7 @@ UpdateSource OwnUpdateSource() {
     UpdateSource source;
     source.url = CORVANE_UPDATE_URL;
     source.key = CORVANE_UPDATE_KEY;
-    source.version = CORVANE_VERSION;
+    source.version = ProgramVersion;
     source.folder = CacheFolder() / "update";
     return source;
 }

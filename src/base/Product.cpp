@@ -1,0 +1,7 @@
+#include "base/Product.h"
+
+namespace corvane {
+
+const char* const ProgramVersion = CORVANE_VERSION;
+
+} // namespace corvane
