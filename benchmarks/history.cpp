@@ -47,6 +47,9 @@ struct Assignment final : UndoableChange {
         after = std::atoi(Data[2].c_str());
         return true;
     }
+    bool isApplicable() const override {
+        return place >= 0 && static_cast<std::size_t>(place) < host->values.size();
+    }
 };
 
 struct Loader final : HistoryLoader {

@@ -24,6 +24,7 @@ struct AnyChange final : UndoableChange {
         data = Data;
         return true;
     }
+    bool isApplicable() const override { return true; }
 };
 
 struct AnyLoader final : HistoryLoader {

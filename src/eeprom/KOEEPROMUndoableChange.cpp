@@ -1,14 +1,18 @@
 #include "eeprom/KOEEPROMUndoableChange.h"
 
+#include "base/TextLines.h"
+
 #include <algorithm>
 
 namespace corvane {
 
-bool KOEEPROMUndoableTextChange::Deserialize(History& history, std::string_view prefix,
-                                             const std::vector<std::string>& Data) {
-    return TextChange::Deserialize(history, prefix, Data) &&
-           KOEEPROMDocument::isText(property(), oldValue()) &&
+bool KOEEPROMUndoableTextChange::isSound() const {
+    return TextChange::isSound() && KOEEPROMDocument::isText(property(), oldValue()) &&
            KOEEPROMDocument::isText(property(), newValue());
+}
+
+bool KOEEPROMUndoableTextChange::isApplicable() const {
+    return TextChange::isApplicable() && index() <= document()->EntryCount();
 }
 
 void KOEEPROMUndoableListChange::Initialize(bool adding, KOEEPROMDocument& document, int index,
@@ -46,6 +50,14 @@ bool KOEEPROMUndoableListChange::fits(int& count) const {
     const int last = adding_ ? count + 1 : count;
     count += adding_ ? 1 : -1;
     return index_ <= last;
+}
+
+bool KOEEPROMUndoableListChange::isApplicable() const {
+    if (document_ == nullptr || index_ < 1 || FindConverter(variable_.DataType) == nullptr ||
+        !IsUtf8(variable_.Comments))
+        return false;
+    int count = document_->EntryCount();
+    return fits(count);
 }
 
 std::unique_ptr<UndoableChange> KOEEPROMHistoryLoader::Load(std::string_view prefix) const {

@@ -17,9 +17,11 @@ class KOEEPROMUndoableChange : public UndoableChange {
 class KOEEPROMUndoableTextChange final
     : public TextChange<KOEEPROMDocument, KOEEPROMUndoableChange> {
   public:
-    [[nodiscard]] bool Deserialize(History& history, std::string_view prefix,
-                                   const std::vector<std::string>& Data) override;
     [[nodiscard]] bool fits(int& count) const override { return index() <= count; }
+    [[nodiscard]] bool isApplicable() const override;
+
+  protected:
+    [[nodiscard]] bool isSound() const override;
 };
 
 /// A variable comes or goes.
@@ -35,6 +37,7 @@ class KOEEPROMUndoableListChange final : public KOEEPROMUndoableChange {
     [[nodiscard]] bool Deserialize(History& history, std::string_view prefix,
                                    const std::vector<std::string>& Data) override;
     [[nodiscard]] bool fits(int& count) const override;
+    [[nodiscard]] bool isApplicable() const override;
 
   private:
     void add() const { document_->AddField(index_, variable_); }

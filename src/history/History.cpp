@@ -15,8 +15,15 @@ std::string History::GetCaption(const std::string& basicTitle, bool shortened) c
     return caption;
 }
 
-void History::Record(std::unique_ptr<UndoableChange> action, bool dontCountAsDirty) {
+bool History::Record(std::unique_ptr<UndoableChange> action, bool dontCountAsDirty) {
     Assert(action != nullptr);
+    if (!action->isApplicable()) {
+        with_.dialogs.ShowError(NotRecorded);
+        return false;
+    }
+#ifndef NDEBUG
+    Assert(comesBack(*action), "A change is not what its line in a file is.");
+#endif
     changes_.resize(static_cast<std::size_t>(position_));
     changes_.push_back(std::move(action));
     ++position_;
@@ -29,6 +36,7 @@ void History::Record(std::unique_ptr<UndoableChange> action, bool dontCountAsDir
     SaveStateChanged.raise();
     Unfreeze();
     Changed.raise();
+    return true;
 }
 
 void History::Undo(bool dontCountAsDirty) {

@@ -37,6 +37,9 @@ class History {
     History& operator=(const History&) = delete;
 
     static constexpr const char* NotUnderstood = "Can't understand the file format.";
+    static constexpr const char* NotRecorded =
+        "This change can't be made, because a file with it could not be opened again. The document "
+        "is as it was.";
 
     Event<> Changed; ///< Last step of every recording, undo and redo.
     Event<> NewFileCreating;
@@ -79,8 +82,9 @@ class History {
     /// The window title: with the path, or the file name alone, and a star for unsaved changes.
     [[nodiscard]] std::string GetCaption(const std::string& basicTitle, bool shortened) const;
 
-    /// Applies a change through its `Redo` and keeps it; what could be redone is dropped.
-    void Record(std::unique_ptr<UndoableChange> action, bool dontCountAsDirty = false);
+    /// Applies a change through its `Redo` and keeps it; what could be redone is dropped. False,
+    /// and nothing has been touched, if a file with it could not be opened again, which is told.
+    bool Record(std::unique_ptr<UndoableChange> action, bool dontCountAsDirty = false);
     /// Needs an applied change, but does not mind the stop point.
     void Undo(bool dontCountAsDirty = false);
     /// Needs `CanRedo`.
@@ -140,6 +144,8 @@ class History {
     /// Fills `loaded`, or gives the message of what is wrong with the file.
     [[nodiscard]] std::string parse(KOText& text, const std::string& path, Loaded& loaded);
     [[nodiscard]] std::vector<std::string> header() const;
+    [[nodiscard]] std::unique_ptr<UndoableChange> emptyChange(std::string_view prefix) const;
+    [[nodiscard]] bool comesBack(const UndoableChange& change);
     void replay(Loaded loaded, const std::string& filename);
     void replayed(const std::string& filename);
 

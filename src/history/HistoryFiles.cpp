@@ -25,8 +25,7 @@ Header headerOf(const std::vector<std::string>& values) {
 
 bool isSound(const Header& header, int lines) {
     return header.length >= 0 && header.length <= lines && header.position >= 0 &&
-           header.position <= header.length && header.stopPoint >= 0 &&
-           header.stopPoint <= header.length;
+           header.position <= header.length;
 }
 
 } // namespace
@@ -159,11 +158,7 @@ std::string History::parse(KOText& text, const std::string& path, Loaded& loaded
     loaded.changes.reserve(static_cast<std::size_t>(header.length));
     while (static_cast<int>(loaded.changes.size()) < header.length) {
         reader.ReadArray(prefix, data);
-        std::unique_ptr<UndoableChange> change;
-        if (prefix == KODoNothingChange::Prefix)
-            change = std::make_unique<KODoNothingChange>();
-        else
-            change = loader_->Load(prefix);
+        std::unique_ptr<UndoableChange> change = emptyChange(prefix);
         if (change == nullptr)
             return "Can't understand the file format (unrecognized prefix).";
         if (!change->Deserialize(*this, prefix, data))
@@ -171,6 +166,34 @@ std::string History::parse(KOText& text, const std::string& path, Loaded& loaded
         loaded.changes.push_back(std::move(change));
     }
     return loader_->FitTogether(loaded.changes) ? "" : NotForThisDocument;
+}
+
+std::unique_ptr<UndoableChange> History::emptyChange(std::string_view prefix) const {
+    if (prefix == KODoNothingChange::Prefix)
+        return std::make_unique<KODoNothingChange>();
+    return loader_->Load(prefix);
+}
+
+/// Whether the change's line is one that its loader reads, and that is written again as it was.
+bool History::comesBack(const UndoableChange& change) {
+    std::string line;
+    std::string prefix;
+    std::vector<std::string> data;
+    change.Serialize(prefix, data);
+    const auto lines =
+        TextLines::append(line, prefix, data) ? TextLines::parse(line) : std::optional<TextLines>();
+    if (!lines || lines->count() != 1)
+        return false;
+    lines->read(0, data);
+    prefix = data.front();
+    data.erase(data.begin());
+    const std::unique_ptr<UndoableChange> read = emptyChange(prefix);
+    if (read == nullptr || !read->Deserialize(*this, prefix, data))
+        return false;
+    data.clear();
+    read->Serialize(prefix, data);
+    std::string again;
+    return TextLines::append(again, prefix, data) && again == line;
 }
 
 void History::replay(Loaded loaded, const std::string& filename) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/Numbers.h"
+#include "base/TextLines.h"
 #include "history/History.h"
 
 namespace corvane {
@@ -8,6 +9,7 @@ namespace corvane {
 /// A change of one value that a document gives and takes as text, under an index and the name of a
 /// property. A document has for it `TextPrefix`, the operations `Data` and `setData`, and
 /// `takesData`, which says whether a line of a file may carry this index with this name.
+/// No file can hold a text that is not UTF-8.
 template<class Document, class Base = UndoableChange>
 class TextChange : public Base {
   public:
@@ -35,10 +37,18 @@ class TextChange : public Base {
         propertyName_ = Data[1];
         oldValue_ = Data[2];
         newValue_ = Data[3];
-        return Document::takesData(index_, propertyName_);
+        return isSound();
+    }
+    [[nodiscard]] bool isApplicable() const override {
+        return document_ != nullptr && isSound() && IsUtf8(oldValue_) && IsUtf8(newValue_);
     }
 
   protected:
+    /// What a line is refused for, whatever the document holds.
+    [[nodiscard]] virtual bool isSound() const {
+        return Document::takesData(index_, propertyName_);
+    }
+    [[nodiscard]] const Document* document() const { return document_; }
     [[nodiscard]] int index() const { return index_; }
     [[nodiscard]] const std::string& property() const { return propertyName_; }
     [[nodiscard]] const std::string& oldValue() const { return oldValue_; }

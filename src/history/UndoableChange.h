@@ -22,6 +22,10 @@ class UndoableChange {
     /// that the change applies to.
     [[nodiscard]] virtual bool Deserialize(History& history, std::string_view prefix,
                                            const std::vector<std::string>& Data) = 0;
+    /// Whether a file may hold the change as it is and what it applies to is in the document now:
+    /// what `Deserialize` and `FitTogether` would say of its line. Asked before each recording, so
+    /// it costs next to nothing.
+    [[nodiscard]] virtual bool isApplicable() const = 0;
 };
 
 using UndoableChanges = std::vector<std::unique_ptr<UndoableChange>>;
@@ -52,6 +56,7 @@ class KODoNothingChange final : public UndoableChange {
                                    const std::vector<std::string>&) override {
         return true;
     }
+    [[nodiscard]] bool isApplicable() const override { return true; }
 };
 
 } // namespace corvane

@@ -135,7 +135,7 @@ bool LumoraDocument::takesData(int channel, std::string_view propertyName) {
                             propertyName == LightColorName || propertyName == NoSignalName ||
                             propertyName == LumoraSimulatorSettings::LightImageName ||
                             propertyName == LumoraSimulatorSettings::LightPositionName;
-    return isChannel(channel) || (channel == 0 && !ofAChannel);
+    return isChannel(channel) || !ofAChannel; // the others ignore their channel
 }
 
 void LumoraDocument::setButtonFace(KORgbValue color) {

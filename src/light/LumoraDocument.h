@@ -40,8 +40,8 @@ class LumoraDocument final : public HistoryHost {
     [[nodiscard]] History& HistoryObject() { return history_; }
     [[nodiscard]] const History& HistoryObject() const { return history_; }
 
-    /// The track of a channel from 1 that is in force at or below the trip point (`onState`) or
-    /// above it.
+    /// A channel's bottom track (`onState`), which the controller plays below the trip point, or
+    /// its top track, which it plays from there on. Channels count from 1.
     [[nodiscard]] LumoraTrack& Channel(int channel, bool onState) const;
     /// Tracks count from 1: track 2c - 1 is channel c's top track, 2c its bottom track.
     [[nodiscard]] LumoraTrack& track(int index) const;

@@ -44,7 +44,8 @@ class LumoraUndoableChange : public UndoableChange {
 /// A setting, as the text that `Data` gives and takes.
 class LumoraUndoableTextChange final : public TextChange<LumoraDocument, LumoraUndoableChange> {
   public:
-    [[nodiscard]] int Channel() const override { return index(); }
+    /// 0 also for a channel that is none, with a name that ignores it.
+    [[nodiscard]] int Channel() const override { return isChannel(index()) ? index() : 0; }
     [[nodiscard]] const std::string& PropertyName() const override { return property(); }
 };
 

@@ -16,7 +16,7 @@ bool LumoraUndoableSegmentChange<Kind>::Deserialize(History& history, std::strin
     element_ = ReadInteger(Data[2]);
     oldValue_ = Kind::read(Data[3]);
     newValue_ = Kind::read(Data[4]);
-    return isChannel(channel_) && element_ >= 1;
+    return isSound();
 }
 
 template class LumoraUndoableSegmentChange<LumoraSegmentValues::Brightness>;

@@ -33,8 +33,13 @@ class LumoraUndoableSegmentChange final : public LumoraUndoableChange {
     [[nodiscard]] bool fits(LumoraSegmentCounts& counts) const override {
         return element_ <= counts.of(channel_, onState_);
     }
+    [[nodiscard]] bool isApplicable() const override {
+        return document_ != nullptr && isSound() &&
+               element_ <= document_->Channel(channel_, onState_).GetTrackCount();
+    }
 
   private:
+    [[nodiscard]] bool isSound() const { return isChannel(channel_) && element_ >= 1; }
     [[nodiscard]] LumoraTrackElement& target() const {
         return document_->Channel(channel_, onState_).GetTrack(element_);
     }

@@ -91,11 +91,21 @@ bool LumoraUndoableTrackChange::Deserialize(History& history, std::string_view p
         }
         field += static_cast<std::ptrdiff_t>(stride);
     }
-    return isChannel(channel_) && ascends();
+    return isSound();
+}
+
+bool LumoraUndoableTrackChange::isApplicable() const {
+    if (document_ == nullptr || !isSound())
+        return false;
+    int present = document_->Channel(channel_, onState_).GetTrackCount();
+    return fitsInto(present);
 }
 
 bool LumoraUndoableTrackChange::fits(LumoraSegmentCounts& counts) const {
-    int& present = counts.of(channel_, onState_);
+    return fitsInto(counts.of(channel_, onState_));
+}
+
+bool LumoraUndoableTrackChange::fitsInto(int& present) const {
     if (!insert_) {
         const bool there = segments_.back().index <= present;
         present -= count();

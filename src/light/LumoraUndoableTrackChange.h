@@ -35,8 +35,11 @@ class LumoraUndoableTrackChange final : public LumoraUndoableChange {
                                    const std::vector<std::string>& Data) override;
     [[nodiscard]] int Channel() const override { return channel_; }
     [[nodiscard]] bool fits(LumoraSegmentCounts& counts) const override;
+    [[nodiscard]] bool isApplicable() const override;
 
   private:
+    [[nodiscard]] bool isSound() const { return isChannel(channel_) && ascends(); }
+    [[nodiscard]] bool fitsInto(int& present) const;
     [[nodiscard]] bool ascends() const;
     [[nodiscard]] bool hasFunctions() const;
     void insert() const;

@@ -36,6 +36,9 @@ class QuillonUndoablePWMChange final : public UndoableChange {
         value_ = static_cast<std::uint8_t>(value);
         return value == value_;
     }
+    [[nodiscard]] bool isApplicable() const override {
+        return program_ != nullptr && program_->blocks().Length() < QuillonProgram::MaxLength;
+    }
 
   private:
     QuillonProgram* program_ = nullptr;
@@ -81,8 +84,7 @@ bool QuillonProgram::append(std::uint8_t value) {
         return false;
     auto change = std::make_unique<QuillonUndoablePWMChange>();
     change->Initialize(*this, value);
-    history_.Record(std::move(change), true);
-    return true;
+    return history_.Record(std::move(change), true);
 }
 
 } // namespace corvane

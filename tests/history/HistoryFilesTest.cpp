@@ -82,8 +82,10 @@ TEST_F(HistoryFiles, OpeningReplaysAndCanBeUndoneAndRedone) {
     EXPECT_EQ(folder.content("a.note"),
               "Notes\t4\t4\t1\t2\nNote\ta\nMarker\tNothing\nNote\tc\nNote\td\n");
     // A stop point that the position never reaches counts as none.
-    EXPECT_EQ(open("Notes\t2\t1\t2\t1\nNote\ta\nNote\tb\n"), "");
-    EXPECT_EQ(history.undoStopPoint(), 0);
+    for (const char* stop : {"2", "99", "-5"}) {
+        EXPECT_EQ(open(std::string("Notes\t2\t1\t") + stop + "\t1\nNote\ta\nNote\tb\n"), "");
+        EXPECT_EQ(history.undoStopPoint(), 0);
+    }
 }
 
 TEST_F(HistoryFiles, OpeningRaisesItsEventsInsideOneFreeze) {
@@ -125,11 +127,9 @@ TEST_F(HistoryFiles, UnsoundFilesAreToldAndLeaveTheDocument) {
         {"Notes\t0\t0\t0\t3\n", newer},
         {"Notes\t2\t0\t0\t2\nNote\ta\n", NotUnderstood}, // too few lines
         {"Notes\t1\t2\t0\t2\nNote\ta\n", NotUnderstood}, // position above the length
-        {"Notes\t1\t1\t2\t2\nNote\ta\n", NotUnderstood}, // stop point above it
         {"Notes\t2000000000\t0\t0\t2\nNote\ta\n", NotUnderstood},
         {"Notes\t-1\t0\t0\t2\nNote\ta\n", NotUnderstood},
         {"Notes\t1\t-1\t0\t2\nNote\ta\n", NotUnderstood},
-        {"Notes\t1\t1\t-5\t2\nNote\ta\n", NotUnderstood},
         {std::string("\x7f\x45\x4c\x46\0\x01", 6), NotUnderstood},
         {std::string(1 << 20, 'x'), NotUnderstood},
         {"Notes\t1\t1\t0\t2\nnote\ta\n",
@@ -188,9 +188,10 @@ TEST_F(HistoryFiles, AFailedSaveLeavesEverythingAndCountsAsCancelled) {
     EXPECT_TRUE(history.SaveDirty());
     EXPECT_EQ(history.savePath(), "");
     EXPECT_TRUE(events.empty());
-    notes.add("not text: \xFF");
-    person.files = {folder.path() / "a.note"};
-    EXPECT_FALSE(history.SaveHistoryAs()); // what could not be read back is not written
+    notes.add("not text: \xFF"); // what could not be read back is not even recorded
+    EXPECT_EQ(person.takeMessage(), std::string("Error: ") + History::NotRecorded);
+    EXPECT_EQ(notes.lines, Lines{"mine"});
+    EXPECT_EQ(history.Length(), 1);
 }
 
 TEST_F(HistoryFiles, NeedWhatTheProductSets) {

@@ -1,10 +1,8 @@
-#include "base/Numbers.h"
 #include "light/LumoraUndoableSegmentChange.h"
 #include "support/LightBench.h"
+#include "support/RandomEdits.h"
 
 #include <gmock/gmock.h>
-
-#include <random>
 
 namespace corvane {
 namespace {
@@ -18,24 +16,6 @@ class LumoraFiles : public testing::Test, public LightBench {
                                    std::to_string(position < 0 ? count : position) + "\t0\t2\n";
         history.OpenHistory(desk.folder.file("x.lumora", header + body));
         return desk.person.takeMessage();
-    }
-    /// Everything that a document holds, as text.
-    static std::string stateOf(const LumoraDocument& document) {
-        std::string state = document.Data(0, "XMit Min") + " " + document.Data(0, "XMit Max");
-        for (int channel = 1; channel <= LumoraDocument::ChannelCount; ++channel) {
-            for (const char* name : {"Max Current", "Turn Off Point", "Trip Point", "Hysteresis",
-                                     "Light Color", "No Signal", "Sim Light Position"})
-                state += "\n" + document.Data(channel, name);
-            for (const bool onState : {false, true}) {
-                const LumoraTrack& track = document.Channel(channel, onState);
-                for (int i = 1; i <= track.GetTrackCount(); ++i) {
-                    const LumoraTrackElement& s = track.GetTrack(i);
-                    state += "|" + std::to_string(s.brightness()) + "," + std::to_string(s.time()) +
-                             "," + s.functionCode() + "," + std::to_string(s.brightness2());
-                }
-            }
-        }
-        return state;
     }
 };
 
@@ -95,11 +75,10 @@ TEST_F(LumoraFiles, UnsoundLinesAreRefusedAndNothingIsTouched) {
          {"LumoraTrackInsert\t1\t0\t1\t50\t1\t2\n", "LumoraTrackInsert\t1\t0\n",
           "LumoraTrackInsert2\t1\t0\t1\t50\t1\n", "LumoraText\t1\tTrip Point\t50\n",
           "LumoraText\t0\tTrip Point\t50\t60\n", "LumoraText\t7\tSim Light Image\ta\tb\n",
-          "LumoraText\t-1\tXMit Min\t1\t2\n", "LumoraBrightness\t1\t0\t1\t50\n",
-          "LumoraTrackInsert\t7\t0\t1\t50\t1\n", "LumoraTrackInsert\t0\t0\t1\t50\t1\n",
-          "LumoraTrackInsert\t1\t0\t0\t50\t1\n", "LumoraTrackInsert\t1\t0\t-5\t50\t1\n",
-          "LumoraTrackInsert\t1\t0\t2\t50\t1\t1\t50\t1\n", "LumoraTime\t9\t0\t1\t1\t2\n",
-          "LumoraFunction\t1\t0\t0\t\tP\n"}) {
+          "LumoraBrightness\t1\t0\t1\t50\n", "LumoraTrackInsert\t7\t0\t1\t50\t1\n",
+          "LumoraTrackInsert\t0\t0\t1\t50\t1\n", "LumoraTrackInsert\t1\t0\t0\t50\t1\n",
+          "LumoraTrackInsert\t1\t0\t-5\t50\t1\n", "LumoraTrackInsert\t1\t0\t2\t50\t1\t1\t50\t1\n",
+          "LumoraTime\t9\t0\t1\t1\t2\n", "LumoraFunction\t1\t0\t0\t\tP\n"}) {
         EXPECT_EQ(open(line, 1), refused) << line;
         EXPECT_EQ(stateOf(document), before);
     }
@@ -116,6 +95,36 @@ TEST_F(LumoraFiles, UnsoundLinesAreRefusedAndNothingIsTouched) {
               "Error: Can't understand the file format (unrecognized prefix).");
 }
 
+TEST_F(LumoraFiles, WhatNoFileCouldHoldIsNotRecorded) {
+    fill(1, {33});
+    const std::string before = stateOf(document);
+    const auto refused = [&](auto change, auto... values) {
+        change->Initialize(document, values...);
+        EXPECT_FALSE(history.Record(std::move(change)));
+        EXPECT_EQ(desk.person.takeMessage(), std::string("Error: ") + History::NotRecorded);
+        EXPECT_EQ(stateOf(document), before);
+        EXPECT_EQ(history.Length(), 1);
+    };
+    refused(std::make_unique<LumoraUndoableTextChange>(), 0, "Sim Light Position", "1,2");
+    refused(std::make_unique<LumoraUndoableTextChange>(), 1, "Sim Light Image", "\xFF");
+    refused(std::make_unique<LumoraUndoableTimeChange>(), 1, false, 2, 1.0, 2.0);
+    refused(std::make_unique<LumoraUndoableTimeChange>(), 7, false, 1, 1.0, 2.0);
+    refused(std::make_unique<LumoraUndoableTrackChange>(), true, 1, false,
+            LumoraSegment{3, 1, 1, {}, 0});
+    refused(std::make_unique<LumoraUndoableTrackChange>(), false, 1, true,
+            LumoraSegment{1, 1, 1, {}, 0});
+}
+
+TEST_F(LumoraFiles, ASettingOfTheWholeDocumentIgnoresItsChannel) {
+    EXPECT_EQ(open("LumoraText\t9\tXMit Min\t1200\t1300\nLumoraText\t-1\tUnknown\ta\tb\n", 2), "");
+    EXPECT_EQ(document.Data(0, "XMit Min"), "1300");
+    history.Undo(); // which belongs nowhere, and asks nothing
+    EXPECT_EQ(control.TabStrip1.SelectedIndex(), 1);
+    desk.person.answers = {Answer::Yes};
+    history.Undo();
+    EXPECT_EQ(control.TabStrip1.SelectedIndex(), 8);
+}
+
 TEST_F(LumoraFiles, TheExamplesOpenAndFitIntoTheController) {
     int examples = 0;
     for (const auto& entry : std::filesystem::directory_iterator(CORVANE_EXAMPLES)) {
@@ -129,82 +138,17 @@ TEST_F(LumoraFiles, TheExamplesOpenAndFitIntoTheController) {
     EXPECT_GE(examples, 3);
 }
 
-/// Makes all kinds of edits at random, through the editor.
-class RandomEdits {
-  public:
-    RandomEdits(LightBench& bench, unsigned seed) : bench_(bench), random_(seed) {}
-
-    void step() {
-        bench_.control.TabStrip1.select(1 + below(6));
-        const int channel = bench_.control.ActiveChannel();
-        const bool onState = below(2) == 1;
-        LumoraTrackEditor& editor = bench_.track(channel, onState);
-        const int count = editor.track().GetTrackCount();
-        bench_.tracks.takeFocus(LumoraDocument::trackIndex(channel, onState));
-        if (count > 0) {
-            bench_.desk.keys.shift = false;
-            editor.press(1 + below(count));
-            bench_.desk.keys.shift = below(3) == 0;
-            editor.press(1 + below(count));
-            bench_.desk.keys.shift = false;
-        }
-        switch (below(12)) {
-        case 0:
-            return bench_.control.DeleteButton.press();
-        case 1:
-            return bench_.control.Clipboard_Cut();
-        case 2:
-            bench_.control.Clipboard_Copy();
-            return bench_.control.Clipboard_Paste();
-        case 3:
-            return bench_.control.InsertButton.press();
-        case 4:
-            bench_.control.options.ChannelHysteresis.type(std::to_string(below(120)));
-            return bench_.control.options.ChannelHysteresis.leave();
-        case 5:
-            return bench_.control.options.record(
-                channel, "Light Color", WriteHexadecimal(static_cast<unsigned>(below(0xFFFFFF))));
-        case 6:
-        case 7:
-            if (SegmentBlock* block = editor.block()) {
-                if (editor.track().Binary())
-                    return;
-                block->chooseFunction(below(2) == 0 ? "P" : "PT");
-                block->txtBrightness2.type(std::to_string(below(101)));
-                return block->Commit();
-            }
-            [[fallthrough]];
-        case 8:
-        case 9:
-            if (SegmentBlock* block = editor.block()) {
-                block->txtBrightness.type(std::to_string(below(101)));
-                block->txtTime.type(std::to_string(below(260)) + "e-2");
-                return block->Commit();
-            }
-            [[fallthrough]];
-        case 10:
-            if (bench_.history.CanUndo() && below(2) == 0)
-                return bench_.history.Undo(true);
-            [[fallthrough]];
-        default:
-            return bench_.control.AddButton.press();
-        }
-    }
-    int below(int limit) { return static_cast<int>(random_() % static_cast<unsigned>(limit)); }
-
-  private:
-    LightBench& bench_;
-    std::mt19937 random_;
-};
-
 TEST_F(LumoraFiles, RandomDocumentsSurviveSavingOpeningUndoingAndRedoing) {
     const std::string path = desk.folder.path() / "d.lumora";
     for (unsigned seed = 1; seed <= 500; ++seed) {
         desk.person.answers = {Answer::No};
         history.NewHistory();
-        RandomEdits edits(*this, seed);
-        for (int i = 0; i < 25; ++i)
-            edits.step();
+        Random random(seed);
+        for (int i = 0; i < 25; ++i) {
+            editAtRandom(document, random);
+            if (random.below(5) == 0)
+                history.Undo(true);
+        }
         desk.person.files = {path};
         ASSERT_TRUE(history.SaveHistoryAs());
         const std::string saved = desk.folder.content("d.lumora");
@@ -225,13 +169,11 @@ TEST_F(LumoraFiles, RandomDocumentsSurviveSavingOpeningUndoingAndRedoing) {
 }
 
 TEST_F(LumoraFiles, RedoAfterUndoAlwaysGivesTheSameState) {
-    RandomEdits edits(*this, 4711);
+    Random random(4711);
     for (int i = 0; i < 300; ++i) {
-        edits.step();
-        if (!history.CanUndo())
-            continue;
+        editAtRandom(document, random);
         const std::string after = stateOf(document);
-        const int back = std::min(history.position(), 1 + edits.below(5));
+        const int back = std::min(history.position(), 1 + random.below(5));
         for (int step = 0; step < back; ++step)
             history.Undo(true);
         for (int step = 0; step < back; ++step)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/TextLines.h"
 #include "history/History.h"
 #include "kolib/text/TextFiles.h"
 #include "support/Person.h"
@@ -47,6 +48,7 @@ class Notes final : public HistoryHost {
             line = Data[0];
             return true;
         }
+        bool isApplicable() const override { return IsUtf8(line); }
     };
     struct Loader final : HistoryLoader {
         std::unique_ptr<UndoableChange> Load(std::string_view prefix) const override {

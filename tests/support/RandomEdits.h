@@ -112,7 +112,10 @@ inline std::string stateOf(const LumoraDocument& document) {
     std::string state;
     for (int i = 1; i <= LumoraDocument::TrackCount; ++i) {
         const LumoraTrack& track = document.track(i);
-        state += document.Data(LumoraDocument::channelOf(i), "Trip Point") + ":";
+        for (const char* name :
+             {"Trip Point", "Hysteresis", "Max Current", "Turn Off Point", "No Signal",
+              "Light Color", "Sim Light Image", "Sim Light Position"})
+            state += document.Data(LumoraDocument::channelOf(i), name) + "|";
         for (int segment = 1; segment <= track.GetTrackCount(); ++segment) {
             const LumoraTrackElement& element = track.GetTrack(segment);
             state += element.FormatTime(element.time()) + element.functionCode() +
@@ -120,6 +123,9 @@ inline std::string stateOf(const LumoraDocument& document) {
                      std::to_string(element.brightness2()) + " ";
         }
     }
+    for (const char* name :
+         {"XMit Min", "XMit Max", "Sim Background Color", "Sim Background Image"})
+        state += document.Data(0, name) + "|";
     return state;
 }
 
