@@ -1,5 +1,8 @@
 #include "support/BenchProgram.h"
 
+#include <map>
+#include <sstream>
+
 namespace corvane {
 namespace {
 
@@ -100,6 +103,25 @@ TEST_F(BenchProgram, PlaysAProgramWithoutAController) {
     EXPECT_EQ(folder.content("a.png").substr(1, 3), "PNG");
     EXPECT_EQ(ctl({"play", light, "--no-signal", "--seconds", "0.1", "--stick", "20"}).output,
               "seconds,1,2,3,4,5,6\n0.000,50,0,0,0,0,0\n");
+    // What plays at a time does not depend on which other times are printed.
+    const std::string moves =
+        folder.file("b.lumora", "Lumora\t3\t3\t0\t2\nLumoraText\t1\tHysteresis\t2\t10\n"
+                                "LumoraTrackInsert\t1\t0\t1\t50\t.1\t2\t70\t.1\t3\t90\t.1\n"
+                                "LumoraTrackInsert\t1\t1\t1\t10\t.07\t2\t20\t.07\n");
+    std::map<std::string, std::string> rows; // by time
+    for (const char* step : {"1", "7", "10", "40"}) {
+        std::istringstream lines(ctl({"play", moves, "--hysteresis", "--seconds", "1.5", "--stick",
+                                      "55,0.333:30,0.801:90", "--step", step})
+                                     .output);
+        for (std::string line; std::getline(lines, line);) {
+            const std::string time = line.substr(0, line.find(','));
+            EXPECT_EQ(rows.emplace(time, line).first->second, line) << step;
+        }
+    }
+    EXPECT_EQ(rows["0.000"], "0.000,50,0,0,0,0,0"); // the stick comes from nowhere
+    EXPECT_EQ(rows["0.300"], "0.300,50,0,0,0,0,0");
+    EXPECT_EQ(rows["0.333"], "0.333,10,0,0,0,0,0");
+    EXPECT_EQ(rows["0.403"], "0.403,20,0,0,0,0,0");
     for (const char* stick : {"101", "x", "50,60", "1:50", "50,2:10,1:20", ""})
         EXPECT_EQ(ctl({"play", light, "--stick", stick}).status, 2) << stick;
 }

@@ -6,6 +6,8 @@
 #include "base/NumberWithin.h"
 #include "light/LumoraSimulator.h"
 
+#include <array>
+#include <cmath>
 #include <cstdio>
 #include <iostream>
 
@@ -62,6 +64,63 @@ class PlayChart {
     Picture picture_;
 };
 
+/// A light program over whole milliseconds. What plays at one of them does not depend on which
+/// others are looked at.
+class Playing {
+  public:
+    Playing(const LumoraDocument& document, const PlaySetup& setup)
+        : simulator_(document, clock_), move_(setup.stick.begin()), end_(setup.stick.end()) {
+        onTrack_ = simulator_.SelectedTrackChanged.connect(
+            [this](int channel) { startOf(channel) = clock_.milliseconds; });
+        for (int index = 1; index <= LumoraDocument::TrackCount; ++index)
+            lengths_[static_cast<std::size_t>(index) - 1] = lengthOf(document.track(index));
+        simulator_.takeAllSettings();
+        simulator_.setSlider(move_->stick); // before there is anything that holds a track
+        simulator_.setSimulateHysteresis(setup.hysteresis);
+        simulator_.setSimulateLossOfSignal(setup.noSignal);
+    }
+
+    void goTo(int milliseconds) {
+        for (; move_ != end_ && move_->time <= milliseconds; ++move_) {
+            clock_.milliseconds = static_cast<std::uint32_t>(move_->time);
+            simulator_.setSlider(move_->stick);
+        }
+        clock_.milliseconds = static_cast<std::uint32_t>(milliseconds);
+        for (int channel = 1; channel <= simulator_.ChannelCount(); ++channel)
+            show(channel);
+    }
+    [[nodiscard]] const LumoraSimulator& simulator() const { return simulator_; }
+
+  private:
+    /// A hair behind the millisecond, so that one on a border is in the later segment, whatever the
+    /// fractions of a second come to.
+    static constexpr double Hair = 1e-6; // seconds
+
+    static std::uint32_t lengthOf(const LumoraTrack& track) {
+        long length = 0;
+        for (int i = 1; i <= track.GetTrackCount(); ++i)
+            length += std::lround(track.GetTrack(i).time() * 1000);
+        return static_cast<std::uint32_t>(length);
+    }
+    void show(int channel) {
+        const LumoraTrack* track = simulator_.SelectedTrack(channel);
+        const int index =
+            track == nullptr ? 0 : LumoraDocument::trackIndex(channel, !track->topTrack());
+        const std::uint32_t length = index == 0 ? 0 : lengths_[static_cast<std::size_t>(index) - 1];
+        const std::uint32_t played = clock_.milliseconds - startOf(channel);
+        simulator_.setTime(channel, length == 0 ? 0 : played % length / 1000.0 + Hair);
+    }
+    std::uint32_t& startOf(int channel) { return starts_[static_cast<std::size_t>(channel) - 1]; }
+
+    StepClock clock_;
+    LumoraSimulator simulator_;
+    Connection onTrack_;
+    std::array<std::uint32_t, LumoraDocument::ChannelCount> starts_{};
+    std::array<std::uint32_t, LumoraDocument::TrackCount> lengths_{}; // ms
+    std::vector<PlaySetup::Move>::const_iterator move_;
+    std::vector<PlaySetup::Move>::const_iterator end_;
+};
+
 } // namespace
 
 std::optional<std::vector<PlaySetup::Move>> ParseStick(const std::string& text) {
@@ -98,22 +157,13 @@ int PlayLight(Program& program, const std::string& file, const PlaySetup& setup)
     LumoraDocument document({dialogs, dialogs, program.text});
     if (!OpenLight(program, document, file))
         return ExitStatus::Failed;
-    StepClock clock;
-    LumoraSimulator simulator(document, clock);
-    simulator.takeAllSettings();
-    simulator.setSimulateHysteresis(setup.hysteresis);
-    simulator.setSimulateLossOfSignal(setup.noSignal);
-    const int end = static_cast<int>(setup.seconds * 1000);
+    Playing playing(document, setup);
+    const LumoraSimulator& simulator = playing.simulator();
+    const int end = static_cast<int>(std::lround(setup.seconds * 1000));
     PlayChart chart((end + setup.step - 1) / setup.step, simulator);
-    auto move = setup.stick.begin();
     std::cout << "seconds,1,2,3,4,5,6\n";
     for (int time = 0; time < end; time += setup.step) {
-        clock.milliseconds = static_cast<std::uint32_t>(time);
-        simulator.Update();
-        for (; move != setup.stick.end() && move->time <= time; ++move)
-            simulator.setSlider(move->stick);
-        if (time == 0)
-            simulator.Reset();
+        playing.goTo(time);
         std::printf("%d.%03d", time / 1000, time % 1000);
         for (int channel = 1; channel <= simulator.ChannelCount(); ++channel)
             std::printf(",%d", simulator.brightness(channel));
