@@ -6,7 +6,7 @@ namespace corvane {
 
 namespace {
 constexpr const char* TripPointTip =
-    "Position of the stick above which the top track or slot is in force, 0 to 100 percent";
+    "Position of the stick from which on the top track or slot is in force, 0 to 100 percent";
 constexpr const char* StickTip = "Position of the stick to try, 0 to 100 percent";
 } // namespace
 

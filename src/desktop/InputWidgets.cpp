@@ -6,6 +6,7 @@
 #include <QApplication>
 #include <QCheckBox>
 #include <QKeyEvent>
+#include <QPainter>
 #include <QRadioButton>
 #include <QScrollBar>
 #include <QTabBar>
@@ -97,19 +98,63 @@ void Box::focusOutEvent(QFocusEvent* event) {
         commit();
 }
 
-UpsideDownSlider::UpsideDownSlider(Slider& child, QWidget* parent) : QSlider(Qt::Vertical, parent) {
+UpsideDownSlider::UpsideDownSlider(Slider& child, QWidget* parent)
+    : QSlider(Qt::Vertical, parent),
+      child_(child),
+      drag_(this, {.move = {},
+                   .drop = [this] { commit(); },
+                   .giveUp =
+                       [this] {
+                           setRepeatAction(SliderNoAction);
+                           setValue(pressedAt_);
+                       }}) {
     setRange(child.Min(), child.Max());
     BindWidget(this, child);
-    Follow(this, child, [this, &child] { setValue(maximum() - child.Value() + minimum()); });
-    connect(this, &QSlider::valueChanged, this, [this, &child](int value) {
+    Follow(this, child, [this] { setValue(maximum() - child_.Value() + minimum()); });
+    connect(this, &QSlider::valueChanged, this, [this](int value) {
         const int theirs = maximum() - value + minimum();
-        if (theirs == child.Value())
+        if (theirs == child_.Value())
             return; // the core's own doing
-        child.move(theirs);
-        if (!isSliderDown())
-            child.leave();
+        pending_ = true;
+        child_.move(theirs);
     });
-    connect(this, &QSlider::sliderReleased, this, [&child] { child.leave(); });
+}
+
+void UpsideDownSlider::commit() {
+    if (std::exchange(pending_, false))
+        child_.leave();
+}
+
+void UpsideDownSlider::focusOutEvent(QFocusEvent* event) {
+    QSlider::focusOutEvent(event);
+    if (event->reason() != Qt::PopupFocusReason && event->reason() != Qt::ActiveWindowFocusReason)
+        commit();
+}
+
+void UpsideDownSlider::keyPressEvent(QKeyEvent* event) {
+    if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter)
+        commit();
+    else
+        QSlider::keyPressEvent(event);
+}
+
+void UpsideDownSlider::mousePressEvent(QMouseEvent* event) {
+    if (event->button() == Qt::LeftButton) {
+        commit(); // the keys before are an act of their own
+        pressedAt_ = value();
+        drag_.begin();
+    }
+    QSlider::mousePressEvent(event);
+}
+
+void UpsideDownSlider::paintEvent(QPaintEvent* event) {
+    QSlider::paintEvent(event);
+    if (!hasFocus())
+        return;
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(palette().color(QPalette::Highlight), 2));
+    painter.drawRoundedRect(rect().adjusted(1, 1, -1, -1), 4, 4);
 }
 
 void UpsideDownSlider::wheelEvent(QWheelEvent* event) {
@@ -172,6 +217,8 @@ void CommitFocusedBox() {
         box->commit();
     else if (auto* list = dynamic_cast<DropDown*>(focused))
         list->commit();
+    else if (auto* slider = dynamic_cast<UpsideDownSlider*>(focused))
+        slider->commit();
 }
 
 void Bind(QRadioButton* button, OptionButton& child) {

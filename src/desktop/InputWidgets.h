@@ -1,6 +1,7 @@
 #pragma once
 
 #include "controls/Inputs.h"
+#include "desktop/PointerDrag.h"
 
 #include <QComboBox>
 #include <QLineEdit>
@@ -68,13 +69,28 @@ class DropDown final : public QComboBox {
     bool pending_ = false; // an entry was chosen
 };
 
-/// A vertical slider whose top means the lowest value of the core's slider.
+/// A vertical slider whose top means the lowest value of the core's slider. What is done to it
+/// counts once: a drag or a click when the button is released, a run of keys or of notches of the
+/// wheel when the slider is left.
 class UpsideDownSlider final : public QSlider {
   public:
     UpsideDownSlider(Slider& child, QWidget* parent);
 
+    /// Lets a run of keys or notches count.
+    void commit();
+
   protected:
+    void focusOutEvent(QFocusEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
     void wheelEvent(QWheelEvent* event) override;
+
+  private:
+    Slider& child_;
+    PointerDrag drag_;
+    int pressedAt_ = 0;    // its value then
+    bool pending_ = false; // moved since the child was last told of the end
 };
 
 /// Lets what has been typed or chosen where the focus is count, before a command is run.

@@ -43,7 +43,11 @@ class KOImages {
     /// `x` and `y` from the background's corner; over the colour where there is no background.
     virtual void MakeTransparentImage(const std::string& backgroundName, int x, int y, int r, int g,
                                       int b) = 0;
-    /// Reads a BMP, GIF, JPEG or PNG file; nothing if it is none, damaged or too large.
+    /// Makes the current image what an unlit lens of its shape is on a ground of one colour: darker
+    /// where it is more opaque.
+    virtual void MakeLensImage(int r, int g, int b) = 0;
+    /// Reads a BMP, GIF, JPEG or PNG file; nothing if it is none or damaged. A larger picture than
+    /// `MaxSize` comes scaled down.
     [[nodiscard]] virtual std::optional<Picture> DecodeFile(const std::string& path) = 0;
 };
 

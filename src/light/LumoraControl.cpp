@@ -42,7 +42,8 @@ LumoraControl::LumoraControl(const Workplace& place, const KOKeyboard& keyboard)
         connections_.push_back(event.connect(react));
     };
     on(TabStrip1.Click, [this] { changeTab(); });
-    on(document.SettingChanged, [this](std::string_view name, int) { settingChanged(name); });
+    on(document.SettingChanged,
+       [this](std::string_view name, int channel) { settingChanged(name, channel); });
     History& history = document.HistoryObject();
     on(history.Changed, [this] { UpdateBlockCount(); });
     on(history.NewFileCreated, [this] { tracks.ZoomToDefault(); });
@@ -150,7 +151,11 @@ void LumoraControl::Update() {
     UpdateTrackVisibility();
 }
 
-void LumoraControl::settingChanged(std::string_view name) {
+void LumoraControl::settingChanged(std::string_view name, int channel) {
+    if (IsSimulating() && channel != 0 && !name.starts_with("Sim ")) {
+        simulator.takeSettings(channel);
+        simulatorControl.redrawLight(channel); // its colour
+    }
     if (name == "Max Current")
         options.UpdateMaxCurrent();
     else if (name == "Light Color")
@@ -244,6 +249,8 @@ void LumoraControl::doLayout() {
     TracksFrame.setVisible(withTracks);
     SimulatorFrame.setVisible(IsSimulating());
     simulatorControl.setAutoUpdate(IsSimulating());
+    if (!IsSimulating())
+        simulatorControl.cancelDrag();
     options.TransmitterFrame.setVisible(IsEditingTransmitter());
     tripPoint.TripPointFrame.setVisible(!IsEditingTransmitter());
     tripPoint.setSimulating(ActiveChannel() == 0);
@@ -307,7 +314,9 @@ void LumoraControl::Clipboard_Paste(int trackIndex, int elementIndex) {
         return;
     if (elementIndex == -1)
         elementIndex = std::max(1, tracks.track(trackIndex).SelectedIndex());
-    recordSegments(true, trackIndex, clipboard_.placedAt(elementIndex));
+    showSelectedTrack();
+    if (recordSegments(true, trackIndex, clipboard_.placedAt(elementIndex)))
+        tracks.Show(trackIndex, elementIndex);
 }
 
 void LumoraControl::Clipboard_Delete() {
@@ -326,12 +335,12 @@ void LumoraControl::recordValue(int trackIndex, int elementIndex, const Value& o
     document.HistoryObject().Record(std::move(change));
 }
 
-void LumoraControl::recordSegments(bool insert, int trackIndex,
+bool LumoraControl::recordSegments(bool insert, int trackIndex,
                                    std::vector<LumoraSegment> segments) {
     auto change = std::make_unique<LumoraUndoableTrackChange>();
     change->InitializeGroup(document, insert, LumoraDocument::channelOf(trackIndex),
                             LumoraDocument::onStateOf(trackIndex), std::move(segments));
-    document.HistoryObject().Record(std::move(change));
+    return document.HistoryObject().Record(std::move(change));
 }
 
 std::vector<LumoraSegment> LumoraControl::selectedSegments() const {
@@ -349,6 +358,7 @@ void LumoraControl::addOrInsert(bool add) {
     const int trackIndex = tracks.SelectedIndex();
     if (trackIndex == 0)
         return;
+    showSelectedTrack();
     LumoraTrackEditor& editor = tracks.track(trackIndex);
     editor.Commit(); // what has been typed belongs to the segment that is copied
     document.HistoryObject().Freeze();
@@ -372,6 +382,7 @@ void LumoraControl::deleteSelected() {
     const int trackIndex = tracks.SelectedIndex();
     if (trackIndex == 0)
         return;
+    showSelectedTrack();
     LumoraTrackEditor& editor = tracks.track(trackIndex);
     editor.Commit();
     const std::vector<LumoraSegment> segments = selectedSegments();
@@ -386,6 +397,12 @@ void LumoraControl::deleteSelected() {
         FocusOn(SelectedChannel(), SelectedOnState(), next);
     }
     document.HistoryObject().Unfreeze();
+}
+
+/// Brings the tab to the front on which the person sees what is done to the selected segments.
+void LumoraControl::showSelectedTrack() {
+    if (IsEditingTransmitter())
+        goTo({LumoraPlace::Kind::Channel, SelectedChannel()});
 }
 
 // Undo and redo across tabs

@@ -86,7 +86,7 @@ class LumoraControl final : public ProductControl, public ClipboardCommands {
     void connectButtons();
     void changeTab();
     void doLayout();
-    void settingChanged(std::string_view name);
+    void settingChanged(std::string_view name, int channel);
     void resetToDefaults();
     void UpdateBlockCount();
     void UpdateFrames();
@@ -96,8 +96,9 @@ class LumoraControl final : public ProductControl, public ClipboardCommands {
     void updateCanCopy();
     void addOrInsert(bool add);
     void deleteSelected();
+    void showSelectedTrack();
     [[nodiscard]] std::vector<LumoraSegment> selectedSegments() const;
-    void recordSegments(bool insert, int trackIndex, std::vector<LumoraSegment> segments);
+    bool recordSegments(bool insert, int trackIndex, std::vector<LumoraSegment> segments);
     template<class Change, class Value>
     void recordValue(int trackIndex, int elementIndex, const Value& oldValue,
                      const Value& newValue);

@@ -214,13 +214,10 @@ void LumoraScrollableTracks::scrollTo(int offset) {
     HScroll.setValue(RoundToInteger(static_cast<double>(offset) / static_cast<double>(unit_)));
 }
 
-void LumoraScrollableTracks::FocusOn(int trackIndex, int elementIndex) {
-    if (trackIndex == 0 || elementIndex == 0)
-        return;
-    history_.Freeze();
+void LumoraScrollableTracks::Show(int trackIndex, int elementIndex) {
     if (scrollStale_)
         updateScroll();
-    LumoraTrackEditor& target = track(trackIndex);
+    const LumoraTrackEditor& target = track(trackIndex);
     const auto left = static_cast<float>(target.GetTrackLeft(elementIndex));
     const float right = left + static_cast<float>(target.GetTrackWidth(elementIndex));
     float position = static_cast<float>(HScroll.Value()) * unit_;
@@ -229,9 +226,16 @@ void LumoraScrollableTracks::FocusOn(int trackIndex, int elementIndex) {
     position = std::min(position, left);
     HScroll.setValue(static_cast<int>(
         std::ceil(std::clamp(position / unit_, 0.0F, static_cast<float>(HScroll.Max())))));
+}
+
+void LumoraScrollableTracks::FocusOn(int trackIndex, int elementIndex, Moved moved) {
+    if (trackIndex == 0 || elementIndex == 0)
+        return;
+    history_.Freeze();
+    Show(trackIndex, elementIndex);
     history_.QuickUnfreeze();
     takeFocus(trackIndex);
-    target.FocusOn(elementIndex);
+    track(trackIndex).FocusOn(elementIndex, moved);
     history_.QuickFreeze();
     history_.Unfreeze();
 }
@@ -275,11 +279,28 @@ void LumoraScrollableTracks::moveFocus(int segments, int tracks) {
         if (count == 0)
             return takeFocus(target);
         const int x = index == 0 ? 0 : from.GetTrackLeft(index);
-        return FocusOn(target, std::min(to.firstRightOf(x), count));
+        return FocusOn(target, std::min(to.firstRightOf(x), count), Moved::ByPerson);
     }
     const int count = from.track().GetTrackCount();
     if (count > 0)
-        FocusOn(target, index == 0 ? 1 : std::clamp(index + segments, 1, count));
+        FocusOn(target, index == 0 ? 1 : std::clamp(index + segments, 1, count), Moved::ByPerson);
+}
+
+bool LumoraScrollableTracks::walkFocus(int step) {
+    int target = focusedTrack_;
+    if (target == 0)
+        return false;
+    int index = track(target).FocusedIndex() + step;
+    while (index < 1 || index > track(target).track().GetTrackCount()) {
+        do
+            target += step;
+        while (target >= 1 && target <= TrackCount() && !TrackVisible(target));
+        if (target < 1 || target > TrackCount())
+            return false;
+        index = step > 0 ? 1 : track(target).track().GetTrackCount();
+    }
+    FocusOn(target, index);
+    return true;
 }
 
 void LumoraScrollableTracks::Commit() {

@@ -66,15 +66,21 @@ class LumoraScrollableTracks {
     [[nodiscard]] int scrollOffset() const { return offset_; }
     void scrollTo(int offset);
 
+    using Moved = LumoraTrackEditor::Moved;
     /// Scrolls a segment into view and gives it the input focus.
-    void FocusOn(int trackIndex, int elementIndex);
+    void FocusOn(int trackIndex, int elementIndex, Moved moved = Moved::ByCommand);
     void FocusOnSelection();
+    /// Scrolls a segment into view.
+    void Show(int trackIndex, int elementIndex);
     /// The track with the input focus.
     [[nodiscard]] int focusedTrack() const { return focusedTrack_; }
     /// The input focus has gone to something else.
     void loseFocus();
     /// Moves the focus by so many segments, and by so many visible tracks.
     void moveFocus(int segments, int tracks);
+    /// Moves it to the next segment (1) or the one before (-1), at the end of a track to the next
+    /// visible track that has some. False if there is none.
+    [[nodiscard]] bool walkFocus(int step);
     void Commit();
 
     // For the tracks alone.

@@ -24,7 +24,7 @@ LumoraSimulator::State& LumoraSimulator::state(int Channel) {
 }
 
 KORgbValue LumoraSimulator::Colorization(int Channel) const {
-    return KORgbValue::FromColor(state(Channel).settings.lightColor)
+    return KORgbValue::FromColor(LightPart(state(Channel).settings.lightColor))
         .Attenuate(state(Channel).brightness);
 }
 

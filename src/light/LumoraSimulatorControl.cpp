@@ -1,5 +1,9 @@
 #include "light/LumoraSimulatorControl.h"
 
+#include "base/Assert.h"
+
+#include <algorithm>
+
 namespace corvane {
 
 namespace {
@@ -7,13 +11,20 @@ namespace {
 using Settings = LumoraSimulatorSettings;
 
 constexpr const char* BackgroundName = "Background";
-constexpr int PlainSize = 25; // pixels of a light without a picture
-constexpr const char* PictureFilter = "All Picture Files|*.bmp;*.gif;*.jpg;*.jpeg|Bitmaps "
-                                      "(*.bmp)|*.bmp|GIF Images (*.gif)|*.gif|JPEG "
-                                      "Images (*.jpg;*.jpeg)|*.jpg;*.jpeg|All Files (*.*)|*.*";
+constexpr int PlainSize = 25;     // pixels of a light without a picture
+constexpr int BrightGround = 128; // of 255, on which light is hard to see
+constexpr const char* PictureFilter =
+    "All Pictures|*.bmp;*.gif;*.jpg;*.jpeg;*.png|PNG Images "
+    "(*.png)|*.png|All Picture Files|*.bmp;*.gif;*.jpg;*.jpeg|Bitmaps "
+    "(*.bmp)|*.bmp|GIF Images (*.gif)|*.gif|JPEG "
+    "Images (*.jpg;*.jpeg)|*.jpg;*.jpeg|All Files (*.*)|*.*";
 
 std::string lightName(int channel) {
     return std::to_string(channel);
+}
+
+std::string lensName(int channel) {
+    return "Lens " + std::to_string(channel);
 }
 
 /// Half of what is left beside something centred.
@@ -67,7 +78,13 @@ LumoraSimulatorControl::LumoraSimulatorControl(const Surroundings& surroundings)
     refresh();
 }
 
+std::size_t LumoraSimulatorControl::place(int Channel) {
+    Assert(Channel >= 1 && Channel <= LumoraDocument::ChannelCount);
+    return static_cast<std::size_t>(Channel) - 1;
+}
+
 void LumoraSimulatorControl::refresh() {
+    drag_ = 0;
     for (int channel = 0; channel <= LumoraDocument::ChannelCount; ++channel)
         loadImages(channel);
     showBackground();
@@ -86,6 +103,7 @@ void LumoraSimulatorControl::settingChanged(std::string_view name, int channel) 
         showBackground();
     } else if (name == Settings::LightImageName) {
         loadImages(channel);
+        makeLens(channel);
         updateLight(channel);
         positionLight(channel);
     } else if (name == Settings::LightPositionName) {
@@ -122,6 +140,8 @@ void LumoraSimulatorControl::showBackground() {
     background_.left = margin(width_, background_.width);
     background_.top = margin(height_, background_.height);
     background_.color = BackColor();
+    for (int channel = 1; channel <= LumoraDocument::ChannelCount; ++channel)
+        makeLens(channel);
     updateAllLights();
     for (int channel = 1; channel <= LumoraDocument::ChannelCount; ++channel)
         positionLight(channel);
@@ -137,7 +157,6 @@ void LumoraSimulatorControl::positionLight(int Channel) {
 
 void LumoraSimulatorControl::placeLight(int Channel, int left, int top) {
     Patch& patch = lights_[place(Channel)];
-    LightChanged.raise(Channel); // where it was
     patch.left = limited(left, width_, patch.width);
     patch.top = limited(top, height_, patch.height);
     updateLight(Channel);
@@ -155,11 +174,28 @@ void LumoraSimulatorControl::updateLight(int Channel) {
     } else {
         const KORgbValue ground = BackColor();
         images.ColorizeImage(patch.color.R, patch.color.G, patch.color.B);
-        images.MakeTransparentImage(BackgroundName, patch.left - background_.left,
-                                    patch.top - background_.top, ground.R, ground.G, ground.B);
+        if (patch.lens.empty())
+            images.MakeTransparentImage(BackgroundName, patch.left - background_.left,
+                                        patch.top - background_.top, ground.R, ground.G, ground.B);
+        else
+            images.MakeTransparentImage(lensName(Channel), 0, 0, ground.R, ground.G, ground.B);
         patch.picture = images.GetImage();
     }
     LightChanged.raise(Channel);
+}
+
+/// Light can't be seen on a bright canvas, but on the dark lens of an unlit lamp it can.
+void LumoraSimulatorControl::makeLens(int Channel) {
+    Patch& patch = lights_[place(Channel)];
+    const KORgbValue ground = BackColor();
+    patch.lens = {};
+    if (!background_.picture.empty() || std::max({ground.R, ground.G, ground.B}) < BrightGround)
+        return;
+    KOImages& images = with_.images;
+    images.UncacheImage(lightName(Channel));
+    images.MakeLensImage(ground.R, ground.G, ground.B);
+    images.CacheImage(lensName(Channel));
+    patch.lens = images.GetImage();
 }
 
 void LumoraSimulatorControl::updateAllLights() {
@@ -194,7 +230,7 @@ void LumoraSimulatorControl::tick() {
 // Dragging
 
 void LumoraSimulatorControl::pressLight(int Channel, int x, int y) {
-    if (drag_ != 0)
+    if (drag_ != 0 || Channel == 0)
         return;
     drag_ = Channel;
     grabX_ = x;
@@ -203,14 +239,14 @@ void LumoraSimulatorControl::pressLight(int Channel, int x, int y) {
 }
 
 void LumoraSimulatorControl::moveLight(int Channel, int x, int y) {
-    if (drag_ != Channel || (x == grabX_ && y == grabY_))
+    if (Channel == 0 || drag_ != Channel || (x == grabX_ && y == grabY_))
         return;
     moved_ = true;
     placeLight(Channel, light(Channel).left + x - grabX_, light(Channel).top + y - grabY_);
 }
 
 void LumoraSimulatorControl::releaseLight(int Channel) {
-    if (drag_ != Channel)
+    if (Channel == 0 || drag_ != Channel)
         return;
     drag_ = 0;
     if (!std::exchange(moved_, false))

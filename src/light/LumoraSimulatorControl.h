@@ -21,13 +21,15 @@ class LumoraSimulatorControl {
         KOImages& images;
         Dialogs& dialogs;
     };
-    /// Where something stands on the canvas and what it shows; no picture means one colour.
+    /// Where something stands on the canvas and what it shows; no picture means one colour. A light
+    /// with a picture on a bright canvas has a lens too, which is dark where the picture is.
     struct Patch {
         int left = 0;
         int top = 0;
         int width = 0;
         int height = 0;
         Picture picture;
+        Picture lens;
         KORgbValue color;
     };
 
@@ -55,6 +57,7 @@ class LumoraSimulatorControl {
     void refresh();
     /// Draws everything as it is now.
     void redraw() { showBackground(); }
+    void redrawLight(int Channel) { updateLight(Channel); }
 
     // Dragging, by the pointer's place within the light.
     void pressLight(int Channel, int x, int y);
@@ -90,9 +93,7 @@ class LumoraSimulatorControl {
     [[nodiscard]] std::vector<MenuPlace> menuLayout(int Channel);
 
   private:
-    [[nodiscard]] static std::size_t place(int Channel) {
-        return static_cast<std::size_t>(Channel) - 1;
-    }
+    [[nodiscard]] static std::size_t place(int Channel);
     [[nodiscard]] const LumoraSimulatorSettings& settings() const {
         return with_.document.simulator();
     }
@@ -101,6 +102,7 @@ class LumoraSimulatorControl {
     void showBackground();
     void positionLight(int Channel);
     void updateLight(int Channel);
+    void makeLens(int Channel);
     void updateAllLights();
     void placeLight(int Channel, int left, int top);
     void choosePicture(int Channel);

@@ -8,11 +8,16 @@
 
 namespace corvane {
 
+/// The three parts of a light's colour that can be shown; a document may hold 32 bits.
+[[nodiscard]] constexpr int LightPart(int color) {
+    return color & 0xFFFFFF;
+}
+
 /// The segments of one track, played one after another. "Track" in the operations' names means one
 /// segment. Indices count from 1; one out of range is a caller's fault.
 class LumoraTrack {
   public:
-    /// `topTrack`: the one that is in force above the channel's trip point.
+    /// `topTrack`: the one that is in force from the channel's trip point on.
     explicit LumoraTrack(bool topTrack) : topTrack_(topTrack) {}
     LumoraTrack(const LumoraTrack&) = delete;
     LumoraTrack& operator=(const LumoraTrack&) = delete;

@@ -98,17 +98,17 @@ int LumoraTrackEditor::FocusedIndex() const {
     return block_ == nullptr ? 0 : track_.indexOf(block_->element());
 }
 
-void LumoraTrackEditor::FocusOn(int index) {
+void LumoraTrackEditor::FocusOn(int index, Moved moved) {
     const bool moves = index != FocusedIndex() || set_.focusedTrack() != trackIndex_;
     setFocus(index);
     if (moves)
-        clickRule(index);
+        clickRule(index, moved);
     set_.FocusMoved.raise();
 }
 
 void LumoraTrackEditor::press(int index) {
     setFocus(index);
-    clickRule(index);
+    clickRule(index, Moved::ByPerson);
     set_.FocusMoved.raise();
 }
 
@@ -140,13 +140,14 @@ void LumoraTrackEditor::setFocus(int index) {
     onBlock_ = block_->LookChanged.connect([this] { set_.TrackLookChanged.raise(trackIndex_); });
 }
 
-void LumoraTrackEditor::clickRule(int index) {
+void LumoraTrackEditor::clickRule(int index, Moved moved) {
     if (index < 1 || index > track_.GetTrackCount())
         return;
     const LumoraTrackElement* sender = &track_.GetTrack(index);
-    if (set_.keyboard().ShiftHeld()) {
+    const bool keysCount = moved == Moved::ByPerson;
+    if (keysCount && set_.keyboard().ShiftHeld()) {
         messenger_.Notify("SelectRange", sender);
-    } else if (set_.keyboard().CtrlHeld()) {
+    } else if (keysCount && set_.keyboard().CtrlHeld()) {
         selection_.set(index, !selection_.isSelected(index));
         messenger_.Notify("SelectionChanged", sender);
     } else {

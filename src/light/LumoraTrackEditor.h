@@ -48,8 +48,10 @@ class LumoraTrackEditor {
     [[nodiscard]] int FocusedIndex() const;
     /// Its block; nothing if none has the focus.
     [[nodiscard]] SegmentBlock* block() const { return block_.get(); }
+    /// Who moves the focus. Shift and Ctrl count for a person's own move alone.
+    enum class Moved { ByPerson, ByCommand };
     /// Gives a segment the input focus. If this moves the focus, it counts as a click.
-    void FocusOn(int index);
+    void FocusOn(int index, Moved moved = Moved::ByPerson);
     /// A press of the left button on a segment.
     void press(int index);
     /// What a press of the right button on a segment does first.
@@ -62,7 +64,7 @@ class LumoraTrackEditor {
   private:
     [[nodiscard]] int rightOf(int index) const;
     [[nodiscard]] int widthOf(int index) const;
-    void clickRule(int index);
+    void clickRule(int index, Moved moved);
     void setFocus(int index);
     void MyMessenger_MessageReceived(std::string_view message, const void* sender,
                                      MessageValue& value);

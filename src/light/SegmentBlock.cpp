@@ -2,6 +2,7 @@
 
 #include "base/KOMath.h"
 #include "base/Numbers.h"
+#include "light/LumoraTrack.h"
 
 #include <utility>
 
@@ -163,7 +164,7 @@ void SegmentBlock::ask(TextBox& box, const std::string& prompt, const std::strin
 
 KORgbValue SegmentColorAt(const LumoraTrackElement& element, int lightColor, int level1, int level2,
                           float t) {
-    const KORgbValue color = KORgbValue::FromColor(lightColor);
+    const KORgbValue color = KORgbValue::FromColor(LightPart(lightColor));
     if (t < -0.001F)
         return color.Attenuate(0);
     const float level = static_cast<float>(level1) + t * static_cast<float>(level2 - level1);

@@ -14,7 +14,7 @@
 #include <QProgressBar>
 #include <QRadioButton>
 #include <QTabBar>
-#include <QWheelEvent>
+#include <QToolTip>
 
 namespace corvane {
 namespace {
@@ -37,16 +37,15 @@ class LumoraWindow : public ProductWindow {
     LumoraView& view() { return dynamic_cast<LumoraView&>(*window.view()); }
     TracksCanvas& canvas() { return view().canvas(); }
 
-    void drag(QPoint from, QPoint to) {
-        QTest::mousePress(&canvas(), Qt::LeftButton, {}, from);
-        for (int step = 1; step <= 4; ++step) {
-            QMouseEvent move(QEvent::MouseMove, QPointF(from + (to - from) * step / 4),
-                             canvas().mapToGlobal(QPointF(from + (to - from) * step / 4)),
-                             Qt::NoButton, Qt::LeftButton, {});
-            QApplication::sendEvent(&canvas(), &move);
-        }
+    void startDrag(QPoint from, QPoint to) { hands.startDrag(canvas(), from, to); }
+    void release(QPoint at) { hands.release(canvas(), at); }
+    QTabBar& tabs() { return *view().findChild<QTabBar*>(); }
+    void showTab(int number) { hands.click(tabs(), tabs().tabRect(number - 1).center()); }
+    /// A point of a segment where neither its handle nor its boxes are.
+    QPoint pointOf(int segment) {
+        return canvas().geometryOf(1, segment).block.topLeft() + QPoint(20, 10);
     }
-    void release(QPoint at) { QTest::mouseRelease(&canvas(), Qt::LeftButton, {}, at); }
+    std::vector<int> selected() { return control().tracks.track(1).SelectedIndices(); }
 };
 
 TEST_F(LumoraWindow, AProgramIsDrawnWithMouseAndKeysSavedAndReopened) {
@@ -64,12 +63,12 @@ TEST_F(LumoraWindow, AProgramIsDrawnWithMouseAndKeysSavedAndReopened) {
     press("Add");
     // Drag its right edge by 0.2 s to the right, at 160 pixels a second.
     const BlockGeometry second = canvas().geometryOf(1, 2);
-    drag(second.handle.center(), second.handle.center() + QPoint(32, 0));
+    startDrag(second.handle.center(), second.handle.center() + QPoint(32, 0));
     EXPECT_EQ(document().track(1).GetTrack(2).time(), 0.8); // not before it is let go
     release(second.handle.center() + QPoint(32, 0));
     // Drag its brightness down.
     const QRect gradient = canvas().geometryOf(1, 2).gradient;
-    drag(gradient.center(), gradient.bottomLeft() + QPoint(3, 0));
+    startDrag(gradient.center(), gradient.bottomLeft() + QPoint(3, 0));
     release(gradient.bottomLeft() + QPoint(3, 0));
     key(Qt::Key_Left);
     key(Qt::Key_C, Qt::ControlModifier);
@@ -115,16 +114,94 @@ TEST_F(LumoraWindow, AProgramIsDrawnWithMouseAndKeysSavedAndReopened) {
 TEST_F(LumoraWindow, EscapePutsADragBackAndLeavesNoStep) {
     press("Add");
     const BlockGeometry block = canvas().geometryOf(1, 1);
-    drag(block.handle.center(), block.handle.center() + QPoint(60, 0));
+    startDrag(block.handle.center(), block.handle.center() + QPoint(60, 0));
     EXPECT_NE(canvas().geometryOf(1, 1).block, block.block);
     shoot(canvas(), "drag");
-    QTest::keyClick(&canvas(), Qt::Key_Escape);
-    release(block.handle.center() + QPoint(60, 0));
+    hands.key(Qt::Key_Escape);
     EXPECT_EQ(canvas().geometryOf(1, 1).block, block.block);
-    EXPECT_EQ(document().HistoryObject().Length(), 1);
-    drag(block.handle.center(), block.handle.center() + QPoint(2, 0)); // too little to begin
-    release(block.handle.center() + QPoint(2, 0));
-    EXPECT_EQ(document().HistoryObject().Length(), 1);
+    release(block.handle.center() + QPoint(60, 0));
+    hands.drag(canvas(), block.handle.center(), block.handle.center() + QPoint(2, 0));
+    EXPECT_EQ(document().HistoryObject().Length(), 1); // too little to begin
+}
+
+TEST_F(LumoraWindow, AfterACutTheSegmentInTheGapIsSelected) {
+    for (int i = 0; i < 3; ++i)
+        press("Add");
+    hands.click(canvas(), pointOf(2));
+    hands.key(Qt::Key_X, Qt::ControlModifier); // held all the while
+    EXPECT_EQ(selected(), std::vector<int>{2});
+}
+
+TEST_F(LumoraWindow, WhatIsDoneToTheTracksFromTheTransmitterIsSeen) {
+    const auto& bottom = control().tracks.track(2); // which plays with the stick at 50
+    hands.click(canvas(), QPoint(20, canvas().height() - 20));
+    for (int i = 0; i < 5; ++i)
+        press("Add");
+    hands.click(canvas(), canvas().geometryOf(2, 2).block.topLeft() + QPoint(20, 10));
+    hands.key(Qt::Key_C, Qt::ControlModifier);
+    const auto onTransmitter = [&](Qt::Key key, Qt::KeyboardModifiers held, int tab, int selected) {
+        showTab(8);
+        hands.key(key, held);
+        EXPECT_EQ(control().TabStrip1.SelectedIndex(), tab) << key;
+        EXPECT_EQ(bottom.SelectedIndices(), std::vector<int>{selected}) << key;
+        EXPECT_TRUE(tab == 8 || canvas().rect().intersects(canvas().geometryOf(2, 2).block));
+    };
+    onTransmitter(Qt::Key_Delete, {}, 1, 2);
+    onTransmitter(Qt::Key_X, Qt::ControlModifier, 1, 2);
+    onTransmitter(Qt::Key_V, Qt::ControlModifier, 1, 3); // the same one, pushed to the right
+    onTransmitter(Qt::Key_C, Qt::ControlModifier, 8, 3); // does nothing to them
+    press("Insert");
+    EXPECT_EQ(control().TabStrip1.SelectedIndex(), 1);
+}
+
+TEST_F(LumoraWindow, AFileThatIsOpenedInTheSimulatorPlaysWithItsSettings) {
+    showTab(9);
+    form.OpenFile(desk.folder.file(
+        "a.lumora", "Lumora\t5\t5\t0\t2\nLumoraText\t1\tTurn Off Point\t0\t70\n"
+                    "LumoraText\t1\tTrip Point\t50\t90\nLumoraText\t2\tTrip Point\t50\t60\n"
+                    "LumoraText\t3\tLight Color\tFFFFFF\t10000FF\n"
+                    "LumoraTrackInsert\t3\t0\t1\t100\t1\n"));
+    EXPECT_EQ(control().simulator.SelectedTrack(1), nullptr); // 50 is below its turn-off point
+    EXPECT_EQ(control().simulator.SelectedTrack(2), &document().Channel(2, true));
+    control().simulatorControl.UpdateTimer.Fired.raise();
+    EXPECT_EQ(control().simulatorControl.light(3).color, KORgbValue(255, 0, 0));
+}
+
+TEST_F(LumoraWindow, TabWalksThroughTheSegmentsAndCtrlTabLeaves) {
+    press("Add");
+    press("Add");
+    hands.click(canvas(), pointOf(1));
+    for (const char* text : {"11", "0.5", "22", "0.6"}) {
+        hands.key(Qt::Key_Tab);
+        hands.type(text);
+    }
+    for (int i = 0; i < 3; ++i)
+        hands.key(Qt::Key_Tab);
+    hands.type("99"); // at the end of all: nothing takes it
+    EXPECT_EQ(QApplication::focusWidget(), &canvas());
+    const LumoraTrack& track = document().track(1);
+    EXPECT_EQ(track.GetTrack(1).brightness() * 100 + track.GetTrack(2).brightness(), 1122);
+    EXPECT_DOUBLE_EQ(track.GetTrack(1).time() + track.GetTrack(2).time(), 1.1);
+    EXPECT_EQ(document().Data(1, "Trip Point"), "50");
+    hands.key(Qt::Key_Backtab, Qt::ShiftModifier);
+    EXPECT_EQ(QApplication::focusWidget(), &canvas().timeBox());
+    press("Zoom In");
+    EXPECT_EQ(QApplication::focusWidget(), &canvas().timeBox());
+    hands.key(Qt::Key_Tab, Qt::ControlModifier);
+    EXPECT_EQ(QApplication::focusWidget()->accessibleName(), "Trip Point");
+}
+
+TEST_F(LumoraWindow, EachPartOfASegmentSaysWhatItIs) {
+    press("Add");
+    const BlockGeometry block = canvas().geometryOf(1, 1);
+    for (const auto& [at, text] :
+         {std::pair(pointOf(1), "Segment 1: 50 %, 1.00 s"),
+          std::pair(block.handle.center(), "Drag to change the time"),
+          std::pair(block.gradient.center(), "Drag to change the brightness")}) {
+        QHelpEvent help(QEvent::ToolTip, at, canvas().mapToGlobal(at));
+        QApplication::sendEvent(&canvas(), &help);
+        EXPECT_EQ(QToolTip::text(), text);
+    }
 }
 
 TEST_F(LumoraWindow, WhatIsTypedIsNotLostWhenSaving) {
@@ -140,16 +217,12 @@ TEST_F(LumoraWindow, WhatIsTypedIsNotLostWhenSaving) {
 TEST_F(LumoraWindow, ClicksSelectAndTheContextMenuActs) {
     for (int i = 0; i < 3; ++i)
         press("Add");
-    const auto at = [this](int index) {
-        return canvas().geometryOf(1, index).block.topLeft() + QPoint(20, 10);
-    };
-    QTest::mouseClick(&canvas(), Qt::LeftButton, {}, at(1));
-    QTest::mouseClick(&canvas(), Qt::LeftButton, Qt::ShiftModifier, at(2));
-    EXPECT_EQ(control().tracks.track(1).SelectedIndexCount(), 2);
-    QTest::mouseClick(&canvas(), Qt::LeftButton, Qt::ControlModifier, at(1));
-    EXPECT_EQ(control().tracks.track(1).SelectedIndices(), std::vector<int>{2});
-    QContextMenuEvent byKey(QContextMenuEvent::Keyboard, at(2), canvas().mapToGlobal(at(2)));
-    QApplication::sendEvent(&canvas(), &byKey);
+    hands.click(canvas(), pointOf(1));
+    hands.click(canvas(), pointOf(2), Qt::LeftButton, Qt::ShiftModifier);
+    EXPECT_EQ(selected(), (std::vector{1, 2}));
+    hands.click(canvas(), pointOf(1), Qt::LeftButton, Qt::ControlModifier);
+    EXPECT_EQ(selected(), std::vector<int>{2});
+    hands.click(canvas(), pointOf(2), Qt::RightButton);
     auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
     ASSERT_NE(menu, nullptr);
     QStringList captions;
@@ -159,7 +232,7 @@ TEST_F(LumoraWindow, ClicksSelectAndTheContextMenuActs) {
               (QStringList{"Change &Brightness...", "Change Ti&me...", "-", "&Function", "-",
                            "&Add", "&Insert", "&Delete", "-", "Cu&t", "&Copy", "&Paste"}));
     shoot(*menu, "segment-menu");
-    QTest::mouseClick(menu, Qt::LeftButton, {}, menu->actionGeometry(menu->actions()[7]).center());
+    hands.click(*menu, menu->actionGeometry(menu->actions()[7]).center());
     EXPECT_EQ(document().track(1).GetTrackCount(), 2);
     key(Qt::Key_Delete);
     EXPECT_EQ(document().track(1).GetTrackCount(), 1);
@@ -173,9 +246,7 @@ TEST_F(LumoraWindow, TheWheelScrollsAndZoomsAboutThePointer) {
     for (int i = 0; i < 12; ++i)
         press("Add");
     const auto turn = [this](Qt::KeyboardModifiers modifiers, int delta) {
-        QWheelEvent event(QPointF(200, 30), canvas().mapToGlobal(QPointF(200, 30)), {},
-                          QPoint(0, delta), {}, modifiers, Qt::NoScrollPhase, false);
-        QApplication::sendEvent(&canvas(), &event);
+        hands.turnWheel(canvas(), QPoint(200, 30), delta, modifiers);
     };
     const int offset = control().tracks.scrollOffset();
     turn({}, 120);
@@ -202,16 +273,10 @@ TEST_F(LumoraWindow, ADragOfAnEdgePaintsItsTrackAlone) {
         }
     } watch;
     const BlockGeometry block = canvas().geometryOf(1, 1);
-    QTest::mousePress(&canvas(), Qt::LeftButton, {}, block.handle.center());
-    QApplication::processEvents();
+    hands.press(canvas(), block.handle.center());
     canvas().installEventFilter(&watch);
-    for (int x = 4; x < 40; x += 4) {
-        const QPointF to = block.handle.center() + QPointF(x, 0);
-        QMouseEvent move(QEvent::MouseMove, to, canvas().mapToGlobal(to), Qt::NoButton,
-                         Qt::LeftButton, {});
-        QApplication::sendEvent(&canvas(), &move);
-        QApplication::processEvents();
-    }
+    for (int x = 4; x < 40; x += 4)
+        hands.moveTo(canvas(), block.handle.center() + QPoint(x, 0));
     const int top = control().tracks.TrackTop(2) / 15;
     EXPECT_FALSE(watch.painted.isEmpty());
     EXPECT_LT(watch.painted.boundingRect().bottom(), top);
@@ -242,8 +307,7 @@ TEST_F(LumoraWindow, ProgramsTheControllerAndSaysHowItWent) {
 }
 
 TEST_F(LumoraWindow, ThePictureOfTheModelIsDraggedUndoneSavedAndReopened) {
-    control().TabStrip1.select(9);
-    QApplication::processEvents();
+    showTab(9);
     SimulatorCanvas& canvas = view().simulator().canvas();
     const auto drop = [&](QPoint at, const char* file) {
         QMimeData data;
@@ -265,13 +329,7 @@ TEST_F(LumoraWindow, ThePictureOfTheModelIsDraggedUndoneSavedAndReopened) {
     EXPECT_EQ(simulator.light(2).width, 60);
     const QPoint from = middleOf(2);
     const QPoint to = from + QPoint(120, -60);
-    QTest::mousePress(&canvas, Qt::LeftButton, {}, from);
-    for (const QPoint& at : {from + QPoint(40, -20), to}) {
-        QMouseEvent move(QEvent::MouseMove, QPointF(at), canvas.mapToGlobal(QPointF(at)),
-                         Qt::NoButton, Qt::LeftButton, {});
-        QApplication::sendEvent(&canvas, &move);
-    }
-    QTest::mouseRelease(&canvas, Qt::LeftButton, {}, to);
+    hands.drag(canvas, from, to);
     EXPECT_EQ(middleOf(2), to);
     control().simulatorControl.setAutoUpdate(false); // so that pictures can be compared
     window.setFocus();
@@ -286,6 +344,18 @@ TEST_F(LumoraWindow, ThePictureOfTheModelIsDraggedUndoneSavedAndReopened) {
     EXPECT_NE(canvas.grab().toImage(), dragged);
     form.menu.mnuFileMRU.item(1).choose();
     EXPECT_EQ(canvas.grab().toImage(), dragged);
+    // A smaller picture leaves nothing of the larger one on the screen.
+    control().simulatorControl.setAutoUpdate(false);
+    const auto onScreen = [this] {
+        QApplication::processEvents();
+        return window.screen()->grabWindow(window.winId()).toImage();
+    };
+    control().simulatorControl.openMenu(2);
+    hands.key(Qt::Key_R); // Reset Picture
+    EXPECT_EQ(simulator.light(2).width, 25);
+    const QImage left = onScreen();
+    canvas.update();
+    EXPECT_EQ(onScreen(), left);
 }
 
 TEST_F(LumoraWindow, EveryControlHasAName) {
@@ -293,14 +363,7 @@ TEST_F(LumoraWindow, EveryControlHasAName) {
         control().TabStrip1.select(tab);
         control().AdvancedButton.press();
         QApplication::processEvents();
-        for (QWidget* widget : view().findChildren<QWidget*>()) {
-            if (!widget->isVisible() || widget->focusPolicy() == Qt::NoFocus)
-                continue;
-            const auto* button = qobject_cast<QAbstractButton*>(widget);
-            const bool named = !widget->accessibleName().isEmpty() ||
-                               (button != nullptr && !button->text().isEmpty());
-            EXPECT_TRUE(named) << widget->metaObject()->className() << " on tab " << tab;
-        }
+        expectNames();
     }
 }
 

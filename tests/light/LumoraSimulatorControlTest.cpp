@@ -91,7 +91,7 @@ TEST_F(SimulatorControl, PicturesComeFromFilesAndGoBack) {
                          desk.folder.file("c.bmp", "no picture"), "/nowhere.bmp"};
     canvas.mnuCanvasChangeBackground.choose();
     EXPECT_EQ(desk.person.asked.back().substr(0, 57),
-              "Change Picture: All Picture Files|*.bmp;*.gif;*.jpg;*.jpe");
+              "Change Picture: All Pictures|*.bmp;*.gif;*.jpg;*.jpeg;*.p");
     EXPECT_EQ(canvas.background().width, 2);
     EXPECT_EQ(canvas.background().left, 299);
     EXPECT_EQ(canvas.background().picture.pixels,
@@ -128,6 +128,19 @@ TEST_F(SimulatorControl, TheCanvasTakesAColour) {
         canvas.mnuCanvasSetBackgroundColor.choose();
     EXPECT_EQ(lines(), "LumoraText\t0\tSim Background Color\t240,240,240\t255,0,0\n");
     EXPECT_EQ(canvas.BackColor(), KORgbValue(255, 0, 0));
+}
+
+TEST_F(SimulatorControl, APictureIsSeenOnTheUntouchedCanvasAtAnyBrightness) {
+    add(1, false, 100, 1);
+    document.setData(1, "Sim Light Image", pictureText(plain(1, 1, 0xFFFFFFFF)));
+    const auto shown = [this] { return canvas.light(1).picture.pixels[0] & 0xFF; };
+    const unsigned ground = 240;
+    control.tripPoint.TripPointValue.type("0"); // dark
+    EXPECT_LT(shown(), ground - 100);
+    control.tripPoint.TripPointValue.type("80");
+    EXPECT_GT(shown(), ground);
+    document.setData(0, "Sim Background Color", "0,0,0"); // on which light is seen anyway
+    EXPECT_TRUE(canvas.light(1).lens.empty());
 }
 
 TEST_F(SimulatorControl, UnsoundTextsOfADocumentDoNoHarm) {
@@ -219,6 +232,12 @@ TEST(Images, GoThereAndBackAsTextAndRefuseWhatIsTooLarge) {
     const std::string wide = images.SaveImage();
     EXPECT_FALSE(images.LoadImage(wide));
     EXPECT_TRUE(images.GetImage().empty());
+    // A file that a person chooses is made to fit.
+    images.SetImage(plain(8192, 6, 0xFF336699));
+    const TemporaryFolder folder;
+    const auto chosen = images.DecodeFile(folder.file("wide.png", images.SavePng()));
+    ASSERT_TRUE(chosen);
+    EXPECT_EQ(*chosen, plain(4096, 3, 0xFF336699));
 }
 
 } // namespace

@@ -4,6 +4,7 @@
 #include "desktop/MainWindow.h"
 #include "desktop/QtDialogs.h"
 #include "support/Desk.h"
+#include "support/Hands.h"
 #include "support/Screen.h"
 
 #include <QFileDialog>
@@ -15,10 +16,9 @@
 
 namespace corvane {
 
-/// The real main window over a product's editor, with real events and real boxes.
-class ProductWindow : public testing::Test {
-  protected:
-    explicit ProductWindow(std::string_view vendor = "KO", RunModes modes = {.DebugMode = true})
+/// A desk with the real main window on it, and with real events and real boxes.
+struct ProductDesk {
+    explicit ProductDesk(std::string_view vendor = "KO", RunModes modes = {.DebugMode = true})
         : desk(modes, vendor) {}
 
     Desk desk;
@@ -33,6 +33,7 @@ class ProductWindow : public testing::Test {
     MainForm form{place, controls, application};
     LinkStatus status{desk.bench.link, desk.bench.products};
     MainWindow window{form, status};
+    Hands hands{window};
 
     void open(const std::string& file) {
         dialogs.setFolder(QString::fromStdString(desk.folder.path()));
@@ -46,6 +47,13 @@ class ProductWindow : public testing::Test {
     void openEmpty(const std::string& extension, const std::string& typeCode) {
         open(desk.folder.file("empty." + extension, typeCode + "\t0\t0\t0\t1\n"));
     }
+};
+
+/// The real main window over a product's editor.
+class ProductWindow : public testing::Test, protected ProductDesk {
+  protected:
+    using ProductDesk::ProductDesk;
+
     void press(const char* caption) {
         for (QPushButton* button : window.view()->findChildren<QPushButton*>())
             if (button->text() == caption)

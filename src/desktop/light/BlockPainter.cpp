@@ -6,6 +6,8 @@
 #include <QImage>
 #include <QPainter>
 
+#include <algorithm>
+
 namespace corvane {
 
 namespace {
@@ -22,38 +24,37 @@ QColor colorAt(const BlockLook& look, float t) {
                                look.level2, t));
 }
 
-QColor readableOn(const QColor& ground) {
-    return Theme::contrast(ground, Qt::white) >= Theme::contrast(ground, Qt::black) ? Qt::white
-                                                                                    : Qt::black;
-}
-
 } // namespace
 
 void BlockPainter::draw(const BlockGeometry& geometry, const BlockLook& look) {
+    painter_.save();
+    painter_.setClipRect(geometry.block, Qt::IntersectClip); // nothing stands over a neighbour
     drawLight(geometry, look);
     if (!geometry.handle.isEmpty())
         drawHandle(geometry);
     if (!geometry.panel.isEmpty())
         drawPanel(geometry, look);
-    if (!geometry.boxes)
-        drawValues(geometry, look);
     // A thin frame, so that neighbours of one colour can be told apart on any light.
     painter_.setPen(QColor(128, 128, 128));
     painter_.setBrush(Qt::NoBrush);
     if (geometry.block.width() > 2)
         painter_.drawRect(geometry.block.adjusted(0, 0, -1, -1));
-    if (look.marked) {
-        const QColor mark(255, 196, 0);
-        painter_.setPen(QPen(Qt::black, 5));
-        painter_.drawRect(geometry.block.adjusted(3, 3, -4, -4));
-        painter_.setPen(QPen(mark, 3));
-        painter_.drawRect(geometry.block.adjusted(3, 3, -4, -4));
-    }
-    if (look.focused) {
-        painter_.setPen(QPen(Qt::white, 1));
-        painter_.drawRect(geometry.block.adjusted(6, 6, -7, -7));
-        painter_.setPen(QPen(Qt::black, 1, Qt::DotLine));
-        painter_.drawRect(geometry.block.adjusted(6, 6, -7, -7));
+    if (look.marked)
+        drawFrame(geometry, 3, {QPen(Qt::black, 5), QPen(QColor(255, 196, 0), 3)});
+    if (look.focused)
+        drawFrame(geometry, 6, {QPen(Qt::white, 1), QPen(Qt::black, 1, Qt::DotLine)});
+    if (!geometry.boxes)
+        drawValues(geometry, look);
+    painter_.restore();
+}
+
+void BlockPainter::drawFrame(const BlockGeometry& geometry, int inset,
+                             std::initializer_list<QPen> pens) {
+    // In a narrow block it moves out to the edges.
+    const int side = std::clamp(geometry.block.width() / 2 - 3, 0, inset);
+    for (const QPen& pen : pens) {
+        painter_.setPen(pen);
+        painter_.drawRect(geometry.block.adjusted(side, inset, -side - 1, -inset - 1));
     }
 }
 
@@ -72,25 +73,35 @@ void BlockPainter::drawLight(const BlockGeometry& geometry, const BlockLook& loo
 }
 
 void BlockPainter::drawValues(const BlockGeometry& geometry, const BlockLook& look) {
-    const QRect room = geometry.block.adjusted(4, 3, -4 - geometry.handle.width(), -3);
     QFont small = font_;
     small.setPixelSize(10);
     const QFontMetrics metrics(small);
     painter_.setFont(small);
+    const QRect room = geometry.block.adjusted(1, 3, -1 - geometry.handle.width(), -3);
     // In a low track the gradient reaches up to where the values stand.
     const bool crowded =
         !geometry.panel.isEmpty() && geometry.panel.top() < room.top() + metrics.height();
     const int widest = crowded ? geometry.panel.left() - room.left() : room.width();
-    const auto draw = [&](Qt::Alignment side, const QString& text, float t) {
-        if (metrics.horizontalAdvance(text) > widest)
+    // On a plate of their own, so that they can be read on any light and over any frame. Where
+    // there is little room the unit is left out.
+    const auto draw = [&](bool atTop, const QString& number, const QString& unit) {
+        constexpr int beside = 2;
+        QString text = number + unit;
+        if (metrics.horizontalAdvance(text) + 2 * beside > widest)
+            text = number;
+        const int width = metrics.horizontalAdvance(text) + 2 * beside;
+        if (width > widest)
             return;
-        painter_.setPen(readableOn(colorAt(look, t)));
-        painter_.drawText(room, side | Qt::AlignLeft, text);
+        const int left = room.left() + std::min(7, widest - width);
+        const QRect plate(left, atTop ? room.top() + 4 : room.bottom() - 3 - metrics.height(),
+                          width, metrics.height());
+        painter_.fillRect(plate, QColor(24, 24, 26));
+        painter_.setPen(Qt::white);
+        painter_.drawText(plate, Qt::AlignCenter, text);
     };
-    const bool gradient = !look.element->functionCode().empty();
-    draw(Qt::AlignTop, look.brightness + "%", 0);
-    if (room.height() > 2 * metrics.height())
-        draw(Qt::AlignBottom, look.time + " s", gradient ? 1 : 0);
+    draw(true, look.brightness, "%");
+    if (room.height() > 2 * metrics.height() + 8)
+        draw(false, look.time, " s");
 }
 
 void BlockPainter::drawHandle(const BlockGeometry& geometry) {
@@ -118,15 +129,23 @@ void BlockPainter::drawPanel(const BlockGeometry& geometry, const BlockLook& loo
         drawField(geometry.brightness2, geometry.gradient, "Brightness2", look.brightness2);
     drawField(geometry.time, geometry.gradient, "Time (s)", look.time);
     if (!geometry.function.isEmpty()) {
-        QFont small = font_;
-        small.setPixelSize(9);
-        small.setBold(true);
-        painter_.setFont(small);
+        const std::string_view code = FunctionLabel(look.element->functionCode());
+        const QString label = QString::fromUtf8(code.data(), static_cast<qsizetype>(code.size()));
+        painter_.setFont(fitting(label, geometry.function.width()));
         painter_.setPen(palette_.color(QPalette::WindowText));
-        const std::string_view label = FunctionLabel(look.element->functionCode());
-        painter_.drawText(geometry.function, Qt::AlignCenter,
-                          QString::fromUtf8(label.data(), static_cast<qsizetype>(label.size())));
+        painter_.drawText(geometry.function, Qt::AlignCenter, label);
     }
+}
+
+/// Bold and small, and as much narrower as the text needs to fit.
+QFont BlockPainter::fitting(const QString& text, int width) const {
+    QFont font = font_;
+    font.setPixelSize(9);
+    font.setBold(true);
+    for (int stretch = 100; stretch > 60 && QFontMetrics(font).horizontalAdvance(text) > width;
+         stretch -= 5)
+        font.setStretch(stretch - 5);
+    return font;
 }
 
 void BlockPainter::drawGradientControl(const QRect& rect, const BlockLook& look) {

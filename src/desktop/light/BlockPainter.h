@@ -4,6 +4,9 @@
 
 #include <QFont>
 #include <QPalette>
+#include <QPen>
+
+#include <initializer_list>
 
 class QPainter;
 
@@ -31,6 +34,7 @@ class BlockPainter {
 
   private:
     void drawLight(const BlockGeometry& geometry, const BlockLook& look);
+    void drawFrame(const BlockGeometry& geometry, int inset, std::initializer_list<QPen> pens);
     /// The values as plain text, where there is no room for boxes.
     void drawValues(const BlockGeometry& geometry, const BlockLook& look);
     void drawHandle(const BlockGeometry& geometry);
@@ -38,6 +42,8 @@ class BlockPainter {
     void drawGradientControl(const QRect& rect, const BlockLook& look);
     void drawField(const QRect& rect, const QRect& panel, const QString& label,
                    const QString& text);
+
+    [[nodiscard]] QFont fitting(const QString& text, int width) const;
 
     QPainter& painter_;
     QFont font_;

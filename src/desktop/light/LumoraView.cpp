@@ -105,8 +105,8 @@ LumoraView::LumoraView(LumoraControl& control, QWidget* parent) : QWidget(parent
     layout->setSpacing(Theme::Spacing);
     layout->addWidget(tabs);
     layout->addLayout(middle, 1);
-    layout->addWidget(makeTools(control));
     layout->addWidget(makeOptions(control));
+    layout->addWidget(makeTools(control)); // at the bottom, so that it stays where it is
     auto* debugging = MakeRow(
         {MakeButton(control.DebugButton, this), MakeButton(control.DebugDisconnectButton, this)});
     debugging->addStretch();
@@ -123,8 +123,12 @@ QWidget* LumoraView::makeTools(LumoraControl& control) {
     for (Button* child : {&control.AddButton, &control.InsertButton, &control.DeleteButton})
         layout->addWidget(MakeToolButton(*child, tools));
     layout->addSpacing(2 * Theme::Spacing);
-    for (Button* child : {&control.ZoomInButton, &control.ZoomOutButton, &control.ZoomToFitButton})
-        layout->addWidget(MakeToolButton(*child, tools));
+    for (Button* child :
+         {&control.ZoomInButton, &control.ZoomOutButton, &control.ZoomToFitButton}) {
+        QPushButton* zoom = MakeToolButton(*child, tools);
+        zoom->setFocusPolicy(Qt::TabFocus); // a click leaves the focus in the tracks
+        layout->addWidget(zoom);
+    }
     layout->addStretch();
     layout->addWidget(MakeLabel(control.BlockCountLabel, tools));
     layout->addSpacing(Theme::Spacing);

@@ -43,7 +43,19 @@ QString fileIn(const QMimeData& data) {
 } // namespace
 
 SimulatorCanvas::SimulatorCanvas(LumoraSimulatorControl& control, QWidget* parent)
-    : QWidget(parent), control_(control) {
+    : QWidget(parent),
+      control_(control),
+      drag_(this, {.move = [this](QPoint point) { moveLight(point); },
+                   .drop =
+                       [this] {
+                           unsetCursor();
+                           control_.releaseLight(control_.draggedLight());
+                       },
+                   .giveUp =
+                       [this] {
+                           unsetCursor();
+                           control_.cancelDrag();
+                       }}) {
     setFocusPolicy(Qt::StrongFocus);
     setAttribute(Qt::WA_OpaquePaintEvent);
     setAcceptDrops(true);
@@ -52,8 +64,8 @@ SimulatorCanvas::SimulatorCanvas(LumoraSimulatorControl& control, QWidget* paren
     setAccessibleName("Picture of the model with its lights");
     const QColor face = palette().color(QPalette::Button);
     control.setButtonFace({face.red(), face.green(), face.blue()});
-    connections_.push_back(control.LightChanged.connect(
-        [this](int channel) { update(rectOf(control_.light(channel))); }));
+    connections_.push_back(
+        control.LightChanged.connect([this](int channel) { showLight(channel); }));
     connections_.push_back(control.CanvasChanged.connect([this] {
         background_ = control_.background().picture.empty()
                           ? QImage()
@@ -68,6 +80,13 @@ void SimulatorCanvas::paintEvent(QPaintEvent* event) {
     painter.fillRect(event->rect(), toQt(control_.BackColor()));
     if (!background_.isNull())
         painter.drawImage(rectOf(control_.background()).topLeft(), background_);
+    painter.setCompositionMode(QPainter::CompositionMode_Darken);
+    for (int channel = 1; channel <= LumoraDocument::ChannelCount; ++channel) {
+        const LumoraSimulatorControl::Patch& patch = control_.light(channel);
+        if (!patch.lens.empty() && rectOf(patch).intersects(event->rect()))
+            painter.drawImage(rectOf(patch).topLeft(), imageOf(patch.lens));
+    }
+    painter.setCompositionMode(QPainter::CompositionMode_SourceOver);
     for (int channel = 1; channel <= LumoraDocument::ChannelCount; ++channel) {
         const LumoraSimulatorControl::Patch& patch = control_.light(channel);
         const QRect rect = rectOf(patch);
@@ -101,29 +120,24 @@ void SimulatorCanvas::mousePressEvent(QMouseEvent* event) {
     } else if (event->button() == Qt::LeftButton && channel != 0) {
         const QPoint inside = event->pos() - rectOf(control_.light(channel)).topLeft();
         control_.pressLight(channel, inside.x(), inside.y());
+        drag_.begin();
         setCursor(Qt::ClosedHandCursor);
     }
 }
 
-void SimulatorCanvas::mouseMoveEvent(QMouseEvent* event) {
+void SimulatorCanvas::moveLight(QPoint point) {
     const int channel = control_.draggedLight();
     if (channel == 0)
         return;
-    const QPoint inside = event->pos() - rectOf(control_.light(channel)).topLeft();
+    const QPoint inside = point - rectOf(control_.light(channel)).topLeft();
     control_.moveLight(channel, inside.x(), inside.y());
 }
 
-void SimulatorCanvas::mouseReleaseEvent(QMouseEvent* event) {
-    if (event->button() != Qt::LeftButton)
-        return;
-    unsetCursor();
-    control_.releaseLight(control_.draggedLight());
-}
-
-void SimulatorCanvas::keyPressEvent(QKeyEvent* event) {
-    if (event->key() == Qt::Key_Escape && control_.draggedLight() != 0)
-        return control_.cancelDrag();
-    QWidget::keyPressEvent(event);
+void SimulatorCanvas::showLight(int channel) {
+    QRect& shown = shown_[static_cast<std::size_t>(channel) - 1];
+    update(shown); // where it was, however large it was
+    shown = rectOf(control_.light(channel));
+    update(shown);
 }
 
 void SimulatorCanvas::dragEnterEvent(QDragEnterEvent* event) {

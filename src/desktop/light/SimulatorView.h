@@ -1,5 +1,6 @@
 #pragma once
 
+#include "desktop/PointerDrag.h"
 #include "light/LumoraSimulatorControl.h"
 
 #include <QImage>
@@ -16,18 +17,19 @@ class SimulatorCanvas final : public QWidget {
     void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
-    void mouseMoveEvent(QMouseEvent* event) override;
-    void mouseReleaseEvent(QMouseEvent* event) override;
-    void keyPressEvent(QKeyEvent* event) override;
     void dragEnterEvent(QDragEnterEvent* event) override;
     void dropEvent(QDropEvent* event) override;
     bool event(QEvent* event) override;
 
   private:
     void showMenu(int channel);
+    void moveLight(QPoint point);
+    void showLight(int channel);
 
     LumoraSimulatorControl& control_;
+    PointerDrag drag_;
     QImage background_;
+    std::array<QRect, LumoraDocument::ChannelCount> shown_; // where each light was last
     std::vector<Connection> connections_;
 };
 

@@ -5,10 +5,13 @@
 #include "desktop/Theme.h"
 
 #include <QApplication>
+#include <QHelpEvent>
 #include <QLabel>
 #include <QMouseEvent>
 #include <QPainter>
+#include <QToolTip>
 
+#include <algorithm>
 #include <cmath>
 
 namespace corvane {
@@ -19,6 +22,12 @@ constexpr int TwipsPerPixel = LumoraScrollableTracks::TwipsPerPixel;
 const QColor SelectedTrack(128, 0, 0);
 const QColor OtherTrack(64, 0, 0);
 
+/// Ctrl+Tab, or with Shift the other way.
+bool isLeaving(const QKeyEvent& key) {
+    return (key.key() == Qt::Key_Tab || key.key() == Qt::Key_Backtab) &&
+           key.modifiers().testFlag(Qt::ControlModifier);
+}
+
 int toPixels(int twips) {
     return static_cast<int>(std::floor(static_cast<double>(twips) / TwipsPerPixel));
 }
@@ -26,7 +35,13 @@ int toPixels(int twips) {
 } // namespace
 
 TracksCanvas::TracksCanvas(LumoraControl& control, QWidget* parent)
-    : QWidget(parent), control_(control), tracks_(control.tracks), bubble_(new QLabel(this)) {
+    : QWidget(parent),
+      control_(control),
+      tracks_(control.tracks),
+      bubble_(new QLabel(this)),
+      pointer_(this, {.move = [this](QPoint point) { continueDrag(point); },
+                      .drop = [this] { endDrag(); },
+                      .giveUp = [this] { cancelDrag(); }}) {
     setFocusPolicy(Qt::StrongFocus);
     setMouseTracking(true);
     setMinimumSize(120, 80);
@@ -139,8 +154,8 @@ void TracksCanvas::paintEmptyTrack(QPainter& painter, int trackIndex, const QRec
     painter.drawText(rect, Qt::AlignCenter | Qt::TextWordWrap,
                      QString("Channel %1, %2\nPress Add to begin.")
                          .arg(LumoraDocument::channelOf(trackIndex))
-                         .arg(top ? "top track: plays above the trip point"
-                                  : "bottom track: plays at or below the trip point"));
+                         .arg(top ? "top track: plays at the trip point and above"
+                                  : "bottom track: plays below the trip point"));
 }
 
 BlockLook TracksCanvas::lookOf(const LumoraTrackEditor& track, int elementIndex) const {
@@ -168,6 +183,37 @@ BlockLook TracksCanvas::lookOf(const LumoraTrackEditor& track, int elementIndex)
 
 void TracksCanvas::resizeEvent(QResizeEvent*) {
     tracks_.Resize(width() * TwipsPerPixel, height() * TwipsPerPixel);
+}
+
+void TracksCanvas::showTip(const QHelpEvent& help) {
+    const Hit hit = hitAt(help.pos());
+    if (hit.element == 0)
+        return QToolTip::hideText();
+    const LumoraTrackElement& element = tracks_.track(hit.track).track().GetTrack(hit.element);
+    QString text;
+    QRect part = hit.geometry.block & rect();
+    if (hit.geometry.handle.contains(help.pos())) {
+        text = "Drag to change the time";
+        part = hit.geometry.handle;
+    } else if (hit.geometry.gradient.contains(help.pos())) {
+        text = "Drag to change the brightness";
+        part = hit.geometry.gradient;
+    } else if (hit.geometry.function.contains(help.pos())) {
+        text = "Click to choose a function";
+        part = hit.geometry.function;
+    } else {
+        const std::string_view function = FunctionLabel(element.functionCode());
+        text = QString("Segment %1: %2 %, %3 s")
+                   .arg(hit.element)
+                   .arg(element.brightness())
+                   .arg(QString::fromStdString(LumoraTrackElement::FormatTime(element.time())));
+        if (!function.empty())
+            text += QString("\n%1, from %2 %")
+                        .arg(QString::fromUtf8(function.data(),
+                                               static_cast<qsizetype>(function.size())))
+                        .arg(element.brightness2());
+    }
+    QToolTip::showText(help.globalPos(), text, this, part);
 }
 
 // The focus and the boxes
@@ -244,10 +290,11 @@ void TracksCanvas::focusInEvent(QFocusEvent* event) {
 }
 
 void TracksCanvas::focusOutEvent(QFocusEvent* event) {
+    atTheEnd_ = false;
     const bool forAWhile = event->reason() == Qt::PopupFocusReason ||
                            event->reason() == Qt::ActiveWindowFocusReason ||
                            event->reason() == Qt::MenuBarFocusReason;
-    if (!forAWhile && !hasFocusInside() && drag_ == Drag::None)
+    if (!forAWhile && !hasFocusInside())
         tracks_.loseFocus();
     update();
 }
@@ -255,6 +302,10 @@ void TracksCanvas::focusOutEvent(QFocusEvent* event) {
 bool TracksCanvas::eventFilter(QObject* watched, QEvent* event) {
     if (event->type() == QEvent::KeyPress) {
         const auto& key = dynamic_cast<QKeyEvent&>(*event);
+        if (isLeaving(key)) {
+            leave(key.key() == Qt::Key_Tab);
+            return true;
+        }
         if (key.key() == Qt::Key_Escape || key.key() == Qt::Key_Return ||
             key.key() == Qt::Key_Enter) {
             if (SegmentBlock* worked = block()) {
@@ -280,6 +331,63 @@ bool TracksCanvas::eventFilter(QObject* watched, QEvent* event) {
                 Qt::QueuedConnection);
     }
     return QWidget::eventFilter(watched, event);
+}
+
+bool TracksCanvas::focusNextPrevChild(bool next) {
+    return walk(next) || QWidget::focusNextPrevChild(next);
+}
+
+/// The boxes of the segment that is worked on, in their order.
+std::vector<Box*> TracksCanvas::boxesInUse() {
+    placeBoxes();
+    std::vector<Box*> boxes;
+    for (Box* box : {&brightness_, &brightness2_, &time_})
+        if (box->isVisibleTo(this))
+            boxes.push_back(box);
+    return boxes;
+}
+
+/// Tab: through the boxes of a segment, then on to the next one. False if there is none to walk on.
+bool TracksCanvas::walk(bool next) {
+    if (block() == nullptr)
+        return false;
+    std::vector<Box*> boxes = boxesInUse();
+    const auto at = std::find(boxes.begin(), boxes.end(), QApplication::focusWidget());
+    const auto focus = [next](Box& box) {
+        box.setFocus(next ? Qt::TabFocusReason : Qt::BacktabFocusReason);
+        box.selectAll();
+    };
+    if (!next && std::exchange(atTheEnd_, false) && !boxes.empty()) {
+        focus(*boxes.back());
+        return true;
+    }
+    if (next && at == boxes.end() && !boxes.empty() && !atTheEnd_) {
+        focus(*boxes.front());
+        return true;
+    }
+    if (at != boxes.end() && (next ? at + 1 != boxes.end() : at != boxes.begin())) {
+        focus(next ? **(at + 1) : **(at - 1));
+        return true;
+    }
+    const bool moved = tracks_.walkFocus(next ? 1 : -1);
+    boxes = boxesInUse();
+    atTheEnd_ = !moved && next;
+    if (moved && !boxes.empty())
+        focus(next ? *boxes.front() : *boxes.back());
+    else
+        setFocus(Qt::OtherFocusReason); // what is typed now changes nothing
+    return true;
+}
+
+/// To what comes behind the tracks, or before them.
+void TracksCanvas::leave(bool next) {
+    QWidget* to = this;
+    do {
+        to = next ? to->nextInFocusChain() : to->previousInFocusChain();
+    } while (to != this && (isAncestorOf(to) || !to->isVisible() || !to->isEnabled() ||
+                            (to->focusPolicy() & Qt::TabFocus) == 0));
+    if (to != this)
+        to->setFocus(next ? Qt::TabFocusReason : Qt::BacktabFocusReason);
 }
 
 void TracksCanvas::edit(Box& box) {

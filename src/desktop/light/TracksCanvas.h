@@ -1,11 +1,13 @@
 #pragma once
 
 #include "desktop/InputWidgets.h"
+#include "desktop/PointerDrag.h"
 #include "desktop/light/BlockPainter.h"
 #include "light/LumoraControl.h"
 
 #include <QWidget>
 
+class QHelpEvent;
 class QLabel;
 
 namespace corvane {
@@ -27,13 +29,13 @@ class TracksCanvas final : public QWidget {
     void resizeEvent(QResizeEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
-    void mouseReleaseEvent(QMouseEvent* event) override;
     void mouseDoubleClickEvent(QMouseEvent* event) override;
     void contextMenuEvent(QContextMenuEvent* event) override;
     void wheelEvent(QWheelEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void focusInEvent(QFocusEvent* event) override;
     void focusOutEvent(QFocusEvent* event) override;
+    bool focusNextPrevChild(bool next) override;
     bool eventFilter(QObject* watched, QEvent* event) override;
 
   private:
@@ -59,8 +61,12 @@ class TracksCanvas final : public QWidget {
     void cancelDrag();
     void showBubble(QPoint point, const QString& text);
     void showMenu(const Hit& hit, QPoint globalPoint);
+    void showTip(const QHelpEvent& help);
     void edit(Box& box);
     void editFocused();
+    [[nodiscard]] std::vector<Box*> boxesInUse();
+    [[nodiscard]] bool walk(bool next);
+    void leave(bool next);
     [[nodiscard]] SegmentBlock* block() const;
     [[nodiscard]] bool hasFocusInside() const;
 
@@ -71,12 +77,14 @@ class TracksCanvas final : public QWidget {
     Box time_{this};
     QLabel* bubble_;
     SegmentBlock* shown_ = nullptr; // the block that the boxes show
+    PointerDrag pointer_;
     Drag drag_ = Drag::None;
     bool dragMoves_ = false; // the pointer has moved far enough
     Hit dragged_;
     QPoint pressedAt_;
     int pressedX_ = 0; // from the handle, in twips
     double wheelSteps_ = 0;
+    bool atTheEnd_ = false; // Tab has come to the end of all segments
     std::vector<Connection> connections_;
 };
 

@@ -22,6 +22,7 @@ constexpr int ScrollPixels = 60;   // for one step of the wheel
 } // namespace
 
 void TracksCanvas::mousePressEvent(QMouseEvent* event) {
+    atTheEnd_ = false;
     if (event->button() != Qt::LeftButton)
         return;
     const Hit hit = hitAt(event->pos());
@@ -52,6 +53,7 @@ void TracksCanvas::startDrag(const Hit& hit, QPoint point) {
     const bool narrow = hit.geometry.handle.isEmpty();
     if (narrow || hit.geometry.handle.contains(point)) {
         drag_ = Drag::Width;
+        pointer_.begin();
         const LumoraTrackEditor& track = tracks_.track(hit.track);
         pressedX_ = point.x() * TwipsPerPixel + tracks_.scrollOffset() -
                     track.GetTrackLeft(hit.element) - track.GetTrackWidth(hit.element) +
@@ -61,14 +63,13 @@ void TracksCanvas::startDrag(const Hit& hit, QPoint point) {
                                    pressedX_);
     } else if (hit.geometry.gradient.contains(point)) {
         drag_ = Drag::Brightness;
+        pointer_.begin();
         dragMoves_ = true;
         continueDrag(point);
     }
 }
 
 void TracksCanvas::mouseMoveEvent(QMouseEvent* event) {
-    if (drag_ != Drag::None)
-        return continueDrag(event->pos());
     const Hit hit = hitAt(event->pos());
     const bool onHandle =
         hit.element != 0 && (hit.geometry.handle.isEmpty() ||
@@ -105,16 +106,9 @@ void TracksCanvas::continueDrag(QPoint point) {
                           .arg(total, 0, 'f', 2));
 }
 
-void TracksCanvas::mouseReleaseEvent(QMouseEvent* event) {
-    if (event->button() == Qt::LeftButton)
-        endDrag();
-}
-
 void TracksCanvas::endDrag() {
     const Drag ended = std::exchange(drag_, Drag::None);
     bubble_->hide();
-    if (ended == Drag::None)
-        return;
     if (SegmentBlock* worked = block()) {
         if (ended == Drag::Width)
             worked->endWidthDrag();
@@ -157,8 +151,6 @@ void TracksCanvas::showBubble(QPoint point, const QString& text) {
 // Menus
 
 void TracksCanvas::contextMenuEvent(QContextMenuEvent* event) {
-    if (drag_ != Drag::None)
-        return;
     if (event->reason() == QContextMenuEvent::Mouse)
         return showMenu(hitAt(event->pos()), event->globalPos());
     Hit hit;
@@ -219,11 +211,13 @@ void TracksCanvas::wheelEvent(QWheelEvent* event) {
 }
 
 void TracksCanvas::keyPressEvent(QKeyEvent* event) {
+    atTheEnd_ = false;
     switch (event->key()) {
     case Qt::Key_Escape:
-        if (drag_ != Drag::None)
-            return cancelDrag();
-        break;
+        return leave(true);
+    case Qt::Key_Tab:
+    case Qt::Key_Backtab: // with Ctrl, or they would not come here
+        return leave(event->key() == Qt::Key_Tab);
     case Qt::Key_Left:
         return tracks_.moveFocus(-1, 0);
     case Qt::Key_Right:
@@ -249,14 +243,12 @@ void TracksCanvas::keyPressEvent(QKeyEvent* event) {
 }
 
 bool TracksCanvas::event(QEvent* event) {
-    // Arrows and Escape are this canvas's own while it has the focus.
-    if (event->type() == QEvent::ShortcutOverride && drag_ != Drag::None &&
-        dynamic_cast<QKeyEvent&>(*event).key() == Qt::Key_Escape) {
-        event->accept();
+    if (event->type() == QEvent::PaletteChange) {
+        update();
+    } else if (event->type() == QEvent::ToolTip) {
+        showTip(dynamic_cast<QHelpEvent&>(*event));
         return true;
     }
-    if (event->type() == QEvent::PaletteChange)
-        update();
     return QWidget::event(event);
 }
 

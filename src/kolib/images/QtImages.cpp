@@ -11,7 +11,9 @@ namespace corvane {
 
 namespace {
 
-constexpr int AllocationLimit = 80; // MB, a little above the largest picture
+constexpr int AllocationLimit = 80;        // MB, a little above the largest picture
+constexpr int ChosenAllocationLimit = 512; // MB, for a picture that is going to be scaled down
+constexpr int LargestChosen = 32767;       // pixels in a direction
 constexpr qsizetype LongestText = qsizetype{100} * 1024 * 1024;
 constexpr auto Format = QImage::Format_ARGB32;
 
@@ -33,7 +35,7 @@ bool isWhole(const QByteArray& bytes, const QByteArray& format) {
 
 /// Reads what a device holds, once its header has promised a size that is not too large.
 QImage readFrom(QImageReader& reader) {
-    const QSize size = reader.size();
+    const QSize size = reader.scaledSize().isValid() ? reader.scaledSize() : reader.size();
     if (size.isValid() && (size.width() > KOImages::MaxSize || size.height() > KOImages::MaxSize))
         return {};
     reader.setAutoTransform(true);
@@ -165,6 +167,18 @@ void QtImages::MakeTransparentImage(const std::string& backgroundName, int x, in
     }
 }
 
+void QtImages::MakeLensImage(int r, int g, int b) {
+    constexpr int darkest = 200; // of 255, so that the ground still shows
+    for (int y = 0; y < current_.height(); ++y) {
+        // NOLINTNEXTLINE(*-reinterpret-cast): the pixels of a row are of this type
+        auto* row = reinterpret_cast<QRgb*>(current_.scanLine(y));
+        for (int x = 0; x < current_.width(); ++x) {
+            const int left = 255 - scaled(qAlpha(row[x]), darkest);
+            row[x] = qRgb(scaled(r, left), scaled(g, left), scaled(b, left));
+        }
+    }
+}
+
 std::optional<Picture> QtImages::DecodeFile(const std::string& path) {
     QFile file(QString::fromStdString(path));
     if (!file.open(QIODevice::ReadOnly) || file.size() > LongestText)
@@ -177,7 +191,16 @@ std::optional<Picture> QtImages::DecodeFile(const std::string& path) {
     static const QList<QByteArray> known{"bmp", "gif", "jpeg", "jpg", "png"};
     if (!known.contains(reader.format()) || !isWhole(buffer.data(), reader.format()))
         return std::nullopt;
+    // What a person chooses is made to fit; what a document holds has to.
+    const QSize size = reader.size();
+    if (size.width() > LargestChosen || size.height() > LargestChosen)
+        return std::nullopt;
+    if (size.width() > MaxSize || size.height() > MaxSize)
+        reader.setScaledSize(
+            size.scaled(MaxSize, MaxSize, Qt::KeepAspectRatio).expandedTo(QSize(1, 1)));
+    QImageReader::setAllocationLimit(ChosenAllocationLimit);
     const QImage image = readFrom(reader);
+    QImageReader::setAllocationLimit(AllocationLimit);
     if (image.isNull())
         return std::nullopt;
     const QImage kept = std::exchange(current_, image);

@@ -25,6 +25,7 @@ class QtImages final : public KOImages {
     void ColorizeImage(int r, int g, int b) override;
     void MakeTransparentImage(const std::string& backgroundName, int x, int y, int r, int g,
                               int b) override;
+    void MakeLensImage(int r, int g, int b) override;
     [[nodiscard]] std::optional<Picture> DecodeFile(const std::string& path) override;
 
   private:
