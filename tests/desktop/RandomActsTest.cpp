@@ -126,7 +126,7 @@ class RandomActs : public ProductWindow {
         const QImage shown = onScreen();
         for (QWidget* widget : window.findChildren<QWidget*>())
             widget->update();
-        return onScreen() == shown;
+        return !shown.isNull() && onScreen() == shown;
     }
     void closeWhatOpened() {
         while (QWidget* popup = QApplication::activePopupWidget())

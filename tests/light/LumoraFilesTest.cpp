@@ -140,7 +140,7 @@ TEST_F(LumoraFiles, TheExamplesOpenAndFitIntoTheController) {
 
 TEST_F(LumoraFiles, RandomDocumentsSurviveSavingOpeningUndoingAndRedoing) {
     const std::string path = desk.folder.path() / "d.lumora";
-    for (unsigned seed = 1; seed <= 500; ++seed) {
+    for (unsigned seed = 1; seed <= 200; ++seed) {
         desk.person.answers = {Answer::No};
         history.NewHistory();
         Random random(seed);
@@ -165,20 +165,6 @@ TEST_F(LumoraFiles, RandomDocumentsSurviveSavingOpeningUndoingAndRedoing) {
         ASSERT_EQ(stateOf(document), state) << seed;
         history.SaveHistory();
         ASSERT_EQ(desk.folder.content("d.lumora"), saved) << seed;
-    }
-}
-
-TEST_F(LumoraFiles, RedoAfterUndoAlwaysGivesTheSameState) {
-    Random random(4711);
-    for (int i = 0; i < 300; ++i) {
-        editAtRandom(document, random);
-        const std::string after = stateOf(document);
-        const int back = std::min(history.position(), 1 + random.below(5));
-        for (int step = 0; step < back; ++step)
-            history.Undo(true);
-        for (int step = 0; step < back; ++step)
-            history.Redo(true);
-        ASSERT_EQ(stateOf(document), after) << i;
     }
 }
 

@@ -5,6 +5,8 @@
 #include "desktop/InputWidgets.h"
 #include "desktop/Theme.h"
 
+#include <QAbstractButton>
+#include <QApplication>
 #include <QCheckBox>
 #include <QHBoxLayout>
 #include <QHelpEvent>
@@ -170,7 +172,10 @@ void SimulatorCanvas::showMenu(int channel) {
     auto* menu = new QMenu(this);
     menu->setAttribute(Qt::WA_DeleteOnClose);
     Bind(menu, control_.menuLayout(channel));
-    menu->popup(QCursor::pos());
+    // Below the button that was pressed, perhaps with a key; otherwise where the pointer is.
+    const auto* pressed = qobject_cast<QAbstractButton*>(QApplication::focusWidget());
+    const bool byButton = pressed != nullptr && parentWidget()->isAncestorOf(pressed);
+    menu->popup(byButton ? pressed->mapToGlobal(pressed->rect().bottomLeft()) : QCursor::pos());
 }
 
 SimulatorView::SimulatorView(LumoraSimulatorControl& control, QWidget* parent)
