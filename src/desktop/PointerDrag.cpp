@@ -4,6 +4,8 @@
 #include <QMouseEvent>
 #include <QWidget>
 
+#include <utility>
+
 namespace corvane {
 
 PointerDrag::PointerDrag(QWidget* widget, Acts acts) : QObject(widget), acts_(std::move(acts)) {
@@ -11,53 +13,37 @@ PointerDrag::PointerDrag(QWidget* widget, Acts acts) : QObject(widget), acts_(st
 }
 
 bool PointerDrag::eventFilter(QObject*, QEvent* event) {
-    switch (state_) {
-    case State::Running:
-        return whileRunning(*event);
-    case State::GivenUp:
-        return whileGivenUp(*event);
-    case State::Idle:
-        break;
-    }
-    return false;
-}
-
-bool PointerDrag::whileRunning(QEvent& event) {
-    switch (event.type()) {
-    case QEvent::MouseMove: {
-        const auto& move = dynamic_cast<QMouseEvent&>(event);
-        if (!move.buttons().testFlag(Qt::LeftButton)) {
-            giveUp(); // the release went elsewhere
-            state_ = State::Idle;
-            return false;
-        }
-        if (isOwn())
-            acts_.move(move.pos());
-        return isOwn();
-    }
+    if (state_ == State::Idle)
+        return false;
+    const bool running = state_ == State::Running;
+    switch (event->type()) {
+    case QEvent::MouseMove:
+        return moved(dynamic_cast<QMouseEvent&>(*event));
     case QEvent::MouseButtonPress:
     case QEvent::MouseButtonDblClick:
         giveUp();
-        if (dynamic_cast<QMouseEvent&>(event).button() != Qt::LeftButton)
+        if (dynamic_cast<QMouseEvent&>(*event).button() != Qt::LeftButton)
             return true;
         state_ = State::Idle;
         return false;
     case QEvent::MouseButtonRelease:
-        if (dynamic_cast<QMouseEvent&>(event).button() != Qt::LeftButton)
+        if (dynamic_cast<QMouseEvent&>(*event).button() != Qt::LeftButton)
             return true;
         state_ = State::Idle;
-        acts_.drop();
+        if (running)
+            acts_.drop();
         return isOwn();
-    case QEvent::KeyPress:
-        if (dynamic_cast<QKeyEvent&>(event).key() == Qt::Key_Escape)
-            giveUp();
-        return true;
-    case QEvent::ShortcutOverride:
-        event.accept(); // no command in the middle of a drag
-        return true;
     case QEvent::ContextMenu:
     case QEvent::Wheel:
         return true;
+    case QEvent::KeyPress:
+        if (dynamic_cast<QKeyEvent&>(*event).key() == Qt::Key_Escape)
+            giveUp();
+        return running;
+    case QEvent::ShortcutOverride:
+        if (running)
+            event->accept(); // no command in the middle of a drag
+        return running;
     case QEvent::FocusOut:
     case QEvent::Hide:
     case QEvent::WindowDeactivate:
@@ -68,35 +54,23 @@ bool PointerDrag::whileRunning(QEvent& event) {
     }
 }
 
-bool PointerDrag::whileGivenUp(QEvent& event) {
-    switch (event.type()) {
-    case QEvent::MouseMove:
-        if (dynamic_cast<QMouseEvent&>(event).buttons().testFlag(Qt::LeftButton))
-            return true;
+bool PointerDrag::moved(const QMouseEvent& move) {
+    if (!move.buttons().testFlag(Qt::LeftButton)) {
+        giveUp(); // the release went elsewhere
         state_ = State::Idle;
-        return false;
-    case QEvent::MouseButtonPress:
-    case QEvent::MouseButtonDblClick:
-        if (dynamic_cast<QMouseEvent&>(event).button() != Qt::LeftButton)
-            return true;
-        state_ = State::Idle;
-        return false;
-    case QEvent::MouseButtonRelease:
-        if (dynamic_cast<QMouseEvent&>(event).button() != Qt::LeftButton)
-            return true;
-        state_ = State::Idle;
-        return isOwn();
-    case QEvent::ContextMenu:
-    case QEvent::Wheel:
-        return true;
-    default:
         return false;
     }
+    if (state_ == State::GivenUp)
+        return true;
+    if (isOwn())
+        acts_.move(move.pos());
+    return isOwn();
 }
 
+/// Once.
 void PointerDrag::giveUp() {
-    state_ = State::GivenUp;
-    acts_.giveUp();
+    if (std::exchange(state_, State::GivenUp) == State::Running)
+        acts_.giveUp();
 }
 
 } // namespace corvane

@@ -5,6 +5,7 @@
 
 #include <functional>
 
+class QMouseEvent;
 class QWidget;
 
 namespace corvane {
@@ -33,8 +34,7 @@ class PointerDrag final : public QObject {
   private:
     enum class State { Idle, Running, GivenUp };
 
-    [[nodiscard]] bool whileRunning(QEvent& event);
-    [[nodiscard]] bool whileGivenUp(QEvent& event);
+    [[nodiscard]] bool moved(const QMouseEvent& move);
     void giveUp();
     [[nodiscard]] bool isOwn() const { return acts_.move != nullptr; }
 
