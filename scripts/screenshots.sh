@@ -64,7 +64,7 @@ for colours in light dark; do
   key Return
   awaitWindow '^Lumora$'
   clickAt 300 129
-  for _ in 1 2 3; do clickAt 31 432; done
+  for _ in 1 2 3; do clickAt 31 518; done
   picture segments
   crash "$pid"
   start "$bin/corvane"
@@ -74,7 +74,7 @@ for colours in light dark; do
 
   bench "$bin/corvane-bench" lumora-1.2
   open "$bin" police.lumora '^Lumora'
-  clickAt 277 489 # the advanced options
+  clickAt 277 457 # the advanced options
   clickAt 160 120
   picture light
   xdotool mousemove --window "$window" 350 190 click 3

@@ -9,7 +9,7 @@ source "$(dirname "${BASH_SOURCE[0]}")/support.sh"
 openScreen 1100x800
 newHome home
 # Where things are in a window of its first size.
-add=(31 432)
+add=(31 518)
 topTrack=(300 129)
 brightness=(281 129) # of the second segment
 simulatorTab=(683 37)
