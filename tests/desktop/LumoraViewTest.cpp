@@ -127,17 +127,23 @@ TEST_F(LumoraWindow, WhatIsDoneToTheTracksFromTheTransmitterIsSeen) {
         press("Add");
     hands.click(canvas(), canvas().geometryOf(2, 2).block.topLeft() + QPoint(20, 10));
     hands.key(Qt::Key_C, Qt::ControlModifier);
-    const auto onTransmitter = [&](Qt::Key key, Qt::KeyboardModifiers held, int tab, int selected) {
+    const auto onTransmitter = [&](const char* command, int tab, int selected) {
         showTab(8);
-        hands.key(key, held);
-        EXPECT_EQ(control().TabStrip1.SelectedIndex(), tab) << key;
-        EXPECT_EQ(bottom.SelectedIndices(), std::vector<int>{selected}) << key;
+        QMenuBar& bar = *window.menuBar();
+        hands.click(bar, bar.actionGeometry(bar.actions()[1]).center());
+        auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+        ASSERT_NE(menu, nullptr);
+        for (QAction* action : menu->actions())
+            if (action->text() == command)
+                hands.click(*menu, menu->actionGeometry(action).center());
+        EXPECT_EQ(control().TabStrip1.SelectedIndex(), tab) << command;
+        EXPECT_EQ(bottom.SelectedIndices(), std::vector<int>{selected}) << command;
         EXPECT_TRUE(tab == 8 || canvas().rect().intersects(canvas().geometryOf(2, 2).block));
     };
-    onTransmitter(Qt::Key_Delete, {}, 1, 2);
-    onTransmitter(Qt::Key_X, Qt::ControlModifier, 1, 2);
-    onTransmitter(Qt::Key_V, Qt::ControlModifier, 1, 3); // the same one, pushed to the right
-    onTransmitter(Qt::Key_C, Qt::ControlModifier, 8, 3); // does nothing to them
+    onTransmitter("&Delete", 1, 2);
+    onTransmitter("Cu&t", 1, 2);
+    onTransmitter("&Paste", 1, 3); // the same one, pushed to the right
+    onTransmitter("&Copy", 8, 3);  // does nothing to them
     press("Insert");
     EXPECT_EQ(control().TabStrip1.SelectedIndex(), 1);
 }
@@ -159,7 +165,7 @@ TEST_F(LumoraWindow, TabWalksThroughTheSegmentsAndCtrlTabLeaves) {
     press("Add");
     press("Add");
     hands.click(canvas(), pointOf(1));
-    for (const char* text : {"11", "0.5", "22", "0.6"}) {
+    for (const char* text : {"11", "0.9", "22", "0.9"}) {
         hands.key(Qt::Key_Tab);
         hands.type(text);
     }
@@ -169,7 +175,7 @@ TEST_F(LumoraWindow, TabWalksThroughTheSegmentsAndCtrlTabLeaves) {
     EXPECT_EQ(QApplication::focusWidget(), &canvas());
     const LumoraTrack& track = document().track(1);
     EXPECT_EQ(track.GetTrack(1).brightness() * 100 + track.GetTrack(2).brightness(), 1122);
-    EXPECT_DOUBLE_EQ(track.GetTrack(1).time() + track.GetTrack(2).time(), 1.1);
+    EXPECT_DOUBLE_EQ(track.GetTrack(1).time() + track.GetTrack(2).time(), 1.8);
     EXPECT_EQ(document().Data(1, "Trip Point"), "50");
     hands.key(Qt::Key_Backtab, Qt::ShiftModifier);
     EXPECT_EQ(QApplication::focusWidget(), &canvas().timeBox());

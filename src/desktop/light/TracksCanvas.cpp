@@ -229,6 +229,7 @@ bool TracksCanvas::hasFocusInside() const {
 }
 
 void TracksCanvas::followFocus() {
+    atTheEnd_ = false;
     if (tracks_.focusedTrack() != 0 && !hasFocusInside())
         setFocus(Qt::OtherFocusReason);
     placeBoxes();
@@ -257,8 +258,11 @@ void TracksCanvas::placeBoxes() {
         const bool shows = !rect.isEmpty() && this->rect().intersects(rect) && !dragging;
         if (shows)
             box.setGeometry(rect);
-        if (box.isVisibleTo(this) != shows)
-            box.setVisible(shows);
+        if (box.isVisibleTo(this) == shows)
+            return;
+        if (!shows && box.hasFocus())
+            setFocus(Qt::OtherFocusReason); // or it would walk on by itself
+        box.setVisible(shows);
     };
     place(brightness_, geometry.brightness);
     place(brightness2_, geometry.brightness2);
