@@ -1,9 +1,8 @@
 // Compiling a full program; programming a full image into a lumora-1.2 at 250 000 baud without a
 // write time as a ratio to the time that its bytes take on the wire (aim: below 1.5), and with 4 ms
 // a byte as a ratio to 255 times 4 ms (aim: below 1.2).
-#include "eeprom/GenericEEPROMProgrammer.h"
 #include "light/LumoraImage.h"
-#include "support/Measure.h"
+#include "support/LinkWork.h"
 #include "support/OneCore.h"
 #include "support/VirtualProduct.h"
 
@@ -26,33 +25,13 @@ KOBuffer fullImage() {
     return compiler.image();
 }
 
-/// Median milliseconds for writing and verifying an image, and the bytes that passed meanwhile.
-struct Programmed {
-    double milliseconds = 0;
-    double wireBytes = 0;
-};
-
 Programmed programInto(int baud, std::chrono::microseconds writeTime) {
     const VirtualProduct controller("lumora-1.2", baud, writeTime);
     const SystemClock clock;
     EmptyDesk desk("KO", VirtualLinks(clock));
-    KOCommLink& link = desk.link;
-    GenericEEPROMProgrammer programmer(desk.place);
-    const Connection onPacket = link.PacketReceived.connect(
-        [&](const KOPacket& packet) { programmer.ProcessPacket(packet); });
-    if (!link.Connect(link.Class(), true))
+    if (!desk.link.Connect(desk.link.Class(), true))
         std::abort();
-    programmer.setUCBufferSize(64);
-    const KOBuffer image = fullImage();
-    std::vector<double> times;
-    constexpr int repeats = 5;
-    desk.bytesOnTheWire = 0;
-    for (int i = 0; i < repeats; ++i)
-        times.push_back(milliseconds([&] {
-            if (!programmer.WriteEEPROM(0, image))
-                std::abort();
-        }));
-    return {medianOf(times), static_cast<double>(desk.bytesOnTheWire) / repeats};
+    return programOver(desk, fullImage());
 }
 
 } // namespace

@@ -68,10 +68,6 @@ struct Bench {
     EmptyDesk desk;
     QuillonControl control;
     QuillonTransfer transfer{desk.place};
-    Connection onPacket = desk.link.PacketReceived.connect([this](const KOPacket& packet) {
-        control.ProcessPacket(packet);
-        transfer.ProcessPacket(packet);
-    });
     Connection onBlock = transfer.BlockReceived.connect(
         [this](std::uint8_t value) { static_cast<void>(control.slot(0).program.append(value)); });
 };

@@ -5,8 +5,9 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace corvane;
-    if (const auto keys = ParseSettings(std::string(data, data + size)))
-        if (ParseSettings(WriteSettings(*keys)) != keys)
-            std::abort();
+    const auto read = ParseSettings(std::string(data, data + size));
+    if (const auto again = ParseSettings(WriteSettings(read.keys));
+        again.damaged || again.keys != read.keys)
+        std::abort();
     return 0;
 }

@@ -16,7 +16,7 @@ struct EmptyDesk {
     using Sources = std::vector<std::unique_ptr<LinkSource>>;
 
     explicit EmptyDesk(std::string_view vendor = "KO", Sources sources = {})
-        : device(std::move(sources), packets, debug), products(vendor, debug) {}
+        : device(std::move(sources), packets, debug, clock), products(vendor, debug) {}
 
     struct DevicePause final : Pause {
         explicit DevicePause(KODevice& openDevice) : device(openDevice) {}

@@ -97,9 +97,11 @@ int main(int argc, char** argv) {
     app.add_option("--size", setup.eepromSize, "Bytes of memory that the product 'eeprom' has")
         ->check(CLI::Range(1, 65536))
         ->capture_default_str();
-    app.add_option("--misbehave", setup.misbehaviour,
-                   "What a quillon does wrong: wrong-slot, wrong-offset, too-short, too-long, or "
-                   "silent=CHANNEL for a request from 178 to 184 that it does not answer");
+    app.add_option(
+        "--misbehave", setup.misbehaviour,
+        "What a quillon does wrong: wrong-slot, wrong-offset, too-short, too-long, or "
+        "silent=CHANNEL for a request from 178 to 184 that it does not answer; or what an "
+        "eeprom does wrong when it is read: too-short, too-long, wrong-kind");
     app.add_option("--write-time", writeTime, "Milliseconds that writing one EEPROM byte takes")
         ->check(CLI::Range(0.0, 1000.0))
         ->capture_default_str();

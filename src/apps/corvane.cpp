@@ -3,13 +3,16 @@
 #include "apps/support/UpdateSettings.h"
 #include "desktop/EventLoop.h"
 #include "desktop/InstanceDoor.h"
+#include "desktop/LinkWatch.h"
 #include "desktop/MainWindow.h"
 #include "desktop/QtDialogs.h"
 #include "desktop/SystemColors.h"
 #include "shell/Startup.h"
+#include "shell/WindowSizes.h"
 #include "system/UserFolders.h"
 #include "update/SoftwareUpdateBand.h"
 
+#include <iostream>
 #include <thread>
 
 namespace {
@@ -32,6 +35,18 @@ std::string activationToken() {
     return token == nullptr ? "" : token;
 }
 
+/// A desktop shows that a program starts until the program shows a window, and the window of
+/// another start does not count. So one is shown for a moment, where nobody sees it.
+void endStartupNotice(int argc, char** argv) {
+    if (std::getenv("DESKTOP_STARTUP_ID") == nullptr)
+        return;
+    const DesktopApplication desktop(argc, argv);
+    QWidget notice(nullptr, Qt::ToolTip);
+    notice.setGeometry(-2, -2, 1, 1);
+    notice.show();
+    QApplication::processEvents();
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
@@ -39,14 +54,20 @@ int main(int argc, char** argv) {
     for (int i = 1; i < argc; ++i)
         (commandLine += i > 1 ? " " : "") += argv[i];
     const Launch launch = ReadCommandLine(commandLine);
+    if (!launch.toTell.empty()) {
+        std::cout << launch.toTell;
+        return 0;
+    }
     if (launch.registerOnly)
         return registerOnly(launch.modes);
 
     InstanceChannel channel(RuntimeFolder());
     if (channel.EarlierInstanceRuns() &&
         HandOver(channel, launch.fileToOpen, activationToken(),
-                 [](std::chrono::milliseconds time) { std::this_thread::sleep_for(time); }))
+                 [](std::chrono::milliseconds time) { std::this_thread::sleep_for(time); })) {
+        endStartupNotice(argc, argv);
         return 0;
+    }
 
     DesktopApplication desktop(argc, argv);
     FollowSystemColors();
@@ -61,11 +82,18 @@ int main(int argc, char** argv) {
     const QtKeyboard keyboard;
     const ProductControls controls(place, keyboard);
     Application application(program.programs, dialogs);
-    QtUpdates updates(OwnUpdateSource());
+    const UpdateSource source = OwnUpdateSource();
+    QtUpdates updates(source);
     SoftwareUpdateBand band(updates, program.registry, program.clock);
     MainForm form(place, controls, application);
     form.setBand(band);
-    LinkStatus status(program.link, program.products);
+    if (source.url.empty())
+        form.setNoUpdates();
+    SettingsStore windows(StateFolder() / "windows", program.files);
+    WindowSizes sizes(windows);
+    form.setWindowSizes(sizes);
+    LinkStatus status(program.link);
+    const LinkWatch watch(program.link, program.device);
     MainWindow window(form, status);
     window.setBand(band);
     dialogs.setParent(&window);
@@ -74,8 +102,14 @@ int main(int argc, char** argv) {
         door.close();
         RegisterFileTypes(program.products, program.settings, program.files);
     });
+    bool ended = false;
+    const Connection onClosed = form.Closed.connect([&ended] {
+        ended = true;
+        QCoreApplication::exit();
+    });
+    const Connection onTick = form.tmrUpdate.Fired.connect([&] { program.leaveIfAsked(); });
     // The window first: a file that can't be opened is told over it.
     window.show();
     form.Initialize(launch.fileToOpen);
-    return form.control() == nullptr ? 0 : DesktopApplication::exec();
+    return ended || form.control() == nullptr ? 0 : DesktopApplication::exec();
 }

@@ -6,6 +6,8 @@
 #include "apps/support/PickedDevice.h"
 #include "apps/support/PlayCommand.h"
 #include "apps/support/Program.h"
+#include "apps/support/SafeOutput.h"
+#include "base/Assert.h"
 #include "base/Product.h"
 #include "system/File.h"
 
@@ -19,7 +21,7 @@ namespace {
 using namespace corvane;
 
 struct Options {
-    std::optional<int> device;
+    DevicePick pick;
     bool debug = false;
 };
 
@@ -41,10 +43,10 @@ class Session {
 
   private:
     static Program::DeviceDoor doorFor(const Options& options) {
-        if (!options.device)
+        if (options.pick.any())
             return {};
-        return [index = *options.device](KODevice& devices) {
-            return std::make_unique<PickedDevice>(devices, index);
+        return [pick = options.pick](KODevice& devices) {
+            return std::make_unique<PickedDevice>(devices, pick);
         };
     }
 
@@ -60,31 +62,38 @@ int compileFile(Program& program, const std::string& file, bool older, const std
     return CompileLight(program, file, older, out, answer);
 }
 
-int programFile(Program& program, const std::string& file, std::optional<bool> answer) {
+int programFile(Program& program, const std::string& file, std::optional<bool> answer,
+                std::size_t slot) {
     const std::string product = classOf(program, file);
     if (product == "Corvane.PactorControl")
         return ProgramRelay(program, file);
     if (product == "Corvane.EEPROMEditorControl")
         return ProgramEEPROM(program, file, answer);
+    if (product == "Corvane.QuillonControl")
+        return ProgramQuillon(program, file, slot);
     return ProgramLight(program, file, answer);
 }
 
 int listDevices(const Options& options) {
     constexpr std::int32_t answerTime = 1000; // ms
-    Session session(options);
+    Session session({.pick = {}, .debug = options.debug});
     Program& program = session.program();
     const std::uint32_t start = program.clock.now();
     do {
         program.device.EnumerateDevices();
-        program.device.WaitForData(1);
+        program.pause();
     } while (program.device.EnumerationPending() &&
              TimeDiff(program.clock.now(), start) < answerTime);
     program.device.EnumerateDevices();
     for (int index = 0; index < program.device.GetDeviceCount(); ++index) {
+        if (!options.pick.fits(program.device, index))
+            continue;
         const DeviceInfo info = program.device.GetDeviceInfo(index);
-        std::cout << options.device.value_or(index) << '\t' << info.Description << '\t'
-                  << info.Manufacturer << '\t' << info.ManufacturerID << '\t' << info.SerialNumber
-                  << '\n';
+        std::cout << index;
+        for (const std::string* text :
+             {&info.Description, &info.Manufacturer, &info.ManufacturerID, &info.SerialNumber})
+            std::cout << '\t' << InOneField(*text);
+        std::cout << '\n';
     }
     return ExitStatus::Done;
 }
@@ -92,22 +101,23 @@ int listDevices(const Options& options) {
 int identify(const Options& options) {
     Session session(options);
     Program& program = session.program();
-    KOCommLink& link = program.link;
-    if (const std::string problem = ConnectAny(program); !problem.empty())
-        return Fail(problem);
-    const KOProductProfile* product = program.products.ByDeviceType(link.deviceType());
-    const std::string type = link.deviceType().ToString();
-    const std::string firmware = link.firmwareVersion().ToString();
-    link.DisconnectAndBlock(false);
-    if (product == nullptr)
+    const JobOutcome reached = ReachAny(program);
+    const AttachedProduct product = program.link.Product();
+    program.link.DisconnectAndBlock(false);
+    if (!reached.done())
+        return Report(reached);
+    if (product.profile == nullptr)
         return Fail("Unrecognized product.");
-    std::cout << product->Name << '\t' << type << '\t' << firmware << '\n';
+    std::cout << product.profile->Name << '\t' << product.deviceType.ToString() << '\t'
+              << product.firmwareVersion.ToString() << '\n';
     return ExitStatus::Done;
 }
 
 } // namespace
 
 int main(int argc, char** argv) {
+    const SafeOutput output(std::cout);
+    const SafeOutput errors(std::cerr);
     Options options;
     int result = ExitStatus::Done;
     std::string file;
@@ -118,6 +128,7 @@ int main(int argc, char** argv) {
     bool no = false;
     int address = 0;
     int length = 0;
+    std::size_t slot = 1;
     std::vector<int> bytes;
 
     CLI::App app("Works with Corvane links and the products behind them, for scripts and "
@@ -125,8 +136,10 @@ int main(int argc, char** argv) {
     app.set_version_flag("--version", std::string("corvanectl ") + ProgramVersion);
     app.require_subcommand(1);
     app.fallthrough();
-    app.add_option("--device", options.device, "Index of the link to use, as 'devices' lists it")
+    app.add_option("--device", options.pick.index,
+                   "Index of the link to use, as 'devices' lists it")
         ->check(CLI::NonNegativeNumber);
+    app.add_option("--serial", options.pick.serial, "Serial number of the link to use");
     app.add_flag("--debug", options.debug, "Write the log of the link to the error output");
     app.footer("Exit status: 0 done, 1 failed with the reason on the error output, 2 wrong usage.");
 
@@ -179,9 +192,12 @@ int main(int argc, char** argv) {
     CLI::App* programming =
         app.add_subcommand("program", "Put a document into the product on the link, and verify it");
     programming->add_option("FILE", file)->required();
+    programming->add_option("--slot", slot, "Which program of a Quillon it becomes")
+        ->check(CLI::Range(1, 2))
+        ->capture_default_str();
     addAnswers(programming);
     programming->callback(
-        [&] { result = programFile(Session(options).program(), file, answer()); });
+        [&] { result = programFile(Session(options).program(), file, answer(), slot - 1); });
     CLI::App* readingSettings =
         app.add_subcommand("read-settings", "Read the product on the link into a document");
     readingSettings->require_subcommand(1);
@@ -231,6 +247,9 @@ int main(int argc, char** argv) {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
         return app.exit(error) == 0 ? ExitStatus::Done : ExitStatus::WrongUsage;
+    } catch (const AssertionFailed& failure) {
+        // Caught so that the link is let go on this way out as well.
+        return Fail(failure.what());
     }
     return result;
 }

@@ -39,6 +39,27 @@ void Eeprom::write(std::size_t address, std::uint8_t value) {
     }
 }
 
+std::optional<EepromService::Fault> EepromService::parse(std::string_view text) {
+    if (text.empty())
+        return Fault::None;
+    if (text == "too-short")
+        return Fault::TooShort;
+    if (text == "too-long")
+        return Fault::TooLong;
+    return text == "wrong-kind" ? std::optional(Fault::WrongKind) : std::nullopt;
+}
+
+void EepromService::answerRead(const Request& request, Reply& reply) const {
+    Bytes bytes;
+    for (std::size_t i = 0; i < request.count; ++i)
+        bytes.push_back(eeprom_.at(request.address + i));
+    if (fault_ == Fault::TooShort && !bytes.empty())
+        bytes.pop_back();
+    if (fault_ == Fault::TooLong && bytes.size() < wire::MaxDataLength)
+        bytes.push_back(99);
+    reply.send(fault_ == Fault::WrongKind ? WriteReply : ReadReply, bytes);
+}
+
 bool EepromService::packet(std::uint8_t channel, ByteView data, Time now, Reply& reply) {
     if (channel != ReadChannel && channel != WriteChannel)
         return false;
@@ -66,12 +87,15 @@ std::optional<Time> EepromService::nextTick() const {
     return requests_.empty() ? std::nullopt : requests_.front().due;
 }
 
+void EepromService::answerNobody() {
+    std::erase_if(requests_, [](const Request& request) { return !request.write; });
+    for (Request& request : requests_)
+        request.answered = false;
+}
+
 bool EepromService::work(Request& request, Time now, Reply& reply) {
     if (!request.write) {
-        Bytes bytes;
-        for (std::size_t i = 0; i < request.count; ++i)
-            bytes.push_back(eeprom_.at(request.address + i));
-        reply.send(ReadReply, bytes);
+        answerRead(request, reply);
         return true;
     }
     if (!request.due)
@@ -83,7 +107,8 @@ bool EepromService::work(Request& request, Time now, Reply& reply) {
         ++request.count;
         *request.due += writeTime_;
     }
-    reply.send(WriteReply, {});
+    if (request.answered)
+        reply.send(WriteReply, {});
     return true;
 }
 

@@ -37,8 +37,15 @@ class EepromService {
     static constexpr std::uint8_t ReadChannel = 208;
     static constexpr std::uint8_t WriteChannel = 209;
 
-    EepromService(Eeprom& eeprom, Time writeTimePerByte)
-        : eeprom_(eeprom), writeTime_(writeTimePerByte) {}
+    /// What it may do wrong when it answers a read.
+    enum class Fault { None, TooShort, TooLong, WrongKind };
+
+    /// Reads "too-short", "too-long" or "wrong-kind"; empty text for none. Nothing for anything
+    /// else.
+    [[nodiscard]] static std::optional<Fault> parse(std::string_view text);
+
+    EepromService(Eeprom& eeprom, Time writeTimePerByte, Fault fault = Fault::None)
+        : eeprom_(eeprom), writeTime_(writeTimePerByte), fault_(fault) {}
 
     /// True if the packet is one of these requests.
     [[nodiscard]] bool packet(std::uint8_t channel, ByteView data, Time now, Reply& reply);
@@ -46,6 +53,8 @@ class EepromService {
     [[nodiscard]] std::optional<Time> nextTick() const;
     /// Drops all requests; what a write has done so far stays.
     void powerOff() { requests_.clear(); }
+    /// Goes on with the writes, and answers none of the requests so far.
+    void answerNobody();
 
   private:
     struct Request {
@@ -54,12 +63,15 @@ class EepromService {
         Bytes data;              // to write
         std::size_t count = 0;   // to read, or written so far
         std::optional<Time> due; // of the next byte written
+        bool answered = true;
     };
 
     bool work(Request& request, Time now, Reply& reply);
+    void answerRead(const Request& request, Reply& reply) const;
 
     Eeprom& eeprom_;
     Time writeTime_;
+    Fault fault_;
     std::deque<Request> requests_;
 };
 

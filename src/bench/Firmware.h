@@ -47,6 +47,8 @@ class Firmware {
     [[nodiscard]] virtual Identity identity() const = 0;
     /// The power has come: nothing of what was under way is left.
     virtual void powerOn(Time now) = 0;
+    /// A computer has said hello: whoever has asked before is not there to be answered.
+    virtual void sessionBegins() {}
     virtual void packet(std::uint8_t channel, ByteView data, Time now, Reply& reply) = 0;
     /// Goes on with what takes time.
     virtual void tick(Time now, Reply& reply) = 0;

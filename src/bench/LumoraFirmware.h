@@ -52,6 +52,7 @@ class NewerLumora final : public LumoraFirmware {
         : LumoraFirmware(identity, EepromSize), service_(memory(), writeTime) {}
 
     void powerOn(Time now) override;
+    void sessionBegins() override { service_.answerNobody(); }
     void packet(std::uint8_t channel, ByteView data, Time now, Reply& reply) override;
     void tick(Time now, Reply& reply) override { service_.tick(now, reply); }
     [[nodiscard]] std::optional<Time> nextTick() const override { return service_.nextTick(); }

@@ -75,6 +75,7 @@ void ProductSession::startSession(std::uint8_t hello) {
     inSession_ = true;
     leaving_ = false;
     lastSent_ = now_;
+    firmware_.sessionBegins();
     transmit_(wire::encodeFrame({wire::FrameType::Echo, hello, 0, {}}));
     const Identity id = firmware_.identity();
     const auto sum = static_cast<std::uint8_t>(id.deviceMajor + id.deviceMinor + id.firmwareMajor +

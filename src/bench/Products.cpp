@@ -75,10 +75,16 @@ std::optional<Bench> makeBench(std::string_view product, const Setup& setup, std
     if (row->name.starts_with("pactor"))
         return withMemory(std::make_unique<PactorFirmware>(identity, setup.writeTime), setup,
                           error);
-    if (row->name == "eeprom")
+    if (row->name == "eeprom") {
+        const auto fault = EepromService::parse(setup.misbehaviour);
+        if (!fault) {
+            error = "'" + setup.misbehaviour + "' is nothing that an eeprom does wrong.";
+            return std::nullopt;
+        }
         return withMemory(
-            std::make_unique<MemoryFirmware>(identity, setup.eepromSize, setup.writeTime), setup,
-            error);
+            std::make_unique<MemoryFirmware>(identity, setup.eepromSize, setup.writeTime, *fault),
+            setup, error);
+    }
     const auto misbehaviour = QuillonFirmware::parse(setup.misbehaviour);
     if (!misbehaviour) {
         error = "'" + setup.misbehaviour + "' is nothing that a quillon does wrong.";

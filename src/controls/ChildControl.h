@@ -15,16 +15,19 @@ class ChildControl {
 
     [[nodiscard]] bool Visible() const { return visible_; }
     void setVisible(bool visible) { assign(visible_, visible); }
-    [[nodiscard]] bool Enabled() const { return enabled_; }
+    [[nodiscard]] bool Enabled() const { return enabled_ && !held_; }
     void setEnabled(bool enabled) { assign(enabled_, enabled); }
     /// Enables it, or disables it and says why.
     void setEnabled(bool enabled, const std::string& whyNot) {
         assign(whyNot_, enabled ? std::string() : whyNot);
         setEnabled(enabled);
     }
+    /// Disables it for a while, whatever else is said of it meanwhile.
+    void setHeld(bool held) { assign(held_, held); }
     /// What it does, or why it can't be used now.
     [[nodiscard]] const std::string& ToolTipText() const {
-        return enabled_ || whyNot_.empty() ? toolTip_ : whyNot_;
+        static const std::string wait = "Wait until the job that is running has ended.";
+        return held_ ? wait : enabled_ || whyNot_.empty() ? toolTip_ : whyNot_;
     }
     void setToolTipText(const std::string& text) { assign(toolTip_, text); }
 
@@ -48,6 +51,7 @@ class ChildControl {
   private:
     bool visible_ = true;
     bool enabled_ = true;
+    bool held_ = false;
     std::string toolTip_;
     std::string whyNot_;
 };

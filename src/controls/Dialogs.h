@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/Event.h"
+
 #include <optional>
 #include <string>
 #include <utility>
@@ -41,9 +43,11 @@ class Dialogs {
     /// `filter` in the form "Name (*.x)|*.x|Other (*.y)|*.y". The file exists.
     [[nodiscard]] virtual std::optional<std::string> OpenFile(const std::string& filter,
                                                               const std::string& title) = 0;
-    /// The folder exists, and the person has agreed to replace a file that does.
+    /// The folder exists. The file may exist too: whoever asks for a name asks before replacing it.
     [[nodiscard]] virtual std::optional<std::string> SaveFile(const std::string& filter,
                                                               const std::string& initialName) = 0;
+    /// A question about the name that a file dialog has just given.
+    virtual Answer AskAboutName(const MessageBox& box) { return Message(box); }
     /// Colours are RGB values with red in the low byte.
     [[nodiscard]] virtual std::optional<int> PickColor(int initial, const std::string& title) = 0;
     [[nodiscard]] virtual std::optional<std::string>
@@ -57,11 +61,44 @@ class Dialogs {
     }
 };
 
-/// The pointer that tells that the program is busy.
+/// The pointer that tells that the program is busy, and whether a job is what it is busy with.
 class BusyPointer {
   public:
     virtual ~BusyPointer() = default;
     virtual void set(bool busy) = 0;
+
+    /// A job has begun, or the last one has ended.
+    Event<> JobChanged;
+    /// The last job has ended, and whoever heard of that is done with it.
+    Event<> JobsOver;
+    [[nodiscard]] bool JobRuns() const { return jobs_ > 0; }
+
+  private:
+    friend class JobScope;
+    int jobs_ = 0;
+};
+
+/// A job that blocks the program lasts as long as its scope. Meanwhile nothing else can be begun,
+/// and what a person does is thrown away; only questions of the job are answered.
+class JobScope {
+  public:
+    explicit JobScope(BusyPointer& pointer) : pointer_(pointer) { change(1); }
+    ~JobScope() { change(-1); }
+    JobScope(const JobScope&) = delete;
+    JobScope& operator=(const JobScope&) = delete;
+
+  private:
+    void change(int by) {
+        const bool ran = pointer_.JobRuns();
+        pointer_.jobs_ += by;
+        if (pointer_.JobRuns() == ran)
+            return;
+        pointer_.JobChanged.raise();
+        if (ran)
+            pointer_.JobsOver.raise();
+    }
+
+    BusyPointer& pointer_;
 };
 
 /// Shows the busy pointer as long as its scope lasts, or until it is told otherwise.

@@ -8,14 +8,19 @@
 
 namespace corvane {
 
-/// An entry of a menu. In its caption "&" stands before the access key, "&&" for the character,
-/// and "-" alone is a separator.
+/// An entry of a menu, or a line between entries. In its caption "&" stands before the access key,
+/// and "&&" for the character.
 class MenuItem final : public ChildControl {
   public:
-    explicit MenuItem(std::string caption = "-", std::string shortcut = {})
+    explicit MenuItem(std::string caption, std::string shortcut = {})
         : caption_(std::move(caption)), shortcut_(std::move(shortcut)) {}
+    /// The line between entries; no other entry ever is one.
+    enum SeparatorTag { Separator };
+    explicit MenuItem(SeparatorTag) : caption_("-"), separator_(true) {}
 
     Event<> Click;
+
+    [[nodiscard]] bool isSeparator() const { return separator_; }
 
     [[nodiscard]] const std::string& Caption() const { return caption_; }
     void setCaption(const std::string& caption) { assign(caption_, caption); }
@@ -32,6 +37,7 @@ class MenuItem final : public ChildControl {
   private:
     std::string caption_;
     std::string shortcut_;
+    bool separator_ = false;
     bool checked_ = false;
 };
 
@@ -64,7 +70,7 @@ class MenuArray {
 
   private:
     struct Entry {
-        MenuItem item;
+        MenuItem item{""};
         Connection onClick;
     };
     std::vector<std::unique_ptr<Entry>> items_;

@@ -5,11 +5,15 @@
 
 namespace corvane {
 
-/// Tells in a label, and with a sound, what has become of a job.
+/// Tells in a label, and with a sound, what has become of a job, until the next one begins.
 class StatusLine {
   public:
-    /// Both must outlive it.
-    StatusLine(Label& label, Dialogs& dialogs) : label_(label), dialogs_(dialogs) {}
+    /// All of it must outlive it.
+    StatusLine(Label& label, Dialogs& dialogs, BusyPointer& pointer)
+        : label_(label), dialogs_(dialogs), onJob_(pointer.JobChanged.connect([this, &pointer] {
+              if (pointer.JobRuns())
+                  clear();
+          })) {}
 
     void report(const std::string& text) { show(text, 0, false); }
     void error(const std::string& text) { show(text, Red, true); }
@@ -26,6 +30,7 @@ class StatusLine {
 
     Label& label_;
     Dialogs& dialogs_;
+    Connection onJob_;
 };
 
 } // namespace corvane

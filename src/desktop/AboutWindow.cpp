@@ -43,7 +43,7 @@ void HyperlinkLabel::mouseReleaseEvent(QMouseEvent* event) {
 void HyperlinkLabel::keyPressEvent(QKeyEvent* event) {
     if (event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter ||
         event->key() == Qt::Key_Space)
-        control_.mouseReleased(true);
+        control_.open();
     else
         QLabel::keyPressEvent(event);
 }
@@ -58,7 +58,7 @@ void HyperlinkLabel::paintEvent(QPaintEvent*) {
 
 AboutWindow::AboutWindow(AboutForm& form, QWidget* parent) : QDialog(parent), form_(form) {
     setWindowTitle(QString::fromStdString(form.Title()));
-    auto* logo = new PictureButton(form.Logo, "logo", QSize(96, 96), "Maker's web site", this);
+    auto* logo = MakeLogo(form.Logo, 96, this);
     auto* product = new QLabel(this);
     QFont large = font();
     large.setPointSizeF(large.pointSizeF() * 1.6);

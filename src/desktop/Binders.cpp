@@ -100,7 +100,10 @@ void Bind(QAbstractButton* button, Button& child) {
     BindWidget(button, child);
     Follow(button, child,
            [button, &child] { button->setText(QString::fromStdString(child.Caption())); });
-    QObject::connect(button, &QAbstractButton::clicked, button, [&child] { child.press(); });
+    QObject::connect(button, &QAbstractButton::clicked, button, [&child] {
+        CommitFocusedBox();
+        child.press();
+    });
 }
 
 void Bind(QObject* object, Timer& child) {
@@ -119,10 +122,8 @@ void Bind(QObject* object, Timer& child) {
 
 void Bind(QAction* action, MenuItem& child) {
     Follow(action, child, [action, &child] {
-        if (child.Caption() == "-")
-            action->setSeparator(true);
-        else
-            action->setText(QString::fromStdString(child.Caption()));
+        action->setSeparator(child.isSeparator());
+        action->setText(QString::fromStdString(child.Caption()));
         action->setEnabled(child.Enabled());
         action->setVisible(child.Visible());
         action->setToolTip(QString::fromStdString(child.ToolTipText()));

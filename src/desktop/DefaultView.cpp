@@ -11,9 +11,9 @@
 namespace corvane {
 
 DefaultView::DefaultView(DefaultControl& control, QWidget* parent) : QWidget(parent) {
-    constexpr QSize logoSize(112, 112);
+    constexpr int logoSize = 112;
     constexpr QSize productSize(180, 117);
-    auto* logo = new PictureButton(control.Logo, "logo", logoSize, "Maker's web site", this);
+    auto* logo = MakeLogo(control.Logo, logoSize, this);
     auto* lumora = new PictureButton(control.LumoraPicture, "lumora", productSize, "Lumora", this);
     auto* dervan =
         new PictureButton(control.DervanPicture, "relay", productSize, "Dervan/Maltrex", this);
@@ -47,6 +47,7 @@ DefaultView::DefaultView(DefaultControl& control, QWidget* parent) : QWidget(par
     centred->addStretch();
     layout->addLayout(centred);
     layout->addStretch();
+    lumora->setFocus();
 }
 
 } // namespace corvane

@@ -7,7 +7,7 @@
 namespace corvane {
 
 /// The desktop's event loop. A caller's fault is told in a message box and ends the operation, not
-/// the program.
+/// the program. Before a press anywhere counts what was typed elsewhere.
 class DesktopApplication final : public QApplication {
   public:
     DesktopApplication(int& argc, char** argv);
@@ -21,9 +21,11 @@ class QtKeyboard final : public KOKeyboard {
     [[nodiscard]] bool ShiftHeld() const override;
 };
 
-/// Lets windows repaint in the middle of a blocking operation, some times a second at most. Input
-/// waits, and timers that are bound to a control's stand still meanwhile.
+/// Lets windows repaint in the middle of a blocking operation, some times a second at most. What a
+/// person does meanwhile is thrown away, and timers that are bound to a control's stand still.
 void RepaintWithoutInput();
+/// Throws away what a person has done and nothing has taken yet.
+void ThrowInputAway();
 [[nodiscard]] bool InsideRepaint();
 
 } // namespace corvane

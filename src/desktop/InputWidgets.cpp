@@ -5,7 +5,9 @@
 
 #include <QApplication>
 #include <QCheckBox>
+#include <QDragEnterEvent>
 #include <QKeyEvent>
+#include <QMimeData>
 #include <QPainter>
 #include <QRadioButton>
 #include <QScrollBar>
@@ -15,7 +17,12 @@ namespace corvane {
 
 namespace {
 constexpr int LongestText = 1 << 24; // far beyond what a person types, so that nothing is cut off
+
+/// Whether the focus goes for good, and not only to a menu or another window.
+bool isLeaving(const QFocusEvent& event) {
+    return event.reason() != Qt::PopupFocusReason && event.reason() != Qt::ActiveWindowFocusReason;
 }
+} // namespace
 
 Box::Box(QWidget* parent) : QLineEdit(parent) {
     setMaxLength(LongestText);
@@ -86,6 +93,11 @@ bool Box::event(QEvent* event) {
             return false;
         }
     }
+    if (event->type() == QEvent::DragEnter &&
+        dynamic_cast<QDragEnterEvent&>(*event).mimeData()->hasUrls()) {
+        event->ignore(); // a file is for the window, and not for the text
+        return false;
+    }
     const bool taken = QLineEdit::event(event);
     if (event->type() == QEvent::PaletteChange && held_ != nullptr)
         showTint();
@@ -94,7 +106,7 @@ bool Box::event(QEvent* event) {
 
 void Box::focusOutEvent(QFocusEvent* event) {
     QLineEdit::focusOutEvent(event);
-    if (event->reason() != Qt::PopupFocusReason && event->reason() != Qt::ActiveWindowFocusReason)
+    if (isLeaving(*event))
         commit();
 }
 
@@ -127,7 +139,7 @@ void UpsideDownSlider::commit() {
 
 void UpsideDownSlider::focusOutEvent(QFocusEvent* event) {
     QSlider::focusOutEvent(event);
-    if (event->reason() != Qt::PopupFocusReason && event->reason() != Qt::ActiveWindowFocusReason)
+    if (isLeaving(*event))
         commit();
 }
 
@@ -168,6 +180,7 @@ DropDown::DropDown(const QString& accessibleName, QWidget* parent) : QComboBox(p
     setAccessibleName(accessibleName);
     connect(this, &QComboBox::textActivated, this, [this](const QString& text) {
         pending_ = true;
+        left_ = false;
         child_->choose(text.toStdString());
     });
 }
@@ -187,8 +200,10 @@ void DropDown::bindTo(DropDownList* child) {
 }
 
 void DropDown::commit() {
-    if (std::exchange(pending_, false))
-        child_->leave();
+    if (!std::exchange(pending_, false))
+        return;
+    left_ = true;
+    child_->leave();
 }
 
 void DropDown::showText() {
@@ -197,11 +212,11 @@ void DropDown::showText() {
 
 void DropDown::focusOutEvent(QFocusEvent* event) {
     QComboBox::focusOutEvent(event);
-    if (child_ == nullptr || event->reason() == Qt::PopupFocusReason ||
-        event->reason() == Qt::ActiveWindowFocusReason)
+    if (child_ == nullptr || !isLeaving(*event))
         return;
     pending_ = false;
-    child_->leave();
+    if (!std::exchange(left_, false)) // by a click elsewhere, which comes first
+        child_->leave();
 }
 
 void DropDown::wheelEvent(QWheelEvent* event) {
@@ -212,13 +227,10 @@ void DropDown::wheelEvent(QWheelEvent* event) {
 }
 
 void CommitFocusedBox() {
-    QWidget* focused = QApplication::focusWidget();
-    if (auto* box = dynamic_cast<Box*>(focused))
-        box->commit();
-    else if (auto* list = dynamic_cast<DropDown*>(focused))
-        list->commit();
-    else if (auto* slider = dynamic_cast<UpsideDownSlider*>(focused))
-        slider->commit();
+    // Of windows in the background too: what leaves a box may come from another program.
+    for (QWidget* window : QApplication::topLevelWidgets())
+        if (auto* left = dynamic_cast<Leavable*>(window->focusWidget()))
+            left->commit();
 }
 
 void Bind(QRadioButton* button, OptionButton& child) {
@@ -227,7 +239,10 @@ void Bind(QRadioButton* button, OptionButton& child) {
         button->setText(QString::fromStdString(child.Caption()));
         button->setChecked(child.Value());
     });
-    QObject::connect(button, &QRadioButton::clicked, button, [&child] { child.choose(); });
+    QObject::connect(button, &QRadioButton::clicked, button, [&child] {
+        CommitFocusedBox();
+        child.choose();
+    });
 }
 
 void Bind(QCheckBox* box, CheckBox& child) {
@@ -236,15 +251,20 @@ void Bind(QCheckBox* box, CheckBox& child) {
         box->setText(QString::fromStdString(child.Caption()));
         box->setChecked(child.Value());
     });
-    QObject::connect(box, &QCheckBox::clicked, box, [&child] { child.toggle(); });
+    QObject::connect(box, &QCheckBox::clicked, box, [&child] {
+        CommitFocusedBox();
+        child.toggle();
+    });
 }
 
 void Bind(QTabBar* bar, TabStrip& child) {
     for (const TabStrip::Tab& tab : child.Tabs())
         bar->addTab(QString::fromStdString(tab.Caption));
     Follow(bar, child, [bar, &child] { bar->setCurrentIndex(child.SelectedIndex() - 1); });
-    QObject::connect(bar, &QTabBar::currentChanged, bar,
-                     [&child](int index) { child.select(index + 1); });
+    QObject::connect(bar, &QTabBar::currentChanged, bar, [&child](int index) {
+        CommitFocusedBox(); // before what the box belongs to goes from the screen
+        child.select(index + 1);
+    });
 }
 
 void Bind(QScrollBar* bar, ScrollBar& child) {

@@ -17,9 +17,18 @@ class QTabBar;
 
 namespace corvane {
 
+/// Something that a person leaves, and whose value counts only then. All ways of leaving it are
+/// one: the focus goes, a press anywhere else, a command, a tab, a drop, the end of the program.
+class Leavable {
+  public:
+    virtual ~Leavable() = default;
+    /// Lets what has been typed or chosen count, if it does not yet.
+    virtual void commit() = 0;
+};
+
 /// A line of text that is a text box of the core. Ctrl+Z takes back typing as long as there is
 /// some, and is the document's otherwise.
-class Box final : public QLineEdit {
+class Box final : public QLineEdit, public Leavable {
   public:
     explicit Box(QWidget* parent);
     /// Bound to one text box for good.
@@ -30,8 +39,7 @@ class Box final : public QLineEdit {
     /// Shows other characters in place of some; `typed` does the opposite of `shown`.
     using Translation = std::function<std::string(std::string_view)>;
     void setTranslation(Translation shown, Translation typed);
-    /// Lets what has been typed count, as on leaving the box.
-    void commit();
+    void commit() override;
 
   protected:
     bool event(QEvent* event) override;
@@ -48,14 +56,13 @@ class Box final : public QLineEdit {
 };
 
 /// A list that drops down and is one of the core's.
-class DropDown final : public QComboBox {
+class DropDown final : public QComboBox, public Leavable {
   public:
     DropDown(const QString& accessibleName, QWidget* parent);
 
     /// Shows another list, or none. It must outlive that or the next call.
     void bindTo(DropDownList* child);
-    /// Lets a choice count that was made since the list was last left.
-    void commit();
+    void commit() override;
 
   protected:
     void focusOutEvent(QFocusEvent* event) override;
@@ -67,17 +74,17 @@ class DropDown final : public QComboBox {
     DropDownList* child_ = nullptr;
     QPointer<QObject> held_;
     bool pending_ = false; // an entry was chosen
+    bool left_ = false;    // and counts already
 };
 
 /// A vertical slider whose top means the lowest value of the core's slider. What is done to it
 /// counts once: a drag or a click when the button is released, a run of keys or of notches of the
 /// wheel when the slider is left.
-class UpsideDownSlider final : public QSlider {
+class UpsideDownSlider final : public QSlider, public Leavable {
   public:
     UpsideDownSlider(Slider& child, QWidget* parent);
 
-    /// Lets a run of keys or notches count.
-    void commit();
+    void commit() override;
 
   protected:
     void focusOutEvent(QFocusEvent* event) override;
@@ -93,7 +100,7 @@ class UpsideDownSlider final : public QSlider {
     bool pending_ = false; // moved since the child was last told of the end
 };
 
-/// Lets what has been typed or chosen where the focus is count, before a command is run.
+/// Lets what has been typed or chosen where the focus is count, before something else is done.
 void CommitFocusedBox();
 
 void Bind(QRadioButton* button, OptionButton& child);

@@ -62,6 +62,8 @@ void InstanceDoor::openNext() {
         waiting_.pop_front();
         CommitFocusedBox();
         open_(delivery.record.lpData);
+        if (notifier_ != nullptr && notifier_->isEnabled())
+            delivery.confirm();
     }
     opening_ = false;
     if (!waiting_.empty())

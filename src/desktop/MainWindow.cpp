@@ -12,6 +12,7 @@
 #include <QLabel>
 #include <QMenuBar>
 #include <QMimeData>
+#include <QScopedValueRollback>
 #include <QScreen>
 
 namespace corvane {
@@ -49,11 +50,15 @@ MainWindow::MainWindow(MainForm& form, LinkStatus& status)
     const auto on = [this](auto& event, auto react) {
         connections_.push_back(event.connect(react));
     };
-    on(form.TitleChanged, [this] { setWindowTitle(QString::fromStdString(form_.Title())); });
+    on(form.TitleChanged, [this] {
+        // In a title "[*]" stands for a mark of its own, and "[*][*]" for the characters.
+        setWindowTitle(QString::fromStdString(form_.Title()).replace("[*]", "[*][*]"));
+    });
     on(form.ControlLeaving, [this] { dropView(); });
     on(form.ControlChanged, [this] { showControl(); });
     on(form.LayoutChanged, [this] { place(); });
     on(form.ClientSizeWanted, [this](TwipSize size) { takeSize(size); });
+    on(form.Ending, [this] { hide(); });
     on(form.Closed, [this] { close(); });
     on(form.about.Shown, [this] { showAbout(); });
     on(form.debugForm.Shown, [this] { showLog(); });
@@ -87,7 +92,12 @@ void MainWindow::dropEvent(QDropEvent* event) {
     const std::string file = event->mimeData()->urls().value(0).toLocalFile().toStdString();
     // Once the drag is over: opening may ask.
     QMetaObject::invokeMethod(
-        this, [this, file] { form_.OpenFile(file); }, Qt::QueuedConnection);
+        this,
+        [this, file] {
+            CommitFocusedBox();
+            form_.OpenFile(file);
+        },
+        Qt::QueuedConnection);
 }
 
 void MainWindow::changeEvent(QEvent* event) {
@@ -98,16 +108,23 @@ void MainWindow::changeEvent(QEvent* event) {
 
 bool MainWindow::eventFilter(QObject* watched, QEvent* event) {
     if (watched == area_ && event->type() == QEvent::Resize) {
-        form_.Resize(toTwips(area_->size()));
+        if (band_ != nullptr)
+            band_->fitTo(area_->width());
+        form_.Resize(toTwips(area_->size()), !isMaximized() && !isFullScreen());
         fitSign();
+    } else if (watched == view_ && event->type() == QEvent::LayoutRequest) {
+        keepRoom();
     }
     return QMainWindow::eventFilter(watched, event);
 }
 
 void MainWindow::showControl() {
     view_ = MakeView(*form_.control(), area_);
+    view_->installEventFilter(this);
     place();
     view_->show();
+    if (QWidget* first = view_->focusWidget())
+        first->setFocus(); // where the view would like to begin
 }
 
 void MainWindow::dropView() {
@@ -137,8 +154,36 @@ void MainWindow::place() {
         band_->setVisible(place.visible);
         band_->raise();
     }
+    keepRoom();
     if (view_ != nullptr && form_.control() != nullptr)
         view_->setGeometry(QRect(QPoint(0, 0), toPixels(form_.control()->size())));
+}
+
+/// Never smaller than what is shown needs: grows for it, and gives back what it has grown.
+void MainWindow::keepRoom() {
+    if (view_ == nullptr || keepingRoom_)
+        return;
+    const QScopedValueRollback keeping(keepingRoom_, true);
+    const int band = form_.bandPlace().visible ? form_.bandPlace().height / TwipsPerPixel : 0;
+    const QSize needed =
+        (view_->minimumSizeHint().expandedTo(QSize(0, 0)) + QSize(0, band)).boundedTo(mostRoom());
+    area_->setMinimumSize(needed);
+    if (!isVisible() || isMaximized() || isFullScreen())
+        return;
+    const int lacking = needed.height() - area_->height();
+    const int more = lacking > 0 ? lacking : -std::min(grown_, -lacking);
+    if (more == 0)
+        return;
+    grown_ += more;
+    resize(width(), height() + more);
+}
+
+/// The largest area that leaves the window whole on its screen.
+QSize MainWindow::mostRoom() const {
+    constexpr QSize leastFrame(8, 40); // before the window manager has told what it puts round it
+    const QSize frame = (frameGeometry().size() - size()).expandedTo(leastFrame);
+    const QSize bar(0, menuBar()->sizeHint().height());
+    return screen()->availableGeometry().size() - frame - bar;
 }
 
 void MainWindow::takeSize(TwipSize clientSize) {
@@ -146,12 +191,13 @@ void MainWindow::takeSize(TwipSize clientSize) {
         showNormal();
     const QSize around = size() - area_->size();
     const bool known = isVisible() && around.width() >= 0 && around.height() >= 0;
-    resize(toPixels(clientSize) + (known ? around : QSize(0, menuBar()->sizeHint().height())));
-    if (const QScreen* onScreen = screen()) {
-        QRect frame = frameGeometry();
-        frame.moveCenter(onScreen->availableGeometry().center());
-        move(frame.topLeft());
-    }
+    grown_ = 0;
+    resize(toPixels(clientSize).boundedTo(mostRoom()) +
+           (known ? around : QSize(0, menuBar()->sizeHint().height())));
+    const QRect available = screen()->availableGeometry();
+    QRect frame = frameGeometry();
+    frame.moveCenter(available.center());
+    move(std::max(available.left(), frame.left()), std::max(available.top(), frame.top()));
 }
 
 void MainWindow::showStatus(const LinkStatus& status) {

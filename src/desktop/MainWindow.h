@@ -11,6 +11,7 @@ class QLabel;
 namespace corvane {
 
 class SoftwareUpdateBand;
+class UpdateBandView;
 
 /// The main window's looks: a menu bar with a sign of the link at its right end, and the view of
 /// the product control on show. Form and status must outlive it.
@@ -35,6 +36,8 @@ class MainWindow final : public QMainWindow {
     void showControl();
     void dropView();
     void place();
+    void keepRoom();
+    [[nodiscard]] QSize mostRoom() const;
     void takeSize(TwipSize clientSize);
     void showStatus(const LinkStatus& status);
     void fitSign();
@@ -45,10 +48,12 @@ class MainWindow final : public QMainWindow {
     QWidget* area_; // what the menu bar leaves
     QLabel* sign_;
     std::pair<QString, QString> signTexts_; // where there is room, and where there is not
-    bool signLeads_ = false;                // to what mends what it tells
+    bool keepingRoom_ = false;
+    bool signLeads_ = false; // to what mends what it tells
     QPointer<QWidget> view_;
     QPointer<QWidget> about_;
-    QPointer<QWidget> band_;
+    QPointer<UpdateBandView> band_;
+    int grown_ = 0; // pixels, by which the window has grown for what it shows
     QPointer<QWidget> log_;
     std::vector<Connection> connections_;
 };

@@ -23,6 +23,12 @@ PictureButton::PictureButton(Button& child, QString picture, QSize size,
     Bind(this, child);
 }
 
+PictureButton* MakeLogo(Button& child, int width, QWidget* parent) {
+    auto* logo = new PictureButton(child, "logo", QSize(width, width), "Maker's web site", parent);
+    logo->setFocusPolicy(Qt::NoFocus);
+    return logo;
+}
+
 QSize PictureButton::sizeHint() const {
     QSize hint = size_ + QSize(2 * Margin, 2 * Margin);
     if (!text().isEmpty()) {

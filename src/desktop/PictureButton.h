@@ -23,4 +23,8 @@ class PictureButton final : public QAbstractButton {
     QSize size_;
 };
 
+/// The maker's logo, which leads to the maker's web site. For the mouse alone: the keyboard should
+/// not come upon it on the way to something else.
+[[nodiscard]] PictureButton* MakeLogo(Button& child, int width, QWidget* parent);
+
 } // namespace corvane

@@ -1,5 +1,6 @@
 #include "desktop/ProgrammerView.h"
 
+#include "desktop/Binders.h"
 #include "desktop/PictureButton.h"
 #include "desktop/Theme.h"
 #include "desktop/Widgets.h"
@@ -11,14 +12,19 @@
 namespace corvane {
 
 ProgrammerView::ProgrammerView(ProgrammerControl& control, QWidget* parent) : QWidget(parent) {
-    constexpr QSize logoSize(112, 112);
-    auto* logo = new PictureButton(control.Logo, "logo", logoSize, "Maker's web site", this);
+    constexpr int logoSize = 112;
+    auto* logo = MakeLogo(control.Logo, logoSize, this);
     QLabel* title = MakeLabel(control.Label1, this);
     QFont large = font();
     large.setPointSizeF(large.pointSizeF() * 1.6);
     title->setFont(large);
     QPushButton* button = MakeButton(control.ProgramButton, this);
     button->setMinimumSize(180, 40);
+    // One chip after another is programmed with the same key.
+    Follow(button, control.ProgramButton, [button] {
+        if (button->isEnabled())
+            button->setFocus();
+    });
     QLabel* state = MakeLabel(control.StateLabel, this);
     state->setMinimumHeight(state->fontMetrics().height());
 

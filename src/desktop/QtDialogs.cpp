@@ -1,5 +1,6 @@
 #include "desktop/QtDialogs.h"
 
+#include "desktop/EventLoop.h"
 #include "desktop/Theme.h"
 
 #include <QApplication>
@@ -41,7 +42,34 @@ QMessageBox::StandardButtons buttonsOf(MessageBox::Buttons buttons) {
     return QMessageBox::Ok;
 }
 
+/// Takes the busy pointer away as long as a dialog shows.
+class UsualPointer {
+  public:
+    explicit UsualPointer(QtDialogs& pointer) : pointer_(pointer), busy_(pointer.isBusy()) {
+        pointer_.set(false);
+    }
+    ~UsualPointer() { pointer_.set(busy_); }
+    UsualPointer(const UsualPointer&) = delete;
+    UsualPointer& operator=(const UsualPointer&) = delete;
+
+  private:
+    QtDialogs& pointer_;
+    bool busy_;
+};
+
 } // namespace
+
+QtDialogs::QtDialogs()
+    : onJob_(JobChanged.connect([this] {
+          if (JobRuns())
+              focused_ = QApplication::focusWidget();
+      })),
+      onJobsOver_(JobsOver.connect([this] {
+          ThrowInputAway();
+          if (focused_ != nullptr && focused_->isEnabled() && focused_->isVisible())
+              focused_->setFocus();
+          focused_ = nullptr;
+      })) {}
 
 QString ToolkitFilter(const std::string& filter) {
     const QStringList parts = QString::fromStdString(filter).split('|');
@@ -55,6 +83,7 @@ QString ToolkitFilter(const std::string& filter) {
 }
 
 Answer QtDialogs::Message(const MessageBox& box) {
+    const UsualPointer pointer(*this);
     QMessageBox message(iconOf(box.icon), QString::fromStdString(box.title),
                         QString::fromStdString(box.text).replace("\r\n", "\n"),
                         buttonsOf(box.buttons), parent());
@@ -73,6 +102,7 @@ Answer QtDialogs::Message(const MessageBox& box) {
 
 std::optional<std::string> QtDialogs::OpenFile(const std::string& filter,
                                                const std::string& title) {
+    const UsualPointer pointer(*this);
     QFileDialog dialog(parent(), QString::fromStdString(title), folder_, ToolkitFilter(filter));
     dialog.setFileMode(QFileDialog::ExistingFile);
     return dialog.exec() == QDialog::Accepted ? chosen(dialog.selectedFiles().value(0))
@@ -81,8 +111,10 @@ std::optional<std::string> QtDialogs::OpenFile(const std::string& filter,
 
 std::optional<std::string> QtDialogs::SaveFile(const std::string& filter,
                                                const std::string& initialName) {
+    const UsualPointer pointer(*this);
     QFileDialog dialog(parent(), "Save As", folder_, ToolkitFilter(filter));
     dialog.setAcceptMode(QFileDialog::AcceptSave);
+    dialog.setOption(QFileDialog::DontConfirmOverwrite);
     if (!initialName.empty())
         dialog.selectFile(QString::fromStdString(initialName));
     return dialog.exec() == QDialog::Accepted ? chosen(dialog.selectedFiles().value(0))
@@ -90,6 +122,7 @@ std::optional<std::string> QtDialogs::SaveFile(const std::string& filter,
 }
 
 std::optional<int> QtDialogs::PickColor(int initial, const std::string& title) {
+    const UsualPointer pointer(*this);
     const QColor color =
         QColorDialog::getColor(Theme::fromRgb(initial), parent(), QString::fromStdString(title));
     if (!color.isValid())
@@ -99,6 +132,7 @@ std::optional<int> QtDialogs::PickColor(int initial, const std::string& title) {
 
 std::optional<std::string> QtDialogs::Input(const std::string& prompt, const std::string& title,
                                             const std::string& initial) {
+    const UsualPointer pointer(*this);
     bool accepted = false;
     const QString text = QInputDialog::getText(parent(), QString::fromStdString(title),
                                                QString::fromStdString(prompt), QLineEdit::Normal,

@@ -2,16 +2,19 @@
 
 #include "controls/Dialogs.h"
 
+#include <QPointer>
 #include <QString>
-
-class QWidget;
+#include <QWidget>
 
 namespace corvane {
 
 /// The desktop's own dialogs, over the active window or else the one given here. File dialogs begin
-/// in the folder used last.
+/// in the folder used last. No dialog stands under the busy pointer. After a job the focus is where
+/// it was before.
 class QtDialogs final : public Dialogs, public BusyPointer {
   public:
+    QtDialogs();
+
     void setParent(QWidget* parent) { parent_ = parent; }
     /// Where the next file dialog begins.
     void setFolder(const QString& folder) { folder_ = folder; }
@@ -26,6 +29,7 @@ class QtDialogs final : public Dialogs, public BusyPointer {
                                      const std::string& initial) override;
     void Beep(bool error) override;
     void set(bool busy) override;
+    [[nodiscard]] bool isBusy() const { return busy_; }
 
   private:
     [[nodiscard]] QWidget* parent() const;
@@ -34,6 +38,9 @@ class QtDialogs final : public Dialogs, public BusyPointer {
     QWidget* parent_ = nullptr;
     QString folder_;
     bool busy_ = false;
+    QPointer<QWidget> focused_; // when the job began
+    Connection onJob_;
+    Connection onJobsOver_;
 };
 
 /// "Name (*.x)|*.x|Other|*.y" in the form that the toolkit takes.

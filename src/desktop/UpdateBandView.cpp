@@ -12,28 +12,35 @@
 
 namespace corvane {
 
-UpdateBandView::UpdateBandView(SoftwareUpdateBand& band, QWidget* parent) : QWidget(parent) {
-    constexpr int twipsPerPixel = 15;
+UpdateBandView::UpdateBandView(SoftwareUpdateBand& band, QWidget* parent)
+    : QWidget(parent), band_(band), main_(new QWidget(this)), buttons_(new QWidget(main_)) {
     for (Timer* timer : {&band.SoftwareUpdateTimer, &band.DownloadHideTimer, &band.AnimationTimer})
         Bind(this, *timer);
-    auto* main = new QWidget(this);
-    main->setFixedHeight(SoftwareUpdateBand::MainHeight / twipsPerPixel);
-    QLabel* notify = MakeLabel(band.NotifyLabel, main);
-    notify->setWordWrap(true);
-    auto* choice = new QWidget(main);
+    notify_ = MakeLabel(band.NotifyLabel, main_);
+    notify_->setWordWrap(true);
+    auto* choice = new QWidget(buttons_);
     auto* choiceRow = new QHBoxLayout(choice);
     choiceRow->setContentsMargins(0, 0, 0, 0);
     choiceRow->setSpacing(Theme::Spacing / 2);
     choiceRow->addWidget(MakeToolButton(band.YesButton, choice));
     choiceRow->addWidget(MakeToolButton(band.NoButton, choice));
     BindWidget(choice, band.YesNoButtons);
-    auto* row = new QHBoxLayout(main);
-    row->setContentsMargins(Theme::Spacing, 0, Theme::Spacing, 0);
-    row->setSpacing(Theme::Spacing);
-    row->addWidget(notify, 1);
-    row->addWidget(choice);
-    row->addWidget(MakeToolButton(band.RestartButton, main));
-    row->addWidget(MakeToolButton(band.DetailsButton, main));
+    auto* buttonRow = new QHBoxLayout(buttons_);
+    buttonRow->setContentsMargins(0, 0, 0, 0);
+    buttonRow->setSpacing(Theme::Spacing);
+    buttonRow->addStretch();
+    buttonRow->addWidget(choice);
+    buttonRow->addWidget(MakeToolButton(band.RestartButton, buttons_));
+    buttonRow->addWidget(MakeToolButton(band.DetailsButton, buttons_));
+    row_ = new QBoxLayout(QBoxLayout::LeftToRight, main_);
+    row_->setContentsMargins(Theme::Spacing, 0, Theme::Spacing, 0);
+    row_->setSpacing(Theme::Spacing);
+    row_->addWidget(notify_, 1);
+    row_->addWidget(buttons_);
+    const auto refit = [this] { fitTo(fitted_); };
+    Follow(this, band.NotifyLabel, refit);
+    Follow(this, band.YesNoButtons, refit);
+    Follow(this, band.RestartButton, refit);
 
     auto* log = new QPlainTextEdit(this);
     log->setReadOnly(true);
@@ -46,7 +53,7 @@ UpdateBandView::UpdateBandView(SoftwareUpdateBand& band, QWidget* parent) : QWid
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(0, 0, 0, Theme::Spacing / 2);
     layout->setSpacing(0);
-    layout->addWidget(main);
+    layout->addWidget(main_);
     auto* details = new QHBoxLayout;
     details->setContentsMargins(Theme::Spacing, 0, Theme::Spacing, 0);
     details->addWidget(log);
@@ -56,6 +63,30 @@ UpdateBandView::UpdateBandView(SoftwareUpdateBand& band, QWidget* parent) : QWid
     setBackgroundRole(QPalette::AlternateBase);
     setObjectName("updateBand");
     hide();
+}
+
+void UpdateBandView::fitTo(int width) {
+    constexpr int twipsPerPixel = 15;
+    constexpr int usual = SoftwareUpdateBand::MainHeight / twipsPerPixel;
+    fitted_ = width;
+    if (width <= 0)
+        return;
+    // Beside its buttons if the text has room there in the usual height, or else above them.
+    const QSize buttons = buttons_->sizeHint();
+    const int wide = width - 2 * Theme::Spacing;
+    const int beside = wide - buttons.width() - Theme::Spacing;
+    const auto heightFor = [this](int room) {
+        return room < fontMetrics().averageCharWidth() * 20 ? usual + 1
+                                                            : notify_->heightForWidth(room);
+    };
+    const bool fits = heightFor(beside) <= usual;
+    row_->setDirection(fits ? QBoxLayout::LeftToRight : QBoxLayout::TopToBottom);
+    const int margin = fits ? 0 : Theme::Spacing;
+    row_->setContentsMargins(Theme::Spacing, margin, Theme::Spacing, margin);
+    const int height =
+        fits ? usual : notify_->heightForWidth(wide) + buttons.height() + 3 * Theme::Spacing;
+    main_->setFixedHeight(height);
+    band_.setMainHeight(height * twipsPerPixel);
 }
 
 void UpdateBandView::paintEvent(QPaintEvent*) {

@@ -2,7 +2,10 @@
 
 #include "update/SoftwareUpdateBand.h"
 
+#include <QBoxLayout>
 #include <QWidget>
+
+class QLabel;
 
 namespace corvane {
 
@@ -11,8 +14,19 @@ class UpdateBandView final : public QWidget {
   public:
     UpdateBandView(SoftwareUpdateBand& band, QWidget* parent);
 
+    /// Lays it out for a width in pixels, and tells the band how high that makes it.
+    void fitTo(int width);
+
   protected:
     void paintEvent(QPaintEvent* event) override;
+
+  private:
+    SoftwareUpdateBand& band_;
+    QWidget* main_;
+    QLabel* notify_;
+    QWidget* buttons_;
+    QBoxLayout* row_;
+    int fitted_ = 0; // pixels
 };
 
 } // namespace corvane

@@ -6,9 +6,43 @@
 
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QPainter>
 #include <QPushButton>
 
 namespace corvane {
+
+namespace {
+
+class CutLabel final : public QWidget {
+  public:
+    CutLabel(Label& child, QWidget* parent) : QWidget(parent), child_(child) {
+        setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
+        Follow(this, child, [this] {
+            const QString text = QString::fromStdString(child_.Caption());
+            setVisible(!text.isEmpty());
+            setAccessibleName(text);
+            setToolTip(text + "\n" + QString::fromStdString(child_.ToolTipText()));
+            update();
+        });
+    }
+    [[nodiscard]] QSize sizeHint() const override { return {0, fontMetrics().height()}; }
+
+  protected:
+    void paintEvent(QPaintEvent*) override {
+        QPainter(this).drawText(
+            rect(), Qt::AlignRight | Qt::AlignVCenter,
+            fontMetrics().elidedText(accessibleName(), Qt::ElideRight, width()));
+    }
+
+  private:
+    Label& child_;
+};
+
+} // namespace
+
+QWidget* MakeCutLabel(Label& child, QWidget* parent) {
+    return new CutLabel(child, parent);
+}
 
 QLabel* MakeLabel(Label& child, QWidget* parent) {
     auto* label = new QLabel(parent);

@@ -23,8 +23,9 @@ EEPROMEditorControl::EEPROMEditorControl(const Workplace& place)
            heard(message, sender, value);
        });
     on(NewVariableButton.Click, [this] { newVariable(); });
-    on(ReadSettingsButton.Click, [this] { readSettings(); });
-    on(ProgramButton.Click, [this] { program(); });
+    jobs_.add(ReadSettingsButton, [this] { ReadSettings(); });
+    jobs_.add(
+        ProgramButton, [this] { Program(); }, [this] { return valuesAreSound(); });
 }
 
 void EEPROMEditorControl::connectDocument() {
@@ -106,7 +107,10 @@ void EEPROMEditorControl::showEntry(int index, std::string_view propertyName) {
         else
             entry->setDataValue(variable.DataValue);
     }
-    if (propertyName == KOEEPROMDocument::Address || propertyName == KOEEPROMDocument::Length)
+    const bool named = propertyName == KOEEPROMDocument::Comments &&
+                       slots_[static_cast<std::size_t>(index) - 1].conflicts;
+    if (named || propertyName == KOEEPROMDocument::Address ||
+        propertyName == KOEEPROMDocument::Length)
         arrangementChanged();
 }
 
@@ -127,6 +131,7 @@ void EEPROMEditorControl::rearrange() {
         if (slots_[i].entry != nullptr)
             slots_[i].entry->setAddressConflicts(slots_[i].conflicts);
     }
+    nameOverlaps();
     updateScrolling();
     Rearranged.raise();
 }

@@ -1,7 +1,9 @@
 #pragma once
 
+#include "controls/JobButtons.h"
 #include "controls/StatusLine.h"
 #include "eeprom/EEPROMEntry.h"
+#include "link/JobOutcome.h"
 #include "link/ProductControl.h"
 #include "link/Workplace.h"
 
@@ -15,15 +17,16 @@ class EEPROMEditorControl final : public ProductControl {
   public:
     explicit EEPROMEditorControl(const Workplace& place);
 
-    void ProcessPacket(const KOPacket& packet) override;
     void UpdateReadyState(bool) override {}
     [[nodiscard]] History* HistoryObject() override { return &document.HistoryObject(); }
     [[nodiscard]] std::optional<std::string> ProductName() const override {
         return "EEPROM Editor";
     }
 
-    static constexpr const char* ReadReport = "Read.";
-    static constexpr const char* ProgrammedReport = "Programmed.";
+    /// Reads the values of all variables. What the buttons do, as the next one.
+    JobOutcome ReadSettings();
+    /// Writes the values of all variables. Asks before it writes into a product of another kind.
+    JobOutcome Program();
 
     // How rows are placed, in twips.
     static constexpr int RowLeft = 120;
@@ -51,6 +54,7 @@ class EEPROMEditorControl final : public ProductControl {
     Event<> Rearranged;                     ///< Rows have come, gone or moved.
     Event<const EEPROMEntry&> EntryLeaving; ///< This one is about to end.
     Event<EEPROMEntry&> FocusWanted;        ///< The person will go on with this one.
+    Event<EEPROMEntry&> ValueFocusWanted;   ///< The same, with its value.
 
     KOEEPROMDocument document;
 
@@ -63,6 +67,10 @@ class EEPROMEditorControl final : public ProductControl {
     Button ReadSettingsButton{"Read Settings"};
     Button ProgramButton{"Program"};
     Label ProgrammingLabel;
+    Label OverlapLabel; ///< Names variables that share bytes with others; empty if there are none.
+
+    /// How a message names a variable: by the first line of its comments, or else its address.
+    [[nodiscard]] std::string NameOf(int index) const;
 
   private:
     void connectDocument();
@@ -73,20 +81,22 @@ class EEPROMEditorControl final : public ProductControl {
     void arrangementChanged();
     void rearrange();
     void updateScrolling();
+    void nameOverlaps();
+    [[nodiscard]] bool valuesAreSound();
     void heard(std::string_view message, const void* sender, const MessageValue& value);
     void newVariable();
 
+    struct RunWords;
     template<class Job>
-    void run(const std::string& doing, const std::string& done, const char* allDone,
-             const char* allFailed, Job job);
-    void readSettings();
-    void program();
+    JobOutcome run(const RunWords& words, bool writes, Job job);
+    [[nodiscard]] JobOutcome mayWrite();
     [[nodiscard]] bool readVariable(GenericEEPROMProgrammer& reader, int index);
     [[nodiscard]] bool programVariable(GenericEEPROMProgrammer& writer, int index);
-    void fitLength(KOBuffer& buffer, int length);
+    void fitLength(KOBuffer& buffer, int index);
 
     Workplace place_;
-    StatusLine status_{ProgrammingLabel, place_.dialogs};
+    StatusLine status_{ProgrammingLabel, place_.dialogs, place_.pointer};
+    JobButtons jobs_{place_.pointer};
     Messenger messenger_;
     struct Slot {
         int id;
@@ -100,7 +110,7 @@ class EEPROMEditorControl final : public ProductControl {
     bool arrangementDue_ = false;
     TwipSize area_;
     int scrollBarWidth_ = 0;
-    GenericEEPROMProgrammer* programmer_ = nullptr; // during a job
+    bool running_ = false; // a job
     std::vector<Connection> connections_;
 };
 

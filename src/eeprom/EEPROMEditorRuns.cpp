@@ -1,4 +1,5 @@
 // What the EEPROM editor does with the product on the link.
+#include "base/Raised.h"
 #include "eeprom/EEPROMEditorControl.h"
 #include "eeprom/GenericEEPROMProgrammer.h"
 
@@ -15,46 +16,81 @@ constexpr int LongestPiece = GenericEEPROMProgrammer::MaxRead;
 
 } // namespace
 
-void EEPROMEditorControl::ProcessPacket(const KOPacket& packet) {
-    if (programmer_ != nullptr)
-        programmer_->ProcessPacket(packet);
-}
+struct EEPROMEditorControl::RunWords {
+    const char* doing;
+    const char* done;
+    const char* allDone;
+    const char* allFailed;
+};
 
 template<class Job>
-void EEPROMEditorControl::run(const std::string& doing, const std::string& done,
-                              const char* allDone, const char* allFailed, Job job) {
-    if (programmer_ != nullptr)
-        return;
+JobOutcome EEPROMEditorControl::run(const RunWords& words, bool writes, Job job) {
+    if (running_)
+        return AnotherJobRuns();
+    const Raised running(running_);
     const BusyScope busy(place_.pointer);
     GenericEEPROMProgrammer programmer(place_);
-    programmer_ = &programmer;
-    if (programmer.Connect(ControlClass, FriendlyName, true)) {
-        bool failed = false;
+    JobOutcome outcome;
+    if (!programmer.Connect(ControlClass, FriendlyName, true))
+        outcome = programmer.failure();
+    else if (writes)
+        outcome = mayWrite();
+    if (outcome.done()) {
         const std::string count = "/" + std::to_string(EntryCount());
         for (int index = 1; index <= EntryCount(); ++index) {
             place_.pointer.set(true); // a message may have taken it away
             const std::string progress = std::to_string(index) + count;
             // With the link gone nobody needs to hear of each variable in a box of its own.
-            if ((!failed || place_.link.ready()) && job(programmer, index)) {
-                status_.report(done + " " + progress + ".");
+            if ((outcome.done() || place_.link.ready()) && job(programmer, index)) {
+                status_.report(std::string(words.done) + " " + progress + ".");
             } else {
-                failed = true;
-                status_.error("Error " + doing + " " + progress + "!");
+                outcome.reason = JobOutcome::Reason::Failed;
+                status_.error(std::string("Error ") + words.doing + " " + progress + "!");
+                programmer.AwaitLateReply(); // it would be taken for the next variable's
             }
             place_.pause.pause(); // shows it
         }
-        if (failed)
-            status_.error(allFailed);
+        outcome.text = outcome.done() ? words.allDone : words.allFailed;
+        if (outcome.done())
+            status_.report(outcome.text);
         else
-            status_.report(allDone);
+            status_.error(outcome.text);
     }
     programmer.Disconnect(false);
-    programmer_ = nullptr;
+    return outcome;
 }
 
-void EEPROMEditorControl::readSettings() {
-    run("reading", "Read", ReadReport, "Reading failed!",
+JobOutcome EEPROMEditorControl::mayWrite() {
+    const AttachedProduct& product = place_.link.Product();
+    if (product.profile == nullptr || product.isOf(ControlClass))
+        return {};
+    const std::string name = product.name();
+    place_.pointer.set(false);
+    const Answer answer = place_.dialogs.Message(
+        {"Another Product",
+         "The product behind the link is a " + name +
+             ". Variables would overwrite what it needs to work.\r\n\r\nProgram anyway?",
+         MessageBox::Icon::Warning, MessageBox::Buttons::YesNo});
+    place_.pointer.set(true);
+    if (answer == Answer::Yes)
+        return {};
+    const JobOutcome outcome{
+        JobOutcome::Reason::Canceled, "Nothing was written into the " + name + ".", {}};
+    status_.error(outcome.text);
+    return outcome;
+}
+
+JobOutcome EEPROMEditorControl::ReadSettings() {
+    return run(
+        {"reading", "Read", "Read.", "Reading failed!"}, false,
         [this](GenericEEPROMProgrammer& reader, int index) { return readVariable(reader, index); });
+}
+
+JobOutcome EEPROMEditorControl::Program() {
+    return run({"programming", "Programmed", "Programmed.", "Programming failed!"}, true,
+               [this](GenericEEPROMProgrammer& writer, int index) {
+                   return programVariable(writer, index);
+               });
 }
 
 bool EEPROMEditorControl::readVariable(GenericEEPROMProgrammer& reader, int index) {
@@ -65,7 +101,7 @@ bool EEPROMEditorControl::readVariable(GenericEEPROMProgrammer& reader, int inde
         const int pieceLength = std::min(length - done, LongestPiece);
         KOBuffer piece;
         if (variable.Address + done + pieceLength > AddressSpace ||
-            !reader.ReadEEPROM(variable.Address + done, pieceLength, piece))
+            !reader.ReadExactly(variable.Address + done, pieceLength, piece))
             return false;
         bytes.insert(bytes.end(), piece.bytes().begin(), piece.bytes().end());
     }
@@ -74,19 +110,12 @@ bool EEPROMEditorControl::readVariable(GenericEEPROMProgrammer& reader, int inde
     return true;
 }
 
-void EEPROMEditorControl::program() {
-    run("programming", "Programmed", ProgrammedReport, "Programming failed!",
-        [this](GenericEEPROMProgrammer& writer, int index) {
-            return programVariable(writer, index);
-        });
-}
-
 bool EEPROMEditorControl::programVariable(GenericEEPROMProgrammer& writer, int index) {
     const EEPROMVariable& variable = document.entry(index);
     KOBuffer buffer;
     for (const std::uint8_t byte : variable.DataValue)
         buffer.Append(byte);
-    fitLength(buffer, variable.Length);
+    fitLength(buffer, index);
     if (variable.Address + buffer.Length() > AddressSpace)
         return false;
     if (buffer.Length() == 0)
@@ -99,17 +128,18 @@ bool EEPROMEditorControl::programVariable(GenericEEPROMProgrammer& writer, int i
     });
 }
 
-void EEPROMEditorControl::fitLength(KOBuffer& buffer, int length) {
+void EEPROMEditorControl::fitLength(KOBuffer& buffer, int index) {
+    const int length = document.entry(index).Length;
     if (buffer.Length() == length)
         return;
     const char* question =
         buffer.Length() < length ? "Pad the end with zeros?" : "Remove bytes from the end?";
     place_.pointer.set(false);
-    const Answer answer =
-        place_.dialogs.Message({"Wrong Length",
-                                std::to_string(buffer.Length()) + " bytes supplied in a " +
-                                    std::to_string(length) + " byte field.\r\n\r\n" + question,
-                                MessageBox::Icon::None, MessageBox::Buttons::YesNo});
+    const Answer answer = place_.dialogs.Message(
+        {"Wrong Length",
+         NameOf(index) + "\r\n" + std::to_string(buffer.Length()) + " bytes supplied in a " +
+             std::to_string(length) + " byte field.\r\n\r\n" + question,
+         MessageBox::Icon::None, MessageBox::Buttons::YesNo});
     place_.pointer.set(true);
     if (answer == Answer::Yes)
         buffer.SetLength(length, 0);

@@ -25,24 +25,33 @@ void appendAddress(KOBuffer& buffer, int address) {
 
 } // namespace
 
+GenericEEPROMProgrammer::GenericEEPROMProgrammer(const Workplace& place)
+    : with_(place), onPacket_(place.link.PacketReceived.connect([this](const KOPacket& packet) {
+          ProcessPacket(packet);
+      })) {}
+
 bool GenericEEPROMProgrammer::Connect(const std::string& className, const std::string& friendlyName,
                                       bool anyDevice) {
     if (!with_.link.IsConnected())
-        return fail("No Corvane is connected.");
-    return with_.link.Connect(className, anyDevice) ||
-           fail("Unable to connect to the " + friendlyName + ".");
+        return fail(NoLinkOpen(with_.link));
+    JobOutcome reached = ReachProduct(with_, className, anyDevice);
+    reached.text = "Unable to connect to the " + friendlyName + ".";
+    return reached.done() || fail(std::move(reached));
 }
 
 void GenericEEPROMProgrammer::ProcessPacket(const KOPacket& packet) {
     if (packet.Channel() == ReadReplyChannel)
         reply_ = packet.buffer().Clone();
-    if (packet.Channel() == ReadReplyChannel || packet.Channel() == WriteReplyChannel)
-        waiting_ = false;
+    if (packet.Channel() != ReadReplyChannel && packet.Channel() != WriteReplyChannel)
+        return;
+    if (!std::exchange(waiting_, false) && overdue_ > 0)
+        --overdue_;
 }
 
 bool GenericEEPROMProgrammer::ReadEEPROM(int Address, int Length, KOBuffer& buffer) {
     Assert(Length >= 0 && Length <= MaxRead, "An EEPROM is read in pieces of at most 255 bytes.");
     buffer = {};
+    reply_ = {};
     if (Length == 0)
         return true;
     KOPacket request = with_.link.makePacket();
@@ -52,10 +61,24 @@ bool GenericEEPROMProgrammer::ReadEEPROM(int Address, int Length, KOBuffer& buff
     static_cast<void>(request.Send()); // one that is not accepted is not answered
     Reading.raise(0, Length);
     if (!WaitForReply())
-        return fail("Read timed out.");
+        return fail({JobOutcome::Reason::Failed, "Read timed out.", NoReplyCure(with_.link)});
     Reading.raise(Length, Length);
     buffer = std::exchange(reply_, {});
     return true;
+}
+
+bool GenericEEPROMProgrammer::ReadExactly(int Address, int Length, KOBuffer& buffer) {
+    if (!ReadEEPROM(Address, Length, buffer))
+        return false;
+    if (buffer.Length() == Length)
+        return true;
+    const auto number = [](int count, const char* one, const char* many) {
+        return std::to_string(count) + (count == 1 ? one : many);
+    };
+    return fail({JobOutcome::Reason::Failed,
+                 "The product sent " + number(buffer.Length(), " byte", " bytes") + " where " +
+                     number(Length, " was", " were") + " asked for.",
+                 "Nothing of it was taken over. Try again."});
 }
 
 bool GenericEEPROMProgrammer::WriteEEPROM(int Address, const KOBuffer& buffer) {
@@ -68,8 +91,18 @@ bool GenericEEPROMProgrammer::WriteEEPROM(int Address, const KOBuffer& buffer) {
                         "through a powered USB hub.");
     Writing.raise(offset, buffer.Length());
     KOBuffer readBack;
+    const auto couldNotRead = "Couldn't read back the EEPROM to verify it.";
+    const bool replyMissing = overdue_ > 0;
     if (!ReadEEPROM(Address, buffer.Length(), readBack))
-        return fail("Couldn't read back the EEPROM to verify it.");
+        return fail(couldNotRead);
+    if (std::ranges::equal(buffer.bytes(), readBack.bytes()))
+        return true;
+    // What came may have been the late reply to a write.
+    if (replyMissing) {
+        AwaitLateReply();
+        if (!ReadEEPROM(Address, buffer.Length(), readBack))
+            return fail(couldNotRead);
+    }
     return std::ranges::equal(buffer.bytes(), readBack.bytes()) ||
            fail("The EEPROM written does not match the EEPROM read.\r\n\r\nYou may want to try "
                 "programming again.");
@@ -116,13 +149,32 @@ bool GenericEEPROMProgrammer::WaitForReply() {
         if (waiting_)
             with_.pause.pause();
     }
-    return !std::exchange(waiting_, false);
+    if (!std::exchange(waiting_, false))
+        return true;
+    ++overdue_;
+    return false;
+}
+
+void GenericEEPROMProgrammer::AwaitLateReply() {
+    const std::uint32_t start = with_.clock.now();
+    while (overdue_ > 0 && TimeDiff(with_.clock.now(), start) < ReplyWithin && with_.link.ready()) {
+        with_.link.Update();
+        if (overdue_ > 0)
+            with_.pause.pause();
+    }
+    overdue_ = 0;
+}
+
+bool GenericEEPROMProgrammer::fail(JobOutcome outcome) {
+    failure_ = std::move(outcome);
+    failure_.told = true;
+    with_.pointer.set(false);
+    with_.dialogs.ShowError(failure_.inWords());
+    return false;
 }
 
 bool GenericEEPROMProgrammer::fail(const std::string& text) {
-    with_.pointer.set(false);
-    with_.dialogs.ShowError(text);
-    return false;
+    return fail({JobOutcome::Reason::Failed, text, {}});
 }
 
 void GenericEEPROMProgrammer::sleep() const {

@@ -1,17 +1,19 @@
 #pragma once
 
-#include "link/Workplace.h"
+#include "link/ProductReach.h"
 
 namespace corvane {
 
 /// Reads and writes the EEPROM of whatever product hangs on the link. Every operation blocks until
 /// it is done, keeps the link running meanwhile, shows its own message if it fails, and puts the
-/// busy pointer back before that. Lives for one job; its owner passes every packet on to it.
+/// busy pointer back before that. Lives for one job, and hears the link's packets itself.
 class GenericEEPROMProgrammer {
   public:
     static constexpr int MaxRead = 255; ///< Bytes of one read, and so of one verified write.
 
-    explicit GenericEEPROMProgrammer(const Workplace& place) : with_(place) {}
+    explicit GenericEEPROMProgrammer(const Workplace& place);
+    GenericEEPROMProgrammer(const GenericEEPROMProgrammer&) = delete;
+    GenericEEPROMProgrammer& operator=(const GenericEEPROMProgrammer&) = delete;
 
     Event<int, int> Reading; ///< Bytes so far, and in all.
     Event<int, int> Writing;
@@ -21,13 +23,22 @@ class GenericEEPROMProgrammer {
                                bool anyDevice);
     /// Returns when the link has let go.
     void Disconnect(bool pleaseReset) { with_.link.DisconnectAndBlock(pleaseReset); }
+    /// Every packet of the link comes here.
     void ProcessPacket(const KOPacket& packet);
 
     /// Replaces `buffer` by the bytes read, as many as the product sent. `Address` has 16 bits,
     /// `Length` is at most `MaxRead`.
     [[nodiscard]] bool ReadEEPROM(int Address, int Length, KOBuffer& buffer);
+    /// The same, for who needs just so many bytes: another number is a failure, and told.
+    [[nodiscard]] bool ReadExactly(int Address, int Length, KOBuffer& buffer);
     /// Writes and reads back, at most `MaxRead` bytes. A failure leaves what has been written.
     [[nodiscard]] bool WriteEEPROM(int Address, const KOBuffer& buffer);
+    /// Waits for the reply that an operation no longer waited for, if there is one, so that it is
+    /// not taken for the reply to the next request.
+    void AwaitLateReply();
+
+    /// Why the last operation that failed did so. The person has been told.
+    [[nodiscard]] const JobOutcome& failure() const { return failure_; }
 
     /// Size of the receive buffer of the product's controller, 5 bytes or more.
     [[nodiscard]] int UCBufferSize() const { return chunkPayload_ + PacketOverhead; }
@@ -40,6 +51,7 @@ class GenericEEPROMProgrammer {
     [[nodiscard]] bool WriteChunkWithRetries(int Address, const KOBuffer& chunk, int& offset);
     [[nodiscard]] bool WriteWithTries(int tries, int Address, const KOBuffer& chunk, int& offset);
     [[nodiscard]] bool WaitForReply();
+    [[nodiscard]] bool fail(JobOutcome outcome);
     [[nodiscard]] bool fail(const std::string& text);
     void sleep() const;
 
@@ -47,6 +59,9 @@ class GenericEEPROMProgrammer {
     int chunkPayload_ = 1;
     KOBuffer reply_;
     bool waiting_ = false;
+    int overdue_ = 0; // replies that nobody waits for any more
+    JobOutcome failure_;
+    Connection onPacket_;
 };
 
 } // namespace corvane

@@ -139,6 +139,9 @@ class History {
     [[nodiscard]] bool mayBeLost();
     void reset();
     [[nodiscard]] std::string dialogFilter() const;
+    [[nodiscard]] std::optional<std::string> askForName() const;
+    [[nodiscard]] bool completeName(std::string& path) const;
+    [[nodiscard]] bool mayReplace(const std::string& path) const;
     [[nodiscard]] bool writeTo(const std::string& path);
     [[nodiscard]] std::optional<Loaded> readFrom(KOText& text, const std::string& path);
     /// Fills `loaded`, or gives the message of what is wrong with the file.

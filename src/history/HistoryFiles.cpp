@@ -1,8 +1,12 @@
 #include "base/Assert.h"
 #include "base/Numbers.h"
+#include "base/Text.h"
 #include "base/TextLines.h"
 #include "history/History.h"
 #include "history/KOIO.h"
+#include "system/File.h"
+
+#include <filesystem>
 
 namespace corvane {
 
@@ -39,8 +43,44 @@ void History::SaveHistory() {
 
 bool History::SaveHistoryAs() {
     Assert(!filter_.empty());
-    const std::optional<std::string> path = with_.dialogs.SaveFile(dialogFilter(), savePath_);
+    const std::optional<std::string> path = askForName();
     return path && writeTo(*path);
+}
+
+/// Asks until the person is content with the name, or cancels.
+std::optional<std::string> History::askForName() const {
+    std::optional<std::string> path = with_.dialogs.SaveFile(dialogFilter(), savePath_);
+    while (path && !(completeName(*path) && mayReplace(*path)))
+        path = with_.dialogs.SaveFile(dialogFilter(), *path);
+    return path;
+}
+
+/// A file of another name would not show when files of this kind are looked for; so it is made only
+/// if that is meant. False if the person would like to choose again.
+bool History::completeName(std::string& path) const {
+    std::string suffix = filter_.substr(filter_.find('|') + 1);
+    suffix = suffix.substr(0, suffix.find_first_of(";|"));
+    suffix.erase(0, suffix.find('.'));
+    if (LowerCase(path).ends_with(LowerCase(suffix)))
+        return true;
+    const std::string name = KOIOFilename(path);
+    const Answer answer = with_.dialogs.AskAboutName(
+        {"Save As",
+         "Save as '" + name + suffix + "'?\r\n\r\nYes gives it that name, No saves it as '" + name +
+             "', and Cancel goes back.",
+         MessageBox::Icon::Question, MessageBox::Buttons::YesNoCancel});
+    if (answer == Answer::Yes)
+        path += suffix;
+    return answer == Answer::Yes || answer == Answer::No;
+}
+
+bool History::mayReplace(const std::string& path) const {
+    std::error_code error;
+    return !std::filesystem::exists(path, error) ||
+           with_.dialogs.AskAboutName(
+               {"Save As",
+                KOIOFilename(path) + " already exists.\r\n\r\nDo you want to replace it?",
+                MessageBox::Icon::Warning, MessageBox::Buttons::YesNo}) == Answer::Yes;
 }
 
 bool History::OpenHistory(std::string filename) {

@@ -14,6 +14,22 @@ struct DeviceInfo {
     bool operator==(const DeviceInfo&) const = default;
 };
 
+/// Why a link device is not open although it is plugged in.
+struct LinkHindrance {
+    enum class Kind {
+        None,
+        Busy,      ///< Another program holds it.
+        Forbidden, ///< The system gives this user no rights to it.
+        Broken     ///< It does not answer as it should.
+    };
+
+    Kind kind = Kind::None;
+    /// Who holds a busy one, such as "minicom (process 1234)"; empty if the system does not tell.
+    std::string holder;
+
+    bool operator==(const LinkHindrance&) const = default;
+};
+
 /// Access to the link devices that are plugged in, of which at most one is open.
 class KODevice {
   public:
@@ -29,8 +45,11 @@ class KODevice {
     /// Whether a device has appeared that has not told its strings yet.
     [[nodiscard]] virtual bool EnumerationPending() const = 0;
 
-    /// A device that can't be opened is told in the log and counts as gone.
+    /// A device that can't be opened is told in the log and counts as gone. It is tried again once
+    /// a second at most; calls in between do nothing.
     virtual void OpenDevice(int index) = 0;
+    /// Why the last `OpenDevice` left no device open.
+    [[nodiscard]] virtual LinkHindrance Hindrance() const { return {}; }
     virtual void CloseDevice() = 0;
     /// -1 while the open device lives, 0 if it is gone or none is open. Also moves what has
     /// arrived and what is to be sent, so it is called at each step.
@@ -42,6 +61,8 @@ class KODevice {
     /// Writes the strings into the open link's own EEPROM; they show after the next plugging.
     [[nodiscard]] virtual bool ProgramDevice(const DeviceInfo& strings) = 0;
 
+    /// Readable when the open device has something to read; -1 if it can't tell in this way.
+    [[nodiscard]] virtual int Descriptor() const { return -1; }
     /// Waits until the open device has something to read, but no longer than this.
     virtual void WaitForData(int milliseconds) = 0;
 };

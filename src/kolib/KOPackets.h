@@ -14,7 +14,7 @@ class KOPackets {
 
     /// Starts a session; the value goes with it. False if no device is open.
     [[nodiscard]] virtual bool SendHello(int value) = 0;
-    /// Whether the echo of the last hello has come.
+    /// Whether the echo of the last hello has come. Waits for it until 10 ms after the hello.
     [[nodiscard]] virtual bool ReceivedHello() = 0;
     /// Hands over a packet of 0 to 255 bytes on a channel from 0 to 255. False if it was not
     /// accepted: no device, too many waiting, or an argument out of range.

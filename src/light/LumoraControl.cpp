@@ -110,8 +110,10 @@ void LumoraControl::connectButtons() {
     on(ZoomOutButton, "Show more time, but smaller", [this] { tracks.ZoomOut(); });
     on(ZoomToFitButton, "Make the longest track just fill the window",
        [this] { tracks.ZoomToFit(); });
-    on(ProgramButton, "Put the program into the controller on the link", [this] { program(); });
-    on(DebugButton, "Write the controller's memory to the log", [this] { dump(); });
+    ProgramButton.setToolTipText("Put the program into the controller on the link");
+    jobs_.add(ProgramButton, [this] { program(); });
+    DebugButton.setToolTipText("Write the controller's memory to the log");
+    jobs_.add(DebugButton, [this] { dump(); });
     on(DebugDisconnectButton, "Let the controller go",
        [this] { place_.link.setMaintainConnection(false); });
     on(AdvancedButton, "Turn-off point, hysteresis and what happens without a signal", [this] {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "controls/JobButtons.h"
 #include "controls/TripPointControl.h"
 #include "light/LumoraClipboard.h"
 #include "light/LumoraOptions.h"
@@ -111,11 +112,11 @@ class LumoraControl final : public ProductControl, public ClipboardCommands {
     void writeLine(const std::string& text) const;
 
     Workplace place_;
+    JobButtons jobs_{place_.pointer};
     Dialogs& dialogs_;
     const KODebugger* debugger_ = nullptr;
     std::unique_ptr<LumoraProgramming> programming_;
-    LumoraProgrammer* programmer_ = nullptr;    // during a run
-    GenericEEPROMProgrammer* dumper_ = nullptr; // during a dump
+    bool running_ = false; // a programming run or a dump
     LumoraClipboard clipboard_;
     Messenger clipboardMessenger_;
     bool canCopy_ = false;

@@ -1,5 +1,6 @@
 // What the light editor does with the controller on the link: programming runs, and the dump of its
 // memory.
+#include "base/Raised.h"
 #include "light/LumoraControl.h"
 
 #include <algorithm>
@@ -27,44 +28,21 @@ constexpr std::array dumpTables{DumpTable{25, "programT: "},     DumpTable{26, "
 } // namespace
 
 void LumoraControl::program() {
-    if (programmer_ != nullptr || dumper_ != nullptr)
+    if (running_)
         return;
     tracks.Commit();
-    BusyScope busy(place_.pointer);
+    const BusyScope busy(place_.pointer);
+    const Raised running(running_);
     LumoraProgrammer run(place_, document);
-    programmer_ = &run;
-    std::vector<Connection> ends;
-    const auto endOn = [&](auto& event) {
-        ends.push_back(event.connect([&](auto...) {
-            busy.end();
-            programmer_ = nullptr;
-        }));
-    };
-    endOn(run.ConnectionFailed);
-    endOn(run.ProgrammingComplete);
-    endOn(run.ProgrammingCanceled);
-    endOn(run.ProgrammingFailed);
-    endOn(run.ProgrammingFailedDueToCodeSpace);
     if (programming_ != nullptr)
         programming_->Closed.raise(); // that of an earlier run
     programming_ = std::make_unique<LumoraProgramming>();
     programming_->SetProgrammer(run);
     ProgrammingShown.raise(*programming_);
-    run.BeginProgramming();
-    while (programmer_ != nullptr) {
-        place_.link.Update();
-        if (programmer_ != nullptr)
-            programmer_->Update();
-        if (programmer_ != nullptr)
-            place_.pause.pause();
-    }
+    static_cast<void>(run.run()); // the dialog tells it
 }
 
 void LumoraControl::ProcessPacket(const KOPacket& packet) {
-    if (programmer_ != nullptr)
-        programmer_->ProcessPacket(packet);
-    if (dumper_ != nullptr)
-        dumper_->ProcessPacket(packet);
     const auto* const table =
         std::find_if(dumpTables.begin(), dumpTables.end(), [&packet](const DumpTable& candidate) {
             return candidate.channel == packet.Channel();
@@ -77,29 +55,29 @@ void LumoraControl::ProcessPacket(const KOPacket& packet) {
 }
 
 void LumoraControl::dump() {
-    if (programmer_ != nullptr || dumper_ != nullptr)
+    if (running_)
         return;
+    const Raised running(running_);
     const BusyScope busy(place_.pointer);
     KOCommLink& link = place_.link;
-    if (!link.Connect(ControlClass, false)) {
+    if (const JobOutcome reached = ReachProduct(place_, ControlClass, false); !reached.done()) {
         link.Disconnect(false);
-        return writeLine("Couldn't connect.");
+        writeLine("Couldn't connect.");
+        return writeLine(reached.cure);
     }
     writeLine("Connected. Requesting EEPROM.");
-    if (link.deviceType().Equals(Version(1, 1))) {
+    if (link.Product().deviceType.Equals(Version(1, 1))) {
         KOPacket request = link.makePacket();
         request.setChannel(DumpRequestChannel);
         static_cast<void>(request.Send()); // what comes back is written as it comes
         return;
     }
     GenericEEPROMProgrammer reader(place_);
-    dumper_ = &reader;
     KOBuffer bytes;
-    if (reader.ReadEEPROM(0, ImageLength, bytes))
+    if (reader.ReadExactly(0, ImageLength, bytes))
         writeLine("EEPROM: " + bytes.ToString());
     else
         writeLine("Couldn't read EEPROM.");
-    dumper_ = nullptr;
     link.Disconnect(false);
 }
 

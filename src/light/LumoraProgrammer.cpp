@@ -18,14 +18,49 @@ constexpr int WrongReplyWeight = 1;
 constexpr int SilenceWeight = 50;
 constexpr int NewerBufferSize = 64; // bytes, of the newer controller
 
+using Reason = JobOutcome::Reason;
+constexpr const char* Failed = "Programming failed.";
+constexpr const char* OnlyAPart = " The controller has only a part of the program until then.";
+constexpr const char* Nonsense = "The controller gave an answer that does not fit. Program again.";
+constexpr const char* NotWritten =
+    "What is in the controller is not this program. Check its cable and its power, then program "
+    "again.";
+
 } // namespace
 
 LumoraProgrammer::LumoraProgrammer(const Workplace& place, const LumoraDocument& document)
-    : with_(place), document_(document) {}
+    : with_(place),
+      document_(document),
+      onPacket_(place.link.PacketReceived.connect(
+          [this](const KOPacket& packet) { ProcessPacket(packet); })) {}
+
+JobOutcome LumoraProgrammer::run() {
+    BeginProgramming();
+    while (!over_) {
+        with_.link.Update();
+        if (!over_)
+            Update();
+        if (!over_)
+            with_.pause.pause();
+    }
+    return outcome_;
+}
 
 void LumoraProgrammer::BeginProgramming() {
-    if (!with_.link.Connect(ControlClass, false)) {
+    JobOutcome reached = ReachProduct(with_, ControlClass, false);
+    if (!reached.done()) {
         with_.link.DisconnectAndBlock(false); // it may have got hold of another product
+        reached.text = "Unable to connect to the Lumora.";
+        end(std::move(reached));
+        return ConnectionFailed.raise();
+    }
+    const Version controller = with_.link.Product().deviceType;
+    const bool older = controller.Equals(Version(1, 1));
+    if (!older && !controller.Equals(Version(1, 2))) {
+        with_.link.DisconnectAndBlock(false);
+        end({Reason::OtherProduct, "Unable to connect to the Lumora.",
+             "The controller is of type " + controller.ToString() +
+                 ", which this program can't program. Look for a newer version of the program."});
         return ConnectionFailed.raise();
     }
     Connected.raise();
@@ -34,9 +69,12 @@ void LumoraProgrammer::BeginProgramming() {
         with_.dialogs.ShowError("Channel " + std::to_string(channel) +
                                 " has a segment with a function that the controller does not "
                                 "know.\r\n\r\nChoose another function for it, then program again.");
-        return FailProgramming();
+        queue_.clear();
+        with_.link.DisconnectAndBlock(false);
+        end({Reason::Unfit, Failed, {}, true});
+        return ProgrammingFailed.raise();
     }
-    if (with_.link.deviceType().Equals(Version(1, 1)))
+    if (older)
         programTransfers();
     else
         programImage();
@@ -76,30 +114,28 @@ void LumoraProgrammer::SendNextTransfer() {
     if (packet.Send())
         sentAt_ = with_.clock.now();
     else
-        FailProgramming();
+        FailProgramming(NoReplyCure(with_.link));
 }
 
 void LumoraProgrammer::ProcessPacket(const KOPacket& packet) {
-    if (EepWriter_ != nullptr)
-        EepWriter_->ProcessPacket(packet);
     if (packet.Channel() != SetReplyChannel || queue_.empty())
         return;
     const KOBuffer& reply = packet.buffer();
     if (reply.Length() < ReplyLength)
-        return FailProgramming();
+        return FailProgramming(Nonsense);
     const LumoraTransfer& transfer = queue_.front();
     if (reply.Data(1) != transfer.kind) {
         DebugPrint.raise("FAILURE! Wrong kind.\r\n");
-        return FailProgramming();
+        return FailProgramming(Nonsense);
     }
     if (reply.Data(3) != transfer.checksum()) {
         DebugPrint.raise("FAILURE! Invalid data: expected " + std::to_string(transfer.checksum()) +
                          ", not " + std::to_string(reply.Data(3)) + ".\r\n");
-        return RetryTransfer(WrongReplyWeight);
+        return RetryTransfer(WrongReplyWeight, Nonsense);
     }
     if (reply.Data(2) == 0) {
         DebugPrint.raise("ERROR! Explicit failure to set.\r\n");
-        return RetryTransfer(WrongReplyWeight);
+        return RetryTransfer(WrongReplyWeight, Nonsense);
     }
     retryCount_ = 0;
     queue_.pop_front();
@@ -111,14 +147,14 @@ void LumoraProgrammer::Update() {
     if (queue_.empty() || std::abs(TimeDiff(with_.clock.now(), sentAt_)) <= ReplyWithin)
         return;
     DebugPrint.raise("ERROR! No response!\r\n");
-    RetryTransfer(SilenceWeight);
+    RetryTransfer(SilenceWeight, NoReplyCure(with_.link));
 }
 
-void LumoraProgrammer::RetryTransfer(int weight) {
+void LumoraProgrammer::RetryTransfer(int weight, const std::string& cure) {
     retryCount_ += weight;
     if (retryCount_ >= RetryBudget) {
         DebugPrint.raise("FAILURE! Too many retries. Giving up.\r\n");
-        return FailProgramming();
+        return FailProgramming(cure);
     }
     const LumoraTransfer& transfer = queue_.front();
     DebugPrint.raise("FAILURE! Retrying...");
@@ -150,32 +186,46 @@ void LumoraProgrammer::programImage() {
     ProgrammingStarted.raise(compiled.segments, LumoraDocument::BlockLimit);
     readTotal_ = writeTotal_ = compiler.image().Length();
     const bool done = EepWriter_->WriteEEPROM(0, compiler.image());
+    end(done ? JobOutcome{Reason::Done, Complete, {}}
+             : JobOutcome{Reason::Failed, Failed, NotWritten});
     (done ? ProgrammingComplete : ProgrammingFailed).raise();
     EepWriter_->Disconnect(true);
 }
 
 // Ends
 
-void LumoraProgrammer::FailProgramming() {
+void LumoraProgrammer::end(JobOutcome outcome) {
+    over_ = true;
+    outcome_ = std::move(outcome);
+}
+
+void LumoraProgrammer::FailProgramming(const std::string& cure) {
     queue_.clear();
     with_.link.DisconnectAndBlock(false);
+    end({Reason::Failed, Failed, cure + OnlyAPart});
     ProgrammingFailed.raise();
 }
 
 void LumoraProgrammer::CancelProgramming() {
     queue_.clear();
     with_.link.DisconnectAndBlock(false);
+    end({Reason::Canceled, "Programming canceled.", {}});
     ProgrammingCanceled.raise();
 }
 
 void LumoraProgrammer::FailForCodeSpace(int blocksUsed) {
     queue_.clear();
     with_.link.DisconnectAndBlock(false);
+    end({Reason::Unfit,
+         "The Lumora controller can only hold " + std::to_string(LumoraDocument::BlockLimit) +
+             " segments.",
+         "The program needs " + std::to_string(blocksUsed) + "."});
     ProgrammingFailedDueToCodeSpace.raise(blocksUsed, LumoraDocument::BlockLimit);
 }
 
 void LumoraProgrammer::FinishProgramming() {
     with_.link.DisconnectAndBlock(true);
+    end({Reason::Done, Complete, {}});
     ProgrammingComplete.raise();
 }
 

@@ -7,10 +7,8 @@
 
 namespace corvane {
 
-/// Takes a light program into the controller that hangs on the link. Made anew for each run. Its
-/// owner passes on every packet, and calls the link's and its own `Update` until an end event has
-/// come; the newer controller's run is over when `BeginProgramming` returns. Nothing is sent
-/// before `ProgrammingStarted`.
+/// Takes a light program into the controller that hangs on the link. Made anew for each run, and
+/// hears the link's packets itself. Nothing is sent before `ProgrammingStarted`.
 class LumoraProgrammer {
   public:
     LumoraProgrammer(const Workplace& place, const LumoraDocument& document);
@@ -27,7 +25,17 @@ class LumoraProgrammer {
     Event<int, int> ProgrammingStarted;              ///< Blocks used, and the limit.
     Event<> ProgressChanged;
 
+    static constexpr const char* Complete = "Programming complete.";
+
+    /// A whole run, from the connection to its end.
+    [[nodiscard]] JobOutcome run();
+    /// What has become of the run, as soon as an end event has come.
+    [[nodiscard]] const JobOutcome& outcome() const { return outcome_; }
+
+    /// Begins a run, which `Update` and the link's `Update` go on with until an end event has come;
+    /// the newer controller's is over when this returns.
     void BeginProgramming();
+    /// Every packet of the link comes here.
     void ProcessPacket(const KOPacket& packet);
     /// Watches for the reply that does not come.
     void Update();
@@ -39,9 +47,10 @@ class LumoraProgrammer {
     void programImage();
     [[nodiscard]] bool endsHere(const LumoraCompiled& compiled);
     void SendNextTransfer();
-    void RetryTransfer(int weight);
-    void FailProgramming();
+    void RetryTransfer(int weight, const std::string& cure);
+    void FailProgramming(const std::string& cure);
     void CancelProgramming();
+    void end(JobOutcome outcome);
     void FailForCodeSpace(int blocksUsed);
     void FinishProgramming();
 
@@ -56,6 +65,9 @@ class LumoraProgrammer {
     int transferTotal_ = 0;
     int retryCount_ = 0; // spent of the budget of the transfer at the head
     std::uint32_t sentAt_ = 0;
+    JobOutcome outcome_;
+    bool over_ = false;
+    Connection onPacket_;
     Connection onReading_;
     Connection onWriting_;
 };

@@ -15,6 +15,7 @@ std::string percentText(double share) {
 } // namespace
 
 LumoraProgramming::LumoraProgramming() : onOk_(OKButton.Click.connect([this] { Closed.raise(); })) {
+    Cure.setVisible(false);
     OKButton.setEnabled(false, "The controller is being programmed.");
 }
 
@@ -27,19 +28,20 @@ void LumoraProgramming::SetProgrammer(LumoraProgrammer& programmer) {
         Status.setCaption("Programming, please wait...");
         Refresh.raise();
     });
-    on(programmer.ConnectionFailed, [this] { end("Unable to connect to the Lumora."); });
+    const auto end = [this, &programmer] { showEnd(programmer.outcome()); };
+    on(programmer.ConnectionFailed, end);
     on(programmer.ProgrammingStarted, [this](int used, int most) { showBlocks(used, most); });
     on(programmer.ProgressChanged,
        [this, &programmer] { Progress.setValue(programmer.Progress()); });
-    on(programmer.ProgrammingComplete, [this] {
+    on(programmer.ProgrammingComplete, [this, end] {
         Progress.setValue(100);
-        end(CompleteStatus);
+        end();
     });
-    on(programmer.ProgrammingCanceled, [this] { end("Programming canceled."); });
-    on(programmer.ProgrammingFailed, [this] { end("Programming failed."); });
-    on(programmer.ProgrammingFailedDueToCodeSpace, [this](int used, int most) {
+    on(programmer.ProgrammingCanceled, end);
+    on(programmer.ProgrammingFailed, end);
+    on(programmer.ProgrammingFailedDueToCodeSpace, [this, end](int used, int most) {
         showBlocks(used, most);
-        end("The Lumora controller can only hold " + std::to_string(most) + " segments.");
+        end();
     });
 }
 
@@ -50,8 +52,10 @@ void LumoraProgramming::showBlocks(int blocksUsed, int maxBlocks) {
     MemoryInUseLabel.setCaption(percentText(static_cast<double>(blocksUsed) / maxBlocks));
 }
 
-void LumoraProgramming::end(const std::string& status) {
-    Status.setCaption(status);
+void LumoraProgramming::showEnd(const JobOutcome& outcome) {
+    Cure.setCaption(outcome.cure);
+    Cure.setVisible(!outcome.cure.empty());
+    Status.setCaption(outcome.text);
     OKButton.setEnabled(true, {});
 }
 

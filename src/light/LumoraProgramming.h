@@ -9,7 +9,6 @@ namespace corvane {
 class LumoraProgramming {
   public:
     static constexpr const char* Caption = "Program Lumora";
-    static constexpr const char* CompleteStatus = "Programming complete.";
 
     LumoraProgramming();
     LumoraProgramming(const LumoraProgramming&) = delete;
@@ -22,6 +21,7 @@ class LumoraProgramming {
     Event<> Refresh; ///< What shows now is to be on the screen at once.
 
     Label Status{"Connecting to the Lumora..."};
+    Label Cure; ///< What to do about a failure, as long as there is something.
     Label Label1{"Segments Used"};
     Label SegmentsUsedLabel;
     Label Label2{"Segment Limit"};
@@ -35,7 +35,7 @@ class LumoraProgramming {
 
   private:
     void showBlocks(int blocksUsed, int maxBlocks);
-    void end(const std::string& status);
+    void showEnd(const JobOutcome& outcome);
 
     std::vector<Connection> connections_;
     Connection onOk_;

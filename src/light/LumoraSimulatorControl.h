@@ -83,7 +83,7 @@ class LumoraSimulatorControl {
 
     MenuItem mnuCanvasChangeBackground{"Change &Background..."};
     MenuItem mnuCanvasResetBackground{"&Reset Background"};
-    MenuItem mnuCanvasSeparator1;
+    MenuItem mnuCanvasSeparator1{MenuItem::Separator};
     MenuItem mnuCanvasSetBackgroundColor{"Set Background &Color..."};
     MenuItem mnuLightChangePicture{"Change &Picture..."};
     MenuItem mnuLightResetPicture{"&Reset Picture"};

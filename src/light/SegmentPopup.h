@@ -14,17 +14,17 @@ class SegmentPopup {
 
     MenuItem mnuPopupChangeBrightness{"Change &Brightness..."};
     MenuItem mnuPopupChangeTime{"Change Ti&me..."};
-    MenuItem mnuPopupSep1;
+    MenuItem mnuPopupSep1{MenuItem::Separator};
     MenuItem mnuPopupFunction{"&Function"};
     MenuItem mnuPopupFunctionNormal{"&Normal Behavior"};
-    MenuItem mnuPopupFunctionSep;
+    MenuItem mnuPopupFunctionSep{MenuItem::Separator};
     MenuItem mnuPopupFunctionProportional{"&Proportional"};
     MenuItem mnuPopupFunctionFromTrip{"P&roportional from Trip Point"};
-    MenuItem mnuPopupSep2;
+    MenuItem mnuPopupSep2{MenuItem::Separator};
     MenuItem mnuPopupAddSegment{"&Add"};
     MenuItem mnuPopupInsertSegment{"&Insert"};
     MenuItem mnuPopupDeleteSegment{"&Delete"};
-    MenuItem mnuPopupSep3;
+    MenuItem mnuPopupSep3{MenuItem::Separator};
     MenuItem mnuPopupCut{"Cu&t"};
     MenuItem mnuPopupCopy{"&Copy"};
     MenuItem mnuPopupPaste{"&Paste"};
@@ -48,7 +48,7 @@ class TrackPopup {
     TrackPopup();
 
     MenuItem mnuPopupAdd{"&Add"};
-    MenuItem mnuPopupSep;
+    MenuItem mnuPopupSep{MenuItem::Separator};
     MenuItem mnuPopupPaste{"&Paste"};
 
     [[nodiscard]] std::vector<MenuPlace> layout();

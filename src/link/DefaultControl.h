@@ -12,7 +12,6 @@ class DefaultControl final : public ProductControl {
   public:
     DefaultControl(KOCommLink& link, Programs& programs);
 
-    void ProcessPacket(const KOPacket&) override {}
     void UpdateReadyState(bool) override {}
     bool UnloadUI() override { return true; }
     void setInterfaceChanger(KOInterfaceChanger& changer) override { changer_ = &changer; }

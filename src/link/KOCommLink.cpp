@@ -44,7 +44,7 @@ void KOCommLink::ResetDevice() {
         return;
     log("Resetting device.");
     with_.device.ResetDevice();
-    Negotiated_ = false;
+    setNegotiated(false);
     ResetAfterExit_ = false;
 }
 
@@ -64,7 +64,7 @@ bool KOCommLink::Connect(const std::string& desiredClass, bool anyDevice) {
                 return false;
             }
             if (TimeDiff(with_.clock.now(), start) > ConnectStage) {
-                if (resetTried || !DeviceOpen_) {
+                if (resetTried || !IsConnected()) {
                     log("Connection to '" + desiredClass + "' timed out.");
                     setMaintainConnection(false);
                     return false;
@@ -103,25 +103,19 @@ void KOCommLink::DisconnectAndBlock(bool pleaseReset) {
     }
 }
 
-void KOCommLink::report(bool& field, bool value) {
-    if (value == field)
-        return;
-    field = value;
-    AvailabilityChanged.raise();
-}
-
 void KOCommLink::setMaintainConnection(bool value) {
     if (!value)
         report(InUse_, false);
     if (MaintainConnection_ == value)
         return;
     MaintainConnection_ = value;
+    EchoHeard_ = EchoHeard_ && !value;
     ExitRetries_ = value ? 0 : ExitRequests;
     LastExitTime_ = with_.clock.now();
 }
 
 bool KOCommLink::ready() const {
-    return DeviceOpen_ && ((Negotiated_ && !Unnegotiating_) || !IsLinkDevice_);
+    return IsConnected() && ((Negotiated_ && !Unnegotiating_) || !IsLinkDevice_);
 }
 
 void KOCommLink::Update() {
@@ -138,8 +132,8 @@ void KOCommLink::Update() {
         UnnegotiateStep();
     }
     report(ReportedDriver_, DriverExists());
-    if (DeviceOpen_ != ReportedConnected_) {
-        ReportedConnected_ = DeviceOpen_;
+    if (IsConnected() != ReportedConnected_) {
+        ReportedConnected_ = IsConnected();
         ConnectedChanged.raise();
     }
     UpdateReadyState();
@@ -154,8 +148,23 @@ void KOCommLink::UpdateReadyState() {
 
 void KOCommLink::ClearConnection() {
     DeviceOpen_ = false;
-    Negotiated_ = false;
+    setNegotiated(false);
     EchoMisses_ = 0;
+    EchoMissed_ = false;
+    EchoHeard_ = false;
+}
+
+void KOCommLink::setNegotiated(bool value) {
+    Negotiated_ = value;
+    if (!value)
+        setProduct({});
+}
+
+void KOCommLink::setProduct(const AttachedProduct& product) {
+    if (product == Product_)
+        return;
+    Product_ = product;
+    ProductChanged.raise();
 }
 
 void KOCommLink::SetIdentity(const std::string& Class, const Version& deviceType,
@@ -173,7 +182,7 @@ void KOCommLink::search() {
     with_.device.EnumerateDevices();
     const int count = with_.device.GetDeviceCount();
     if (count <= 0)
-        return report(Claimed_, false);
+        return report(Hindrance_, {});
     log(std::to_string(count) + " device(s).");
     const int candidate = findCandidate(count);
     if (candidate >= 0) {
@@ -181,10 +190,11 @@ void KOCommLink::search() {
         ClearConnection();
         DeviceOpen_ = true;
         log("Connected to device " + std::to_string(candidate) + ".");
-        report(Claimed_, with_.device.GetDeviceState2() != -1);
+        report(Hindrance_,
+               with_.device.GetDeviceState2() == -1 ? LinkHindrance{} : with_.device.Hindrance());
     } else {
         log("No viable candidates found.");
-        report(Claimed_, false);
+        report(Hindrance_, {});
     }
     log("");
 }
@@ -215,7 +225,7 @@ int KOCommLink::findCandidate(int count) {
 void KOCommLink::NegotiateStep() {
     // An exit handshake that was given up half-way must not stand in the way of a new session.
     if (Negotiated_ && Unnegotiating_)
-        Negotiated_ = false;
+        setNegotiated(false);
     Unnegotiating_ = false;
     if (!IsLinkDevice_)
         return;
@@ -233,6 +243,10 @@ bool KOCommLink::sendHelloIfDue() {
         log("False alarm.");
         EchoMisses_ = 0;
     }
+    if (std::exchange(EchoMissed_, false) && with_.packets.ReceivedHello()) {
+        log("Echo received late.");
+        EchoHeard_ = true;
+    }
     if (!with_.packets.SendHello(HelloValue))
         log("Hello send failed.");
     return true;
@@ -249,7 +263,7 @@ void KOCommLink::drain() {
             std::to_string(length) + ").");
         const bool signOfLife = channel != ExitChannel && channel != SilenceChannel;
         if (signOfLife && !Negotiated_) {
-            Negotiated_ = true;
+            setNegotiated(true);
             log("Ready.");
         }
         KOPacket packet = makePacket();
@@ -267,6 +281,16 @@ void KOCommLink::identify(const KOBuffer& record) {
     Version firmwareVersion;
     const KOProductProfile* product =
         with_.products.ByIdentificationBuffer(record, deviceType, firmwareVersion);
+    AttachedProduct attached{AttachedProduct::Record::Damaged, product, deviceType,
+                             firmwareVersion};
+    if (product != nullptr) {
+        attached.record = AttachedProduct::Record::Known;
+    } else if (KOProductList::IsRecord(record)) {
+        attached.record = AttachedProduct::Record::Unknown;
+        attached.deviceType = Version(record.Data(1), record.Data(2));
+        attached.firmwareVersion = Version(record.Data(3), record.Data(4));
+    }
+    setProduct(attached);
     if (product == nullptr) {
         log("Unrecognized product.");
         return;
@@ -279,9 +303,11 @@ void KOCommLink::noteEcho() {
     if (with_.packets.ReceivedHello()) {
         log("Echo received.");
         EchoMisses_ = 0;
+        EchoHeard_ = true;
     } else if (EchoMisses_ < MissedEchoes) {
         log("Echo missed.");
         ++EchoMisses_;
+        EchoMissed_ = true;
         LastMissTime_ = with_.clock.now();
         if (EchoMisses_ == MissedEchoes)
             log("Waiting for identifier.");
@@ -306,7 +332,7 @@ void KOCommLink::UnnegotiateStep() {
     const int unsent = with_.packets.SendQueue(errorCount);
     if (errorCount != 0) {
         log("Unnegotiation complete, with errors.");
-        Negotiated_ = false;
+        setNegotiated(false);
         Unnegotiating_ = true;
         ResetDevice();
     } else if (unsent > 0) {
@@ -323,7 +349,7 @@ void KOCommLink::UnnegotiateStep() {
         LastExitTime_ = with_.clock.now();
     } else {
         log("Unnegotiation complete.");
-        Negotiated_ = false;
+        setNegotiated(false);
         Unnegotiating_ = false;
         if (ResetAfterExit_)
             ResetDevice();

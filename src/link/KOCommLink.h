@@ -6,8 +6,8 @@
 #include "base/RunModes.h"
 #include "kolib/KODevice.h"
 #include "kolib/KOPackets.h"
+#include "link/AttachedProduct.h"
 #include "link/KOPacket.h"
-#include "link/KOProductList.h"
 
 #include <optional>
 
@@ -37,15 +37,23 @@ class KOCommLink {
     Event<> ReadyStateChanged;
     /// A device was opened or is gone.
     Event<> ConnectedChanged;
-    /// `DriverExists`, `Claimed` or `InUse` has changed.
+    /// `Product` has changed.
+    Event<> ProductChanged;
+    /// `DriverExists`, `Hindrance` or `InUse` has changed.
     Event<> AvailabilityChanged;
 
     /// A device is open.
-    [[nodiscard]] bool IsConnected() const { return DeviceOpen_; }
-    /// Class name of the control for the product that was last identified.
+    [[nodiscard]] bool IsConnected() const {
+        return DeviceOpen_ && Hindrance_.kind == LinkHindrance::Kind::None;
+    }
+    /// Class name of the control for the product that was last identified, be it long ago.
     [[nodiscard]] const std::string& Class() const { return Class_; }
     [[nodiscard]] const Version& deviceType() const { return deviceType_; }
     [[nodiscard]] const Version& firmwareVersion() const { return firmwareVersion_; }
+    /// Who is behind the link now, as far as this session has told.
+    [[nodiscard]] const AttachedProduct& Product() const { return Product_; }
+    /// Something has answered a hello since the link began to negotiate.
+    [[nodiscard]] bool EchoHeard() const { return EchoHeard_; }
     /// The open device is link hardware and not a blank chip.
     [[nodiscard]] bool IsLinkDevice() const { return IsLinkDevice_; }
     /// The product has spoken.
@@ -56,8 +64,10 @@ class KOCommLink {
     /// 10 s and one reset with a silent one. If `anyDevice` is false, a product of another class
     /// also gives false, and the link stays connected to it.
     [[nodiscard]] bool Connect(const std::string& desiredClass, bool anyDevice);
-    /// A link is plugged in that another program uses.
-    [[nodiscard]] bool Claimed() const { return Claimed_; }
+    /// Why the link that is plugged in is not open, if it is not.
+    [[nodiscard]] const LinkHindrance& Hindrance() const { return Hindrance_; }
+    /// Another program has it.
+    [[nodiscard]] bool Claimed() const { return Hindrance_.kind == LinkHindrance::Kind::Busy; }
     /// From `Connect` on until the product is let go: a job works with it.
     [[nodiscard]] bool InUse() const { return InUse_; }
     /// Begins to let the product go; `pleaseReset` power-cycles it at the end.
@@ -79,10 +89,18 @@ class KOCommLink {
     [[nodiscard]] KOPacket makePacket() const { return KOPacket(with_.packets); }
 
   private:
-    void report(bool& field, bool value);
+    template<class Field>
+    void report(Field& field, const Field& value) {
+        if (value == field)
+            return;
+        field = value;
+        AvailabilityChanged.raise();
+    }
     void ClearConnection();
     void SetIdentity(const std::string& Class, const Version& deviceType,
                      const Version& firmwareVersion);
+    void setNegotiated(bool value);
+    void setProduct(const AttachedProduct& product);
     void search();
     int findCandidate(int count);
     void NegotiateStep();
@@ -97,6 +115,8 @@ class KOCommLink {
     bool DeviceOpen_ = false;
     bool IsLinkDevice_ = false;
     int EchoMisses_ = 0;
+    bool EchoMissed_ = false; // that of the last hello, so far
+    bool EchoHeard_ = false;
     std::optional<std::uint32_t> LastMissTime_;
     bool Negotiated_ = false;
     bool Unnegotiating_ = false;
@@ -106,11 +126,12 @@ class KOCommLink {
     std::string Class_;
     Version deviceType_;
     Version firmwareVersion_;
+    AttachedProduct Product_;
     int ExitRetries_ = 0;
     std::uint32_t LastExitTime_ = 0;
     bool MaintainConnection_ = false;
     bool InUse_ = false;
-    bool Claimed_ = false;
+    LinkHindrance Hindrance_;
     bool ReportedDriver_ = true;
 };
 

@@ -72,6 +72,13 @@ const KOProductProfile* KOProductList::ByTypeCode(std::string_view typeCode) con
     return row == rows_.end() ? nullptr : &*row;
 }
 
+bool KOProductList::IsRecord(const KOBuffer& buffer) {
+    if (buffer.Length() < RecordLength)
+        return false;
+    const int sum = buffer.Data(1) + buffer.Data(2) + buffer.Data(3) + buffer.Data(4);
+    return sum % 256 == buffer.Data(ChecksumByte);
+}
+
 const KOProductProfile* KOProductList::ByIdentificationBuffer(const KOBuffer& buffer,
                                                               Version& deviceType,
                                                               Version& firmwareVersion) const {
@@ -80,8 +87,7 @@ const KOProductProfile* KOProductList::ByIdentificationBuffer(const KOBuffer& bu
                               std::to_string(buffer.Length()) + ").");
         return nullptr;
     }
-    const int sum = buffer.Data(1) + buffer.Data(2) + buffer.Data(3) + buffer.Data(4);
-    if (sum % 256 != buffer.Data(ChecksumByte)) {
+    if (!IsRecord(buffer)) {
         debug_.DebugWriteLine("Bad product checksum " + recordInWords(buffer));
         return nullptr;
     }

@@ -67,6 +67,8 @@ class KOProductList {
     [[nodiscard]] const KOProductProfile* ByExtension(std::string_view Extension) const;
     /// The first product whose documents have this type code, or nothing.
     [[nodiscard]] const KOProductProfile* ByTypeCode(std::string_view typeCode) const;
+    /// Whether it is an identification record: long enough, and with the right checksum.
+    [[nodiscard]] static bool IsRecord(const KOBuffer& buffer);
     /// The product that an identification record names. A record that is too short or has a wrong
     /// checksum gives nothing, is told in the log, and leaves the versions; an unknown product
     /// gives nothing and sets them to 0.0.

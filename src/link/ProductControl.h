@@ -38,13 +38,14 @@ class ClipboardCommands {
     virtual void Clipboard_Delete() = 0;
 };
 
-/// The screen for one product, of which the main window shows one at a time. Two operations are
-/// every control's; the rest are abilities that a control has or, as here, has not.
+/// The screen for one product, of which the main window shows one at a time. All that is not every
+/// control's is an ability that a control has or, as here, has not.
 class ProductControl {
   public:
     virtual ~ProductControl() = default;
 
-    virtual void ProcessPacket(const KOPacket& packet) = 0;
+    /// Every packet comes here. The jobs that a control starts hear the link themselves.
+    virtual void ProcessPacket(const KOPacket&) {}
     /// Hears of changes only, and never of the first False.
     virtual void UpdateReadyState(bool ready) = 0;
 

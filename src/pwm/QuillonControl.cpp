@@ -1,6 +1,7 @@
 #include "pwm/QuillonControl.h"
 
 #include "base/Numbers.h"
+#include "base/Raised.h"
 #include "pwm/QuillonTransfer.h"
 
 namespace corvane {
@@ -8,20 +9,6 @@ namespace corvane {
 namespace {
 
 constexpr const char* ConfigureItem = "Configure &Controller...";
-
-/// Makes a transfer the one that packets go to, as long as it lasts.
-class TransferScope {
-  public:
-    TransferScope(QuillonTransfer*& place, QuillonTransfer& transfer) : place_(place) {
-        place_ = &transfer;
-    }
-    ~TransferScope() { place_ = nullptr; }
-    TransferScope(const TransferScope&) = delete;
-    TransferScope& operator=(const TransferScope&) = delete;
-
-  private:
-    QuillonTransfer*& place_;
-};
 
 } // namespace
 
@@ -54,8 +41,9 @@ void QuillonControl::connect(QuillonSlot& slot) {
     };
     History& history = slot.program.HistoryObject();
     on(history.SaveStateChanged, [&slot] { refresh(slot); });
-    on(slot.DownloadButton.Click, [this, &slot] { download(slot); });
-    on(slot.UploadButton.Click, [this, &slot] { upload(slot); });
+    const auto index = static_cast<std::size_t>(slot.index);
+    jobs_.add(slot.DownloadButton, [this, index] { Download(index); });
+    jobs_.add(slot.UploadButton, [this, index] { Upload(index); });
     on(slot.OpenButton.Click, [&slot, &history] {
         if (history.OpenHistory({}))
             refresh(slot);
@@ -85,50 +73,50 @@ std::vector<History*> QuillonControl::Histories() {
     return all;
 }
 
-void QuillonControl::ProcessPacket(const KOPacket& packet) {
-    if (transfer_ != nullptr)
-        transfer_->ProcessPacket(packet);
-}
-
 template<class Job>
-void QuillonControl::exchange(QuillonSlot& slot, Job job) {
-    if (transfer_ != nullptr)
-        return;
+JobOutcome QuillonControl::exchange(QuillonSlot& slot, const char* done, Job job) {
+    if (running_)
+        return AnotherJobRuns();
+    const Raised running(running_);
     QuillonTransfer transfer(place_);
-    const TransferScope scope(transfer_, transfer);
-    if (!transfer.Connect())
-        return;
-    const Connection onProgress = transfer.Progress.connect(
-        [&slot](int position, int total) { showProgress(slot, position, total); });
-    job(transfer);
-    showProgress(slot, 0, 0);
+    if (transfer.Connect()) {
+        const Connection onProgress = transfer.Progress.connect(
+            [&slot](int position, int total) { showProgress(slot, position, total); });
+        job(transfer);
+        showProgress(slot, 0, 0);
+    }
+    return transfer.failure().done() ? JobOutcome{JobOutcome::Reason::Done, done, {}}
+                                     : transfer.failure();
 }
 
-void QuillonControl::download(QuillonSlot& slot) {
-    exchange(slot, [&slot](QuillonTransfer& transfer) {
-        History& history = slot.program.HistoryObject();
+JobOutcome QuillonControl::Download(std::size_t index) {
+    QuillonSlot& from = slot(index);
+    return exchange(from, "Downloaded.", [&from](QuillonTransfer& transfer) {
+        History& history = from.program.HistoryObject();
         // What is there may stay; the blocks that come then stand behind it.
         static_cast<void>(history.NewHistory());
         const Connection onBlock = transfer.BlockReceived.connect(
-            [&slot](std::uint8_t value) { static_cast<void>(slot.program.append(value)); });
-        if (!transfer.Download(slot.index))
+            [&from](std::uint8_t value) { static_cast<void>(from.program.append(value)); });
+        if (!transfer.Download(from.index))
             static_cast<void>(history.NewHistory()); // nothing but zeros is no program
     });
 }
 
-void QuillonControl::upload(QuillonSlot& slot) {
-    exchange(slot, [&slot](QuillonTransfer& transfer) {
-        transfer.Upload(slot.index, slot.program.blocks());
+JobOutcome QuillonControl::Upload(std::size_t index) {
+    QuillonSlot& to = slot(index);
+    return exchange(to, "Uploaded.", [&to](QuillonTransfer& transfer) {
+        static_cast<void>(transfer.Upload(to.index, to.program.blocks())); // tells it
     });
 }
 
 void QuillonControl::configure() {
-    if (transfer_ != nullptr)
+    const JobScope job(place_.pointer);
+    if (running_)
         return;
     std::optional<std::uint8_t> receiverNumber;
     {
+        const Raised running(running_);
         QuillonTransfer transfer(place_);
-        const TransferScope scope(transfer_, transfer);
         if (transfer.Connect())
             receiverNumber = transfer.ReadOptions();
     }
@@ -142,10 +130,11 @@ void QuillonControl::configure() {
 }
 
 bool QuillonControl::WriteOptions(std::uint8_t receiverNumber) {
-    if (transfer_ != nullptr)
+    const JobScope job(place_.pointer);
+    if (running_)
         return false;
+    const Raised running(running_);
     QuillonTransfer transfer(place_);
-    const TransferScope scope(transfer_, transfer);
     return transfer.Connect() && transfer.WriteOptions(receiverNumber);
 }
 

@@ -1,6 +1,8 @@
 #pragma once
 
+#include "controls/JobButtons.h"
 #include "controls/MenuList.h"
+#include "link/JobOutcome.h"
 #include "link/ProductControl.h"
 #include "link/Workplace.h"
 #include "pwm/QuillonControllerConfiguration.h"
@@ -9,8 +11,6 @@
 #include <array>
 
 namespace corvane {
-
-class QuillonTransfer;
 
 /// One of the two programs of the PWM product, and what can be done with it.
 struct QuillonSlot {
@@ -35,7 +35,6 @@ class QuillonControl final : public ProductControl {
 
     explicit QuillonControl(const Workplace& place);
 
-    void ProcessPacket(const KOPacket& packet) override;
     void UpdateReadyState(bool) override {}
     [[nodiscard]] std::vector<History*> Histories() override;
     [[nodiscard]] MenuList* OptionsMenu() override { return &options; }
@@ -46,6 +45,10 @@ class QuillonControl final : public ProductControl {
     /// The dialog has opened; it shows beside the main window until it is closed.
     Event<QuillonControllerConfiguration&> ConfigurationShown;
 
+    /// Fetches a slot's program from the product. What the slot's buttons do, as the next one.
+    JobOutcome Download(std::size_t index);
+    /// Puts a slot's program into the product.
+    JobOutcome Upload(std::size_t index);
     /// Puts the receiver's number, counted from 0, into the product. A failure has been told.
     [[nodiscard]] bool WriteOptions(std::uint8_t receiverNumber);
 
@@ -57,15 +60,14 @@ class QuillonControl final : public ProductControl {
     static void refresh(QuillonSlot& slot);
     static void showProgress(QuillonSlot& slot, int position, int total);
     template<class Job>
-    void exchange(QuillonSlot& slot, Job job);
-    void download(QuillonSlot& slot);
-    void upload(QuillonSlot& slot);
+    JobOutcome exchange(QuillonSlot& slot, const char* done, Job job);
     void configure();
 
     Workplace place_;
+    JobButtons jobs_{place_.pointer};
     std::array<std::unique_ptr<QuillonSlot>, SlotCount> slots_;
     Messenger messenger_;
-    QuillonTransfer* transfer_ = nullptr; // during an operation
+    bool running_ = false; // a transfer
     std::unique_ptr<QuillonControllerConfiguration> configuration_;
     std::vector<Connection> connections_;
 };

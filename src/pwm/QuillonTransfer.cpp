@@ -38,6 +38,11 @@ std::optional<int> word(const KOBuffer& buffer, int index) {
 
 } // namespace
 
+QuillonTransfer::QuillonTransfer(const Workplace& place)
+    : with_(place), onPacket_(place.link.PacketReceived.connect([this](const KOPacket& packet) {
+          ProcessPacket(packet);
+      })) {}
+
 QuillonTransfer::~QuillonTransfer() {
     with_.link.DisconnectAndBlock(false); // also from a product of another kind
     with_.pointer.set(false);
@@ -45,15 +50,18 @@ QuillonTransfer::~QuillonTransfer() {
 
 bool QuillonTransfer::Connect() {
     with_.pointer.set(true);
-    const char* failure = nullptr;
     if (!with_.link.IsConnected())
-        failure = "No Corvane is connected.";
-    else if (!with_.link.Connect(ControlClass, false))
-        failure = "Unable to connect to the Quillon.";
-    if (failure == nullptr)
-        return true;
+        return fail(NoLinkOpen(with_.link));
+    JobOutcome reached = ReachProduct(with_, ControlClass, false);
+    reached.text = "Unable to connect to the Quillon.";
+    return reached.done() || fail(std::move(reached));
+}
+
+bool QuillonTransfer::fail(JobOutcome outcome) {
+    failure_ = std::move(outcome);
+    failure_.told = true;
     with_.pointer.set(false);
-    with_.dialogs.ShowError(failure);
+    with_.dialogs.ShowError(failure_.inWords());
     return false;
 }
 
@@ -76,21 +84,20 @@ bool QuillonTransfer::Download(int slot) {
     return !allZero_;
 }
 
-void QuillonTransfer::Upload(int slot, const KOBuffer& blocks) {
+bool QuillonTransfer::Upload(int slot, const KOBuffer& blocks) {
     currentSlot_ = slot;
     const int length = blocks.Length();
     if (!ask(BeginUpload, request({slot, length % 256, length / 256}),
              "Upload timed out while starting."))
-        return;
+        return false;
     for (int offset = 0; offset < length; offset += UploadPiece) {
         KOBuffer data = request({slot, offset % 256, offset / 256});
         data.AppendBuffer(blocks, offset + 1, std::min(offset + UploadPiece, length));
         if (!ask(StoreBlocks, data, "Upload timed out."))
-            return;
+            return false;
         Progress.raise(offset, length);
     }
-    static_cast<void>(
-        ask(EndUpload, request({slot}), "Upload timed out during completion.")); // tells it
+    return ask(EndUpload, request({slot}), "Upload timed out during completion.");
 }
 
 std::optional<std::uint8_t> QuillonTransfer::ReadOptions() {
@@ -104,11 +111,8 @@ bool QuillonTransfer::WriteOptions(std::uint8_t receiverNumber) {
 }
 
 bool QuillonTransfer::ask(int channel, const KOBuffer& data, const char* failure) {
-    if (exchange(channel, data))
-        return true;
-    with_.pointer.set(false);
-    with_.dialogs.ShowError(failure);
-    return false;
+    return exchange(channel, data) ||
+           fail({JobOutcome::Reason::Failed, failure, NoReplyCure(with_.link)});
 }
 
 bool QuillonTransfer::exchange(int channel, const KOBuffer& data) {

@@ -1,15 +1,15 @@
 #pragma once
 
-#include "link/Workplace.h"
+#include "link/ProductReach.h"
 
 namespace corvane {
 
 /// One exchange of requests and replies with the PWM product: connects, works, and lets it go at
 /// its end. Every operation blocks until it is done and shows its own message if it fails, with the
-/// normal pointer. Its owner passes every packet on to it.
+/// normal pointer. Hears the link's packets itself.
 class QuillonTransfer {
   public:
-    explicit QuillonTransfer(const Workplace& place) : with_(place) {}
+    explicit QuillonTransfer(const Workplace& place);
     ~QuillonTransfer();
     QuillonTransfer(const QuillonTransfer&) = delete;
     QuillonTransfer& operator=(const QuillonTransfer&) = delete;
@@ -21,14 +21,19 @@ class QuillonTransfer {
     /// Fetches the program of a slot, 0 or 1. True if it holds a block that is not 0.
     [[nodiscard]] bool Download(int slot);
     /// At most 65535 blocks.
-    void Upload(int slot, const KOBuffer& blocks);
+    [[nodiscard]] bool Upload(int slot, const KOBuffer& blocks);
     /// Gives the receiver's number, 0 to 255 as the product says it; nothing if it does not answer.
     [[nodiscard]] std::optional<std::uint8_t> ReadOptions();
     [[nodiscard]] bool WriteOptions(std::uint8_t receiverNumber);
 
+    /// Every packet of the link comes here.
     void ProcessPacket(const KOPacket& packet);
 
+    /// Why an operation failed, or that none has. The person has been told.
+    [[nodiscard]] const JobOutcome& failure() const { return failure_; }
+
   private:
+    [[nodiscard]] bool fail(JobOutcome outcome);
     [[nodiscard]] bool exchange(int channel, const KOBuffer& data);
     [[nodiscard]] bool ask(int channel, const KOBuffer& data, const char* failure);
     void takeLength(const KOBuffer& reply);
@@ -43,6 +48,8 @@ class QuillonTransfer {
     int transferLength_ = 0;
     bool allZero_ = true;
     std::uint8_t receiverNumber_ = 0;
+    JobOutcome failure_;
+    Connection onPacket_;
 };
 
 } // namespace corvane

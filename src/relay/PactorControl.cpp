@@ -1,6 +1,7 @@
 #include "relay/PactorControl.h"
 
 #include "base/Numbers.h"
+#include "base/Raised.h"
 #include "eeprom/GenericEEPROMProgrammer.h"
 
 namespace corvane {
@@ -32,8 +33,8 @@ PactorControl::PactorControl(const Workplace& place)
     };
     on(tabs.Click, [this] { changeTab(); });
     on(SimulateLossOfSignalCheck.Click, [this] { refreshSimulator(false); });
-    on(ReadSettingsButton.Click, [this] { readSettings(); });
-    on(ProgramButton.Click, [this] { program(); });
+    jobs_.add(ReadSettingsButton, [this] { ReadSettings(); });
+    jobs_.add(ProgramButton, [this] { Program(); });
     on(document.SettingChanged, [this](std::string_view name) { showSetting(name); });
     History& history = document.HistoryObject();
     on(history.Changed, [this] {
@@ -90,11 +91,6 @@ void PactorControl::connectOptions(std::array<OptionButton, N>& options,
             document.record(propertyName, static_cast<int>(n / 2),
                             on ? PactorDocument::On : std::string_view());
         }));
-}
-
-void PactorControl::ProcessPacket(const KOPacket& packet) {
-    if (programmer_ != nullptr)
-        programmer_->ProcessPacket(packet);
 }
 
 // Display
@@ -160,52 +156,58 @@ void PactorControl::refreshSimulator(bool ignoreHysteresis) {
 
 // The product on the link
 
-void PactorControl::readSettings() {
-    if (programmer_ != nullptr)
-        return;
+JobOutcome PactorControl::ReadSettings() {
+    if (running_)
+        return AnotherJobRuns();
+    const Raised running(running_);
     BusyScope busy(place_.pointer);
     GenericEEPROMProgrammer reader(place_);
-    programmer_ = &reader;
-    if (reader.Connect(ControlClass, FriendlyName, false)) {
-        KOBuffer image;
-        if (!reader.ReadEEPROM(0, PactorSettings::ImageLength, image)) {
-            status_.error("Read failed!");
-        } else {
-            busy.end();
-            if (apply(image))
-                status_.report(ReadReport);
-        }
+    KOBuffer image;
+    JobOutcome outcome;
+    if (!reader.Connect(ControlClass, FriendlyName, false)) {
+        outcome = reader.failure();
+    } else if (!reader.ReadEEPROM(0, PactorSettings::ImageLength, image)) {
+        outcome = {JobOutcome::Reason::Failed, "Read failed!", {}};
+        status_.error(outcome.text);
+    } else {
+        busy.end();
+        outcome = apply(image);
+        if (outcome.done())
+            status_.report(outcome.text);
     }
     reader.Disconnect(false); // also from a product that is no relay
-    programmer_ = nullptr;
+    return outcome;
 }
 
-bool PactorControl::apply(const KOBuffer& image) {
+JobOutcome PactorControl::apply(const KOBuffer& image) {
     if (!document.HistoryObject().NewHistory())
-        return false;
+        return {JobOutcome::Reason::Canceled, "The document was kept.", {}};
     if (image.Length() != PactorSettings::ImageLength) {
-        place_.dialogs.Message({"Error", "Buffer is " + std::to_string(image.Length()) + " bytes.",
-                                MessageBox::Icon::Warning, MessageBox::Buttons::Ok});
-        return false;
+        const std::string text = "Buffer is " + std::to_string(image.Length()) + " bytes.";
+        place_.dialogs.Message({"Error", text, MessageBox::Icon::Warning, MessageBox::Buttons::Ok});
+        return {JobOutcome::Reason::Failed, text, {}, true};
     }
     document.recordAll(PactorSettings::fromImage(image));
-    return true;
+    return {JobOutcome::Reason::Done, "Settings read.", {}};
 }
 
-void PactorControl::program() {
-    if (programmer_ != nullptr)
-        return;
+JobOutcome PactorControl::Program() {
+    if (running_)
+        return AnotherJobRuns();
+    const Raised running(running_);
     const BusyScope busy(place_.pointer);
     GenericEEPROMProgrammer writer(place_);
-    programmer_ = &writer;
-    if (writer.Connect(ControlClass, FriendlyName, false)) {
-        if (writer.WriteEEPROM(0, document.settings().toImage()))
-            status_.report(ProgrammedReport);
-        else
-            status_.error("Programming failed!");
+    JobOutcome outcome{JobOutcome::Reason::Done, "Programmed.", {}};
+    if (!writer.Connect(ControlClass, FriendlyName, false)) {
+        outcome = writer.failure();
+    } else if (writer.WriteEEPROM(0, document.settings().toImage())) {
+        status_.report(outcome.text);
+    } else {
+        outcome = {JobOutcome::Reason::Failed, "Programming failed!", {}};
+        status_.error(outcome.text);
     }
     writer.Disconnect(false);
-    programmer_ = nullptr;
+    return outcome;
 }
 
 } // namespace corvane

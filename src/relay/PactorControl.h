@@ -1,7 +1,9 @@
 #pragma once
 
+#include "controls/JobButtons.h"
 #include "controls/StatusLine.h"
 #include "controls/TripPointControl.h"
+#include "link/JobOutcome.h"
 #include "link/ProductControl.h"
 #include "link/Workplace.h"
 #include "relay/PactorDocument.h"
@@ -9,14 +11,11 @@
 
 namespace corvane {
 
-class GenericEEPROMProgrammer;
-
 /// The editor of the relay product: its settings on one tab, what it does with them on another.
 class PactorControl final : public ProductControl {
   public:
     explicit PactorControl(const Workplace& place);
 
-    void ProcessPacket(const KOPacket& packet) override;
     void UpdateReadyState(bool) override {}
     [[nodiscard]] History* HistoryObject() override { return &document.HistoryObject(); }
     [[nodiscard]] std::optional<std::string> ProductName() const override {
@@ -26,8 +25,10 @@ class PactorControl final : public ProductControl {
         return TwipSize{4590, 5175};
     }
 
-    static constexpr const char* ReadReport = "Settings read.";
-    static constexpr const char* ProgrammedReport = "Programmed.";
+    /// Opens what is in the relay as a new document. What the buttons do, as the next one.
+    JobOutcome ReadSettings();
+    /// Puts the document into the relay.
+    JobOutcome Program();
 
     PactorDocument document;
 
@@ -66,15 +67,14 @@ class PactorControl final : public ProductControl {
     void refreshSimulator(bool ignoreHysteresis);
     template<std::size_t N>
     void connectOptions(std::array<OptionButton, N>& options, std::string_view propertyName);
-    void readSettings();
-    [[nodiscard]] bool apply(const KOBuffer& image);
-    void program();
+    [[nodiscard]] JobOutcome apply(const KOBuffer& image);
 
     Workplace place_;
-    StatusLine status_{ProgrammingLabel, place_.dialogs};
-    GenericEEPROMProgrammer* programmer_ = nullptr; // during a job
-    bool simulating_ = false;                       // the "Simulator" tab is on show
-    int stickPosition_ = 50;                        // percent
+    StatusLine status_{ProgrammingLabel, place_.dialogs, place_.pointer};
+    JobButtons jobs_{place_.pointer};
+    bool running_ = false;    // a job
+    bool simulating_ = false; // the "Simulator" tab is on show
+    int stickPosition_ = 50;  // percent
     std::vector<Connection> connections_;
 };
 

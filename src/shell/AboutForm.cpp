@@ -18,7 +18,11 @@ void HyperlinkControl::mouseMoved() {
 void HyperlinkControl::mouseReleased(bool over) {
     assign(foreColor_, over ? Hovered : Normal);
     if (over)
-        application_.OpenInBrowser(caption_);
+        open();
+}
+
+void HyperlinkControl::open() const {
+    application_.OpenInBrowser(caption_);
 }
 
 void HyperlinkControl::look() {
@@ -36,6 +40,7 @@ AboutForm::AboutForm(const Application& application)
       onLogo_(Logo.Click.connect([&application] { application.OpenInBrowser(MakerSite); })),
       onOk_(OKButton.Click.connect([this] { close(); })) {
     Logo.setToolTipText("Open the maker's web site");
+    OKButton.setToolTipText("Close this window");
 }
 
 void AboutForm::show() {

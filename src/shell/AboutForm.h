@@ -25,6 +25,7 @@ class HyperlinkControl final : public ChildControl {
     void mousePressed() { assign(foreColor_, Pressed); }
     /// `over` if the mouse is still over it: then the address opens.
     void mouseReleased(bool over);
+    void open() const; ///< Without the mouse.
 
   private:
     void look();

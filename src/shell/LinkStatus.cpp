@@ -1,30 +1,32 @@
 #include "shell/LinkStatus.h"
 
+#include "link/HindranceTexts.h"
+
 namespace corvane {
 
-LinkStatus::LinkStatus(KOCommLink& link, const KOProductList& products)
+LinkStatus::LinkStatus(KOCommLink& link)
     : link_(link),
-      products_(products),
       onConnected_(link.ConnectedChanged.connect([this] { refresh(); })),
       onReady_(link.ReadyStateChanged.connect([this] { refresh(); })),
-      onClass_(link.ClassChanged.connect([this] { refresh(); })),
+      onProduct_(link.ProductChanged.connect([this] { refresh(); })),
       onAvailability_(link.AvailabilityChanged.connect([this] { refresh(); })) {
     refresh();
 }
 
 void LinkStatus::refresh() {
-    if (!link_.DriverExists())
+    using Kind = LinkHindrance::Kind;
+    const LinkHindrance& hindrance = link_.Hindrance();
+    if (!link_.DriverExists() || hindrance.kind == Kind::Forbidden)
         return tell(State::NoPermission, "The link may not be opened",
                     "Choose Help, Troubleshooting, Reinstall Corvane Drivers, or click here; "
                     "then plug the link in again.");
     if (link_.Claimed())
-        return tell(State::Busy, "The link is busy",
-                    "Another program uses it. Close that program.");
+        return tell(State::Busy, "The link is busy", BusyAdvice(hindrance));
+    if (hindrance.kind == Kind::Broken)
+        return tell(State::Waiting, "The link can't be opened", BrokenAdvice);
     if (!link_.IsConnected())
         return tell(State::NoDevice, "No link is plugged in", "Plug in a Corvane link to begin.");
-    const KOProductProfile* product = products_.ByDeviceType(link_.deviceType());
-    const std::string name =
-        product == nullptr ? std::string() : product->Name + " " + link_.deviceType().ToString();
+    const std::string name = link_.Product().name();
     if (link_.InUse())
         return tell(State::Busy,
                     link_.ready() && !name.empty() ? "Busy with " + name : "The link is busy",
@@ -35,10 +37,10 @@ void LinkStatus::refresh() {
                                                : "It is free until you program or read.");
     if (!link_.IsLinkDevice())
         return tell(State::Ready, "Link hardware is plugged in", "It can be programmed.");
-    if (product == nullptr)
+    if (name.empty())
         return tell(State::Ready, "Unrecognized product",
                     "This version of the program does not know the product behind the link.");
-    tell(State::Ready, name, "Firmware " + link_.firmwareVersion().ToString());
+    tell(State::Ready, name, "Firmware " + link_.Product().firmwareVersion.ToString());
 }
 
 void LinkStatus::tell(State state, std::string headline, std::string detail) {

@@ -9,7 +9,7 @@ class LinkStatus {
   public:
     enum class State { NoDevice, NoPermission, Waiting, Ready, Busy };
 
-    LinkStatus(KOCommLink& link, const KOProductList& products);
+    explicit LinkStatus(KOCommLink& link);
 
     Event<> Changed;
 
@@ -24,13 +24,12 @@ class LinkStatus {
     void tell(State state, std::string headline, std::string detail);
 
     KOCommLink& link_;
-    const KOProductList& products_;
     State state_ = State::NoDevice;
     std::string headline_;
     std::string detail_;
     Connection onConnected_;
     Connection onReady_;
-    Connection onClass_;
+    Connection onProduct_;
     Connection onAvailability_;
 };
 

@@ -91,9 +91,12 @@ void MainForm::Initialize(const std::string& fileToOpen) {
     menu.mnuHelpTroubleshootingReprogramCorvaneEEPROM.setCaption("Reprogram " + name + " &EEPROM");
     menu.mnuHelpTroubleshootingRestartCorvane.setCaption("&Restart " + name);
     Recovery recovery(place_, *interface_);
-    recovery.Offer();
+    // What was lost waits for a start that asks for no screen of its own.
+    if (!place_.modes.ProgramMode && !place_.modes.EEPROMMode)
+        recovery.Offer();
     const KOProductProfile* product = place_.products.ByExtension(KOIOExtension(fileToOpen));
     const bool ready = recovery.ShowControl(product == nullptr ? std::string() : product->Class);
+    takeKeptSize();
     updateAllMenus();
     updateOptionsMenu();
     if (ready && !fileToOpen.empty())
@@ -160,9 +163,27 @@ void MainForm::setBand(BottomBand& band) {
     doLayout();
 }
 
-void MainForm::Resize(TwipSize clientSize) {
+void MainForm::setNoUpdates() {
+    menu.mnuOptionsAutopatch.setEnabled(false, "This build has no address to look for updates at.");
+}
+
+void MainForm::Resize(TwipSize clientSize, bool isUsual) {
     clientSize_ = clientSize;
+    if (isUsual)
+        usualSize_ = clientSize;
     doLayout();
+}
+
+void MainForm::takeKeptSize() {
+    if (sizes_ == nullptr || control() == nullptr || control()->GetSuggestedClientSize())
+        return;
+    if (const std::optional<TwipSize> kept = sizes_->of(interface_->InterfaceClass()))
+        ClientSizeWanted.raise(*kept);
+}
+
+void MainForm::keepSize() const {
+    if (sizes_ != nullptr && control() != nullptr && !control()->GetSuggestedClientSize())
+        sizes_->keep(interface_->InterfaceClass(), usualSize_);
 }
 
 bool MainForm::Unload() {
@@ -175,6 +196,8 @@ bool MainForm::Unload() {
     place_.device.CloseDevice();
     about.close();
     debugForm.Done();
+    keepSize();
+    Ending.raise();
     ControlLeaving.raise();
     setHistoryObject(nullptr);
     onClipboard_.disconnect();
@@ -314,10 +337,15 @@ void MainForm::doLayout() {
 }
 
 void MainForm::powerCycle() const {
+    const JobScope job(place_.pointer);
     const BusyScope busy(place_.pointer);
+    // A screen that lets the link look for products goes on looking.
+    const bool looking = place_.link.MaintainConnection() && !place_.link.InUse();
     place_.link.DisconnectAndBlock(true);
     place_.link.ResetDevice();
     place_.link.UpdateReadyState();
+    if (looking)
+        place_.link.setMaintainConnection(true);
 }
 
 void MainForm::reinstallDrivers() const {
@@ -334,6 +362,7 @@ void MainForm::reprogramEEPROM() const {
     }
     bool done = false;
     {
+        const JobScope job(place_.pointer);
         const BusyScope busy(place_.pointer);
         done = ProgramLinkDevice(place_.device);
     }

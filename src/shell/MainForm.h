@@ -10,6 +10,7 @@
 #include "shell/MRUList.h"
 #include "shell/MainMenu.h"
 #include "shell/ProductControls.h"
+#include "shell/WindowSizes.h"
 
 namespace corvane {
 
@@ -43,6 +44,8 @@ class MainForm {
     /// The client area that the control would like: the window takes its normal state, this size,
     /// and the middle of the screen.
     Event<TwipSize> ClientSizeWanted;
+    /// The program ends: the window goes from the screen, before what it shows does.
+    Event<> Ending;
     /// The form has been unloaded, and with it the program ends.
     Event<> Closed;
 
@@ -54,8 +57,12 @@ class MainForm {
     void setHistoryObject(History* history);
     /// The band must outlive the form.
     void setBand(BottomBand& band);
-    /// Of the client area.
-    void Resize(TwipSize clientSize);
+    /// There is nowhere to look for updates: the option for it says so.
+    void setNoUpdates();
+    /// The window takes the size that a screen was last left with. They must outlive the form.
+    void setWindowSizes(WindowSizes& sizes) { sizes_ = &sizes; }
+    /// Of the client area. `isUsual` unless the window fills the screen.
+    void Resize(TwipSize clientSize, bool isUsual = true);
     /// Asks to end the program. False if the person would rather go on.
     bool Unload();
 
@@ -83,6 +90,8 @@ class MainForm {
     void updateOptionsMenu();
     void toggleAutopatch();
     void doLayout();
+    void takeKeptSize();
+    void keepSize() const;
     void powerCycle() const;
     void reinstallDrivers() const;
     void reprogramEEPROM() const;
@@ -102,6 +111,8 @@ class MainForm {
     std::string whyNoJournals_;
     std::string title_ = ProgramName;
     TwipSize clientSize_{11010, 7770};
+    TwipSize usualSize_ = clientSize_;
+    WindowSizes* sizes_ = nullptr;
     BandPlace bandPlace_;
     bool unloaded_ = false;
     std::vector<Connection> connections_;

@@ -13,19 +13,19 @@ struct MainMenu {
 
     MenuItem mnuFile{"&File"};
     MenuItem mnuFileNew{"&New", "Ctrl+N"};
-    MenuItem mnuFileSep1;
+    MenuItem mnuFileSep1{MenuItem::Separator};
     MenuItem mnuFileOpen{"&Open...", "Ctrl+O"};
     MenuItem mnuFileSave{"&Save", "Ctrl+S"};
     MenuItem mnuFileSaveAs{"Save &As..."};
-    MenuItem mnuFileSep2;
+    MenuItem mnuFileSep2{MenuItem::Separator};
     MenuArray mnuFileMRU;
-    MenuItem mnuFileMRUSeparator;
+    MenuItem mnuFileMRUSeparator{MenuItem::Separator};
     MenuItem mnuFileExit{"E&xit"};
 
     MenuItem mnuEdit{"&Edit"};
     MenuItem mnuEditUndo{"&Undo", "Ctrl+Z"};
     MenuItem mnuEditRedo{"&Redo", "Ctrl+Y"};
-    MenuItem mnuEditCutPasteSeparator;
+    MenuItem mnuEditCutPasteSeparator{MenuItem::Separator};
     MenuItem mnuEditCut{"Cu&t", "Ctrl+X"};
     MenuItem mnuEditCopy{"&Copy", "Ctrl+C"};
     MenuItem mnuEditPaste{"&Paste", "Ctrl+V"};
@@ -33,7 +33,7 @@ struct MainMenu {
 
     MenuItem mnuOptions{"&Options"};
     MenuItem mnuOptionsAutopatch{"Automatically Check for &Updates"};
-    MenuItem mnuOptionsSeparator;
+    MenuItem mnuOptionsSeparator{MenuItem::Separator};
     MenuArray mnuOptionsList;
 
     MenuItem mnuHelp{"&Help"};

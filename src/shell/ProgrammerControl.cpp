@@ -10,7 +10,7 @@ ProgrammerControl::ProgrammerControl(const Workplace& place) : place_(place) {
     UpdateReadyState(false);
     connections_.push_back(
         Logo.Click.connect([this] { place_.programs.OpenInBrowser(MakerSite); }));
-    connections_.push_back(ProgramButton.Click.connect([this] { program(); }));
+    jobs_.add(ProgramButton, [this] { program(); });
 }
 
 void ProgrammerControl::UpdateReadyState(bool ready) {
@@ -21,6 +21,7 @@ void ProgrammerControl::UpdateReadyState(bool ready) {
 }
 
 void ProgrammerControl::program() {
+    StateLabel.setCaption("");
     BusyScope busy(place_.pointer);
     if (ProgramLinkDevice(place_.device)) {
         StateLabel.setCaption("Programming complete.");

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "controls/ChildControl.h"
+#include "controls/JobButtons.h"
 #include "link/ProductControl.h"
 #include "link/Workplace.h"
 
@@ -12,7 +12,6 @@ class ProgrammerControl final : public ProductControl {
   public:
     explicit ProgrammerControl(const Workplace& place);
 
-    void ProcessPacket(const KOPacket&) override {}
     void UpdateReadyState(bool ready) override;
 
     Button Logo;
@@ -24,6 +23,7 @@ class ProgrammerControl final : public ProductControl {
     void program();
 
     Workplace place_;
+    JobButtons jobs_{place_.pointer};
     std::vector<Connection> connections_;
 };
 

@@ -15,10 +15,12 @@ namespace corvane {
 struct Launch {
     RunModes modes;
     bool registerOnly = false; ///< Write the file associations and end.
-    std::string fileToOpen;    ///< Empty for none.
+    std::string toTell;        ///< Text to print, and end; empty for none.
+    std::string fileToOpen;    ///< Full path; empty for none.
 };
 
-/// Reads a whole command line: one option alone, or else a file, in double quotes or not.
+/// Reads a whole command line: one option alone, or else a file, in double quotes or not. A file's
+/// name is completed by the working folder.
 [[nodiscard]] Launch ReadCommandLine(std::string_view commandLine);
 
 /// The class of the control to show first: that of the file's product, if its extension belongs
@@ -27,7 +29,8 @@ struct Launch {
 
 /// Hands the file over to the instance that runs already and shows that one's window. An instance
 /// that begins or ends is waited for, in passes of `HandOverPass` and 11 at most. True if it has
-/// been found, so that this process must end; false if it has gone.
+/// been found and has dealt with the file, so that this process must end; otherwise it opens the
+/// file itself.
 inline constexpr std::chrono::milliseconds HandOverPass{500};
 [[nodiscard]] bool HandOver(const InstanceChannel& channel, const std::string& fileToOpen,
                             const std::string& activationToken,

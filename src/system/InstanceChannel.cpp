@@ -3,12 +3,14 @@
 #include "base/PrivateFolder.h"
 #include "system/UserFolders.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <chrono>
 #include <cstring>
 #include <fcntl.h>
 #include <poll.h>
+#include <sys/epoll.h>
 #include <sys/file.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -25,6 +27,7 @@ using std::chrono::steady_clock;
 constexpr int Backlog = 64;
 constexpr auto TransferTime = milliseconds(1000); // for a whole record
 constexpr std::size_t HeadLength = 8;             // two numbers of 32 bits, low byte first
+constexpr std::size_t MostCallers = 64;           // that have not sent all they want to
 
 using Head = std::array<std::uint8_t, HeadLength>;
 
@@ -38,6 +41,12 @@ std::uint32_t numberIn(const Head& head, std::size_t at) {
     for (std::size_t i = 0; i < 4; ++i)
         number |= static_cast<std::uint32_t>(head[at + i]) << (8 * i);
     return number;
+}
+
+Head headOf(const std::string& bytes) {
+    Head head{};
+    std::copy_n(bytes.begin(), std::min(bytes.size(), HeadLength), head.begin());
+    return head;
 }
 
 /// By way of the open folder, since the path of a socket may only be about a hundred bytes long.
@@ -60,6 +69,12 @@ bool isOwnUser(const Handle& peer) {
     socklen_t length = sizeof who;
     return ::getsockopt(peer.get(), SOL_SOCKET, SO_PEERCRED, &who, &length) == 0 &&
            who.uid == ::geteuid();
+}
+
+void watch(const Handle& events, const Handle& socket) {
+    epoll_event readable{};
+    readable.events = EPOLLIN;
+    ::epoll_ctl(events.get(), EPOLL_CTL_ADD, socket.get(), &readable);
 }
 
 std::uint64_t fileNumber(const Handle& folder, const char* name) {
@@ -91,13 +106,6 @@ bool sendAll(const Handle& socket, const void* bytes, std::size_t size) {
     const auto* from = static_cast<const char*>(bytes);
     return transfer(socket, POLLOUT, size, [&](std::size_t done) {
         return ::send(socket.get(), from + done, size - done, MSG_NOSIGNAL);
-    });
-}
-
-bool receiveAll(const Handle& socket, void* bytes, std::size_t size) {
-    auto* to = static_cast<char*>(bytes);
-    return transfer(socket, POLLIN, size, [&](std::size_t done) {
-        return ::recv(socket.get(), to + done, size - done, 0);
     });
 }
 
@@ -153,10 +161,16 @@ bool InstanceChannel::Deliver(const InstanceRecord& record) const {
     const Handle socket = send(record);
     if (!socket.valid())
         return false;
-    pollfd descriptor{socket.get(), POLLIN, 0}; // readable when the other end lets go
+    pollfd descriptor{socket.get(), POLLIN, 0};
     while (::poll(&descriptor, 1, -1) < 0 && errno == EINTR) {
     }
-    return true;
+    char word = 0;
+    return ::recv(socket.get(), &word, 1, 0) == 1; // nothing if the other end just lets go
+}
+
+void InstanceChannel::Delivery::confirm() const {
+    constexpr char dealtWith = 1;
+    static_cast<void>(sendAll(sender, &dealtWith, 1)); // one that is gone needs no answer
 }
 
 bool InstanceChannel::Mark() {
@@ -169,6 +183,8 @@ bool InstanceChannel::Mark() {
     if (::bind(listener.get(), generic(address), sizeof address) != 0 ||
         ::listen(listener.get(), Backlog) != 0)
         return false;
+    events_ = Handle(::epoll_create1(EPOLL_CLOEXEC));
+    watch(events_, listener);
     listener_ = std::move(listener);
     mark_ = fileNumber(folder, MarkName);
     return true;
@@ -180,23 +196,64 @@ void InstanceChannel::Unmark() {
         if (fileNumber(folder, MarkName) == mark_) // not that of one that took our place
             ::unlinkat(folder.get(), MarkName, 0);
     }
+    callers_.clear();
+    events_ = Handle();
     listener_ = Handle();
     lock_ = Handle();
 }
 
-std::optional<InstanceChannel::Delivery> InstanceChannel::Receive() const {
+void InstanceChannel::acceptCallers() {
     while (listener_.valid()) {
-        Handle sender(::accept4(listener_.get(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
-        if (!sender.valid())
-            break;
-        Head head{};
-        if (!isOwnUser(sender) || !receiveAll(sender, head.data(), head.size()))
+        Handle socket(::accept4(listener_.get(), nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
+        if (!socket.valid())
+            return;
+        if (!isOwnUser(socket))
             continue;
-        const std::uint32_t length = numberIn(head, 4);
+        // Whoever has been silent for longest makes room.
+        if (callers_.size() == MostCallers)
+            callers_.pop_front();
+        watch(events_, socket);
+        callers_.push_back({std::move(socket), steady_clock::now()});
+    }
+}
+
+InstanceChannel::Reading InstanceChannel::read(Caller& caller) {
+    std::array<char, 4096> buffer;
+    for (;;) {
+        const bool headed = caller.bytes.size() >= HeadLength;
+        const std::size_t length = headed ? numberIn(headOf(caller.bytes), 4) : 0;
+        const std::size_t wanted = HeadLength + length;
         if (length > MaxData)
+            return Reading::Useless;
+        if (headed && caller.bytes.size() == wanted)
+            return Reading::Whole;
+        const ssize_t count = ::recv(caller.socket.get(), buffer.data(),
+                                     std::min(buffer.size(), wanted - caller.bytes.size()), 0);
+        if (count == 0 || (count < 0 && errno != EAGAIN && errno != EINTR))
+            return Reading::Useless;
+        if (count < 0)
+            return Reading::Unfinished;
+        caller.bytes.append(buffer.data(), static_cast<std::size_t>(count));
+    }
+}
+
+std::optional<InstanceChannel::Delivery> InstanceChannel::Receive() {
+    acceptCallers();
+    for (auto caller = callers_.begin(); caller != callers_.end();) {
+        const Reading reading = read(*caller);
+        if (reading == Reading::Unfinished && steady_clock::now() - caller->since < TransferTime) {
+            ++caller;
             continue;
-        Delivery delivery{{numberIn(head, 0), std::string(length, '\0')}, std::move(sender)};
-        if (receiveAll(delivery.sender, delivery.record.lpData.data(), length))
+        }
+        std::optional<Delivery> delivery;
+        if (reading == Reading::Whole) {
+            ::epoll_ctl(events_.get(), EPOLL_CTL_DEL, caller->socket.get(), nullptr);
+            delivery =
+                Delivery{{numberIn(headOf(caller->bytes), 0), caller->bytes.substr(HeadLength)},
+                         std::move(caller->socket)};
+        }
+        caller = callers_.erase(caller);
+        if (delivery)
             return delivery;
     }
     return std::nullopt;

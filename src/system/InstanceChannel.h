@@ -2,8 +2,10 @@
 
 #include "base/Handle.h"
 
+#include <chrono>
 #include <cstdint>
 #include <filesystem>
+#include <list>
 #include <optional>
 #include <string>
 
@@ -39,7 +41,8 @@ class InstanceChannel {
     [[nodiscard]] bool EarlierInstanceRuns();
 
     /// Sends a record to the marked instance. False if there is none. The first way returns at
-    /// once, the second when the record has been dealt with, however long that takes.
+    /// once, the second when the record has been dealt with, however long that takes; false also if
+    /// the other one went away without saying that.
     [[nodiscard]] bool Post(const InstanceRecord& record) const;
     [[nodiscard]] bool Deliver(const InstanceRecord& record) const;
 
@@ -47,17 +50,32 @@ class InstanceChannel {
     bool Mark();
     /// Takes no more, and no longer runs in the eyes of others.
     void Unmark();
-    /// Readable while a record waits; -1 if there is no mark.
-    [[nodiscard]] int descriptor() const { return listener_.get(); }
-    /// A record that has arrived. Its sender goes on when this ends.
+    /// Readable while something waits for `Receive`; -1 if there is no mark.
+    [[nodiscard]] int descriptor() const { return events_.get(); }
+    /// A record that has arrived. Its sender goes on when this ends, as one that was not heard
+    /// unless it is told.
     struct Delivery {
         InstanceRecord record;
         Handle sender;
+
+        /// Tells the sender that the record has been dealt with.
+        void confirm() const;
     };
-    /// The next one; what is unreadable, too long or someone else's is skipped.
-    [[nodiscard]] std::optional<Delivery> Receive() const;
+    /// The next one that is whole. Never waits: who has sent only a part, or nothing, is kept until
+    /// the rest comes, for a second at least. What is too long or someone else's is skipped.
+    [[nodiscard]] std::optional<Delivery> Receive();
 
   private:
+    /// Somebody who has called.
+    struct Caller {
+        Handle socket;
+        std::chrono::steady_clock::time_point since;
+        std::string bytes{}; // of its record, so far
+    };
+    enum class Reading { Unfinished, Whole, Useless };
+
+    void acceptCallers();
+    [[nodiscard]] static Reading read(Caller& caller);
     [[nodiscard]] Handle openFolder() const;
     [[nodiscard]] bool takeLock();
     [[nodiscard]] Handle call() const;
@@ -66,6 +84,8 @@ class InstanceChannel {
     std::filesystem::path folder_;
     Handle lock_;
     Handle listener_;
+    Handle events_; // of the listener and the callers
+    std::list<Caller> callers_;
     std::uint64_t mark_ = 0; // number of the socket's file
 };
 

@@ -14,8 +14,12 @@ namespace corvane {
 namespace {
 
 std::string programFile() {
+    constexpr std::string_view replaced = " (deleted)"; // what the system adds then
     std::error_code error;
-    return std::filesystem::read_symlink("/proc/self/exe", error).string();
+    std::string file = std::filesystem::read_symlink("/proc/self/exe", error).string();
+    if (file.ends_with(replaced) && !std::filesystem::exists(file, error))
+        file.resize(file.size() - replaced.size());
+    return file;
 }
 
 /// The program that stands for a name of the form "Corvane.exe".

@@ -24,7 +24,7 @@ std::vector<std::string> record(const std::string& name, const SettingValue& val
         return {"text", name, *text};
     std::vector<std::string> record{"texts", name};
     const auto& texts = std::get<std::vector<std::string>>(value);
-    record.insert(record.end(), texts.begin(), texts.end());
+    std::copy_if(texts.begin(), texts.end(), std::back_inserter(record), IsUtf8);
     return record;
 }
 
@@ -48,25 +48,28 @@ bool CaselessLess::operator()(std::string_view a, std::string_view b) const {
         [](char left, char right) { return lower(left) < lower(right); });
 }
 
-std::optional<SettingKeys> ParseSettings(std::string bytes) {
-    const std::optional<TextLines> lines = TextLines::parse(std::move(bytes));
-    if (!lines)
-        return std::nullopt;
-    SettingKeys keys;
+ReadSettings ParseSettings(std::string_view bytes) {
+    ReadSettings read;
     SettingValues* key = nullptr;
     std::vector<std::string> fields;
-    for (std::size_t i = 0; i < lines->count(); ++i) {
-        lines->read(i, fields);
-        if (fields[0] == "key" && fields.size() == 2) {
-            key = &keys[fields[1]];
-            continue;
+    while (!bytes.empty()) {
+        const std::size_t end = std::min(bytes.find('\n'), bytes.size() - 1) + 1;
+        const std::optional<TextLines> line = TextLines::parse(std::string(bytes.substr(0, end)));
+        bytes.remove_prefix(end);
+        fields.assign(1, {});
+        if (line)
+            line->read(0, fields);
+        if (fields[0] == "key") {
+            // Values of a key that can't be read belong to no other.
+            key = fields.size() == 2 ? &read.keys[fields[1]] : nullptr;
+            read.damaged = read.damaged || key == nullptr;
+        } else if (std::optional<SettingValue> value = valueOf(fields); value && key != nullptr) {
+            (*key)[fields[1]] = std::move(*value);
+        } else {
+            read.damaged = true;
         }
-        std::optional<SettingValue> value = valueOf(fields);
-        if (key == nullptr || !value)
-            return std::nullopt;
-        (*key)[fields[1]] = std::move(*value);
     }
-    return keys;
+    return read;
 }
 
 std::string WriteSettings(const SettingKeys& keys) {
@@ -87,11 +90,14 @@ SettingKeys SettingsStore::read() {
     std::string bytes;
     if (files_.ReadWhole(file().string(), bytes) != FileDoor::ReadResult::Done)
         return {};
-    if (std::optional<SettingKeys> keys = ParseSettings(std::move(bytes)))
-        return std::move(*keys);
-    std::error_code error;
-    std::filesystem::rename(file(), folder_ / "settings.damaged", error);
-    return {};
+    ReadSettings read = ParseSettings(bytes);
+    if (read.damaged) {
+        // The next thing that is written leaves the damage out.
+        std::error_code error;
+        std::filesystem::copy_file(file(), folder_ / "settings.damaged",
+                                   std::filesystem::copy_options::overwrite_existing, error);
+    }
+    return std::move(read.keys);
 }
 
 Handle SettingsStore::acquire() const {

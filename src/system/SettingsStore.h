@@ -24,13 +24,19 @@ using SettingValues = std::map<std::string, SettingValue, CaselessLess>;
 /// Values by the path of their key, parts joined by backslashes. A key may be empty of values.
 using SettingKeys = std::map<std::string, SettingValues, CaselessLess>;
 
-/// Reads the text of a store; nothing if it is damaged.
-[[nodiscard]] std::optional<SettingKeys> ParseSettings(std::string bytes);
+struct ReadSettings {
+    SettingKeys keys;
+    bool damaged = false; ///< Something in it is no value, and was left out.
+};
+
+/// Reads the text of a store. What is damaged or odd costs that value only.
+[[nodiscard]] ReadSettings ParseSettings(std::string_view bytes);
+/// Text that is no text is left out.
 [[nodiscard]] std::string WriteSettings(const SettingKeys& keys);
 
 /// The user's settings in one file, which several running programs may share. Each reading sees
-/// the file as it is then; each change is made under a lock and replaces the file whole. A damaged
-/// file is set aside under another name, and the settings start anew.
+/// the file as it is then; each change is made under a lock and replaces the file whole. Of a
+/// damaged file a copy is kept under another name, and what can be read counts.
 class SettingsStore {
   public:
     /// The folder is made when something is first written.

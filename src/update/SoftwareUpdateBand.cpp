@@ -83,6 +83,13 @@ void SoftwareUpdateBand::setDesiredHeight(int height) {
     animationTick();
 }
 
+void SoftwareUpdateBand::setMainHeight(int height) {
+    if (height == mainHeight_)
+        return;
+    mainHeight_ = height;
+    slide();
+}
+
 bool SoftwareUpdateBand::poll() {
     const int state = client_.UC_GetState();
     if (state == KOUpdates::Working || state == lastClientState_)
@@ -137,7 +144,7 @@ void SoftwareUpdateBand::setWanted(bool wanted) {
 }
 
 void SoftwareUpdateBand::slide() {
-    const int whole = MainHeight + (detailsShown_ ? DetailsHeight : 0);
+    const int whole = mainHeight_ + (detailsShown_ ? DetailsHeight : 0);
     targetHeight_ = static_cast<float>(wanted_ ? whole : 0);
     animationTick();
 }
@@ -168,7 +175,7 @@ void SoftwareUpdateBand::step(float seconds) {
 
 void SoftwareUpdateBand::layOut() {
     layoutHeight_ = targetHeight_;
-    DetailsRegion.setVisible(layoutHeight_ > MainHeight);
+    DetailsRegion.setVisible(layoutHeight_ > static_cast<float>(mainHeight_));
 }
 
 } // namespace corvane

@@ -15,7 +15,7 @@ namespace corvane {
 /// person wants that.
 class SoftwareUpdateBand final : public BottomBand {
   public:
-    static constexpr int MainHeight = 660;     ///< Twips, of the region that always shows.
+    static constexpr int MainHeight = 660; ///< Twips, of the region that always shows, at first.
     static constexpr int DetailsHeight = 2400; ///< Twips, of the region with the change log.
 
     /// All of it must outlive the band.
@@ -30,6 +30,8 @@ class SoftwareUpdateBand final : public BottomBand {
     [[nodiscard]] int DesiredHeight() const override;
     /// Slides to this height.
     void setDesiredHeight(int height);
+    /// What the region that always shows needs for its text at the present width, in twips.
+    void setMainHeight(int height);
 
     Timer SoftwareUpdateTimer{2000};
     Timer DownloadHideTimer{15000};
@@ -60,6 +62,7 @@ class SoftwareUpdateBand final : public BottomBand {
     int lastClientState_ = 0;
     bool wanted_ = false;
     bool detailsShown_ = false;
+    int mainHeight_ = MainHeight;
     float currentHeight_ = 0; // twips, like the others
     float targetHeight_ = 0;
     float layoutHeight_ = 0;

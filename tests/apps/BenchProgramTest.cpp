@@ -38,6 +38,22 @@ TEST_F(BenchProgram, IdentifyTellsOfAProductThatItDoesNotKnow) {
     EXPECT_THAT(identify.errors(), HasSubstr("\nUnrecognized product.\n"));
 }
 
+TEST_F(BenchProgram, AVirtualLinkThatAnotherProgramHoldsIsCalledBusy) {
+    Process bench("corvane-bench", {"eeprom", "--size", "65536", "--write-time", "0", "--log"});
+    waitFor("eeprom");
+    Process holder("corvanectl", {"read", "0", "65536"});
+    ASSERT_TRUE(
+        eventually([&] { return bench.output().find("channel 208") != std::string::npos; }));
+    holder.signal(SIGSTOP);
+    const Ran identify = ctl({"identify"});
+    EXPECT_EQ(identify.status, 1);
+    EXPECT_THAT(identify.errors,
+                HasSubstr("The link is busy: another program uses it. Close that program"));
+    holder.signal(SIGCONT);
+    static_cast<void>(holder.wait()); // which may have waited too long meanwhile
+    EXPECT_EQ(ctl({"identify"}).status, 0);
+}
+
 TEST_F(BenchProgram, WrongUsageIsToldApartFromFailure) {
     for (const std::vector<std::string>& arguments : std::vector<std::vector<std::string>>{
              {}, {"frobnicate"}, {"identify", "--device", "-1"}, {"identify", "--device"}}) {
@@ -118,7 +134,7 @@ TEST_F(BenchProgram, ALinkServesOneComputerAtATime) {
     wire::HostSession otherPackets(clock, {});
     std::vector<std::unique_ptr<LinkSource>> sources;
     sources.push_back(std::make_unique<VirtualLinkSource>(folder.path(), clock));
-    LinkDevices second(std::move(sources), otherPackets, debug);
+    LinkDevices second(std::move(sources), otherPackets, debug, clock);
     ASSERT_TRUE(countBecomes(second, 1));
     first->OpenDevice(0);
     ASSERT_TRUE(packets.SendHello(125));

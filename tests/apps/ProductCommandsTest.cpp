@@ -174,7 +174,8 @@ TEST_F(BenchProgram, ProgramsVariablesAndReadsThemBack) {
                        "KOEEPROMListAdd\t2\t0\t2\t\t01\t\n");
     const Ran unplugged = ctl({"program", file});
     EXPECT_EQ(unplugged.status, 1);
-    EXPECT_EQ(unplugged.errors, "corvanectl: No Corvane is connected.\n");
+    EXPECT_EQ(unplugged.errors, "corvanectl: No Corvane is connected. Plug in a Corvane link, then "
+                                "try again.\n");
     Process bench("corvane-bench", {"eeprom", "--size", "65536"});
     waitFor("eeprom");
     const Ran asked = ctl({"program", file}); // No, where there is nobody to ask

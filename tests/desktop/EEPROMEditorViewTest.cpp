@@ -90,6 +90,39 @@ TEST_F(EEPROMWindow, VariablesAreAddedMarkedRefusedProgrammedAndRead) {
     expectNames();
 }
 
+TEST_F(EEPROMWindow, AValueThatIsNoneStopsTheRunAndAQuestionNamesTheVariable) {
+    form.OpenFile(desk.folder.file("v.ko_eeprom", "KOEEPROM\t3\t3\t0\t1\n"
+                                                  "KOEEPROMListAdd\t1\t0\t2\tspeed\t0102\t\n"
+                                                  "KOEEPROMListAdd\t2\t8\t3\t\t05\t\n"
+                                                  "KOEEPROMListAdd\t3\t10\t1\tgain of it\t05\t\n"));
+    desk.bench.plugIn("eeprom");
+    desk.bench.run(100);
+    desk.bench.takeLog();
+    EXPECT_EQ(control().OverlapLabel.Caption(), "Overlapping: address 8, gain of it");
+    std::vector<std::string> told;
+    const auto answer = [&told](QMessageBox::StandardButton button) {
+        return [&told, button](QMessageBox& box) {
+            told.push_back(box.text().section('\n', 0, 1).toStdString());
+            Hands::click(*box.button(button));
+        };
+    };
+    Hands::retype(box(1, 3), "256");
+    whenShown<QMessageBox>(answer(QMessageBox::Ok));
+    press("Program");
+    EXPECT_TRUE(told.back().starts_with("What is typed as the value of speed is not Integer (U8)"))
+        << told.back();
+    EXPECT_EQ(desk.bench.timesLogged("Making connection attempt."), 0);
+    window.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
+    EXPECT_EQ(QApplication::focusWidget(), &box(1, 3));
+    Hands::type("7 8"); // in place of what is selected
+    whenShown<QMessageBox>(answer(QMessageBox::Yes));
+    press("Program");
+    EXPECT_EQ(told.back(), "address 8\n1 bytes supplied in a 3 byte field.");
+    EXPECT_EQ(control().ProgrammingLabel.Caption(), "Programmed.");
+    EXPECT_EQ(control().Entry(1).DataValue(), (ByteString{7, 8}));
+}
+
 TEST_F(EEPROMWindow, OnlyRowsInViewHaveWidgetsAndTabReachesAll) {
     openMany(5000);
     const int inView = entries().height() / 25 + 2;

@@ -1,11 +1,16 @@
 #include "desktop/InstanceDoor.h"
 
+#include "shell/Startup.h"
 #include "support/TemporaryFolder.h"
 
 #include <QMessageBox>
 #include <QTest>
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <cstring>
+#include <sys/socket.h>
+#include <sys/un.h>
 #include <thread>
 
 namespace corvane {
@@ -72,6 +77,37 @@ TEST_F(Door, FilesOpenOneAfterTheOtherAndNeverInAQuestion) {
     EXPECT_EQ(opened.size(), 2U);
     question.close();
     EXPECT_TRUE(QTest::qWaitFor([this] { return opened.size() == 3; }));
+}
+
+TEST_F(Door, AFileThatComesWhileItClosesIsSaidToBeUnheard) {
+    window.show();
+    QMessageBox question; // whether to save, say
+    question.setModal(true);
+    question.show();
+    std::atomic<int> heard = -1;
+    senders.emplace_back([&] { heard = other.Deliver({InstanceRecord::Path, "late"}) ? 1 : 0; });
+    QTest::qWait(100);
+    EXPECT_EQ(heard, -1); // waits until the question is answered
+    door.close();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return heard != -1; }));
+    EXPECT_EQ(heard, 0); // and opens it itself then
+    EXPECT_TRUE(opened.empty());
+    EXPECT_FALSE(HandOver(other, "late", {}, [](std::chrono::milliseconds) {}));
+}
+
+TEST_F(Door, SilentConnectionsHoldUpNothing) {
+    sockaddr_un mark{};
+    mark.sun_family = AF_UNIX;
+    const std::string path = folder.path() / "run" / InstanceChannel::MarkName;
+    std::memcpy(mark.sun_path, path.c_str(), path.size() + 1);
+    std::vector<Handle> silent;
+    for (int i = 0; i < 20; ++i) {
+        silent.emplace_back(::socket(AF_UNIX, SOCK_STREAM, 0));
+        ASSERT_EQ(::connect(silent.back().get(), reinterpret_cast<sockaddr*>(&mark), sizeof mark),
+                  0);
+    }
+    deliver("file");
+    EXPECT_TRUE(QTest::qWaitFor([this] { return opened.size() == 1; }));
 }
 
 TEST_F(Door, NothingOpensOnceItIsClosed) {

@@ -111,6 +111,10 @@ TEST_P(Look, TextStandsOutFromItsGroundInBothPalettes) {
 
 TEST_P(Look, WhatTheKeyboardReachesTellsWhatItIsAndDoes) {
     eachTab([this] {
+        for (QWidget* widget : shown())
+            if (qobject_cast<QAbstractButton*>(widget) != nullptr) {
+                EXPECT_FALSE(widget->toolTip().isEmpty()) << "no tip: " << nameOf(widget);
+            }
         for (QWidget* widget : stops()) {
             const QAccessibleInterface* told = QAccessible::queryAccessibleInterface(widget);
             ASSERT_NE(told, nullptr);

@@ -3,6 +3,7 @@
 #include "desktop/DefaultView.h"
 #include "desktop/QtDialogs.h"
 #include "desktop/Theme.h"
+#include "support/Hands.h"
 #include "support/NotesControl.h"
 #include "support/Screen.h"
 
@@ -65,7 +66,7 @@ class MainWindowTest : public testing::Test {
     Application application{desk.programs, dialogs};
     ProductControls controls{desk.place, desk.keys};
     MainForm form{desk.place, controls, application};
-    LinkStatus status{desk.bench.link, desk.bench.products};
+    LinkStatus status{desk.bench.link};
     MainWindow window{form, status};
 };
 
@@ -87,6 +88,84 @@ TEST_F(MainWindowTest, SavesThroughTheRealMenuAndDialog) {
     EXPECT_EQ(desk.folder.content("mine.note"), "Notes\t1\t1\t0\t2\nNote\tone\n");
     EXPECT_EQ(window.windowTitle(),
               "Notes - " + QString::fromStdString(desk.folder.path() / "mine.note"));
+}
+
+TEST_F(MainWindowTest, ANameThatWouldNotShowAgainIsAskedAbout) {
+    open();
+    notes().add("one");
+    const std::string other = desk.folder.file("taken.note", "precious");
+    std::vector<std::string> questions;
+    const auto name = [](const char* text) {
+        return [text](QFileDialog& dialog) {
+            Hands::key(Qt::Key_A, Qt::ControlModifier);
+            dialog.findChild<QLineEdit*>("fileNameEdit")->setText(text);
+            Hands::key(Qt::Key_Return);
+        };
+    };
+    const auto answer = [&questions](QMessageBox::StandardButton button) {
+        return [&questions, button](QMessageBox& box) {
+            questions.push_back(box.text().section('\n', 0, 0).toStdString());
+            Hands::click(*box.button(button));
+        };
+    };
+    // Back, as typed, under another name that is taken, back, and under the one that is meant.
+    whenShown<QFileDialog>(name("my police"));
+    whenShown<QMessageBox>(answer(QMessageBox::Cancel), [&] {
+        whenShown<QFileDialog>(name("taken"), [&] {
+            whenShown<QMessageBox>(answer(QMessageBox::Yes), [&] {
+                whenShown<QMessageBox>(answer(QMessageBox::No), [&] {
+                    whenShown<QFileDialog>(name("plain.txt"), [&] {
+                        whenShown<QMessageBox>(answer(QMessageBox::No));
+                    });
+                });
+            });
+        });
+    });
+    choose({"&File", "Save &As..."});
+    EXPECT_EQ(questions, (std::vector<std::string>{
+                             "Save as 'my police.note'?", "Save as 'taken.note'?",
+                             "taken.note already exists.", "Save as 'plain.txt.note'?"}));
+    EXPECT_EQ(desk.folder.content("taken.note"), "precious");
+    EXPECT_EQ(desk.folder.content("plain.txt"), "Notes\t1\t1\t0\t2\nNote\tone\n");
+}
+
+TEST_F(MainWindowTest, ATitleShowsEveryName) {
+    open();
+    form.OpenFile(desk.folder.file("x[*].note", "Notes\t1\t1\t0\t2\nNote\tone\n"));
+    EXPECT_TRUE(window.windowHandle()->title().contains("x[*].note"))
+        << window.windowHandle()->title().toStdString();
+}
+
+TEST_F(MainWindowTest, ARestartThatFailsIsToldWithTheWindowGone) {
+    desk.programs.fails = true;
+    open();
+    bool gone = false;
+    whenShown<QMessageBox>([&](QMessageBox& box) {
+        gone = !window.isVisible();
+        Hands::click(*box.button(QMessageBox::Ok));
+    });
+    choose({"&Help", "&Troubleshooting", "&Restart Corvane", "&Normally"});
+    EXPECT_TRUE(gone);
+}
+
+TEST_F(MainWindowTest, TheAboutBoxsLinkOpensWithTheKeyboardAndStaysAsItIs) {
+    open();
+    choose({"&Help", "&About..."});
+    auto* about = window.findChild<QDialog*>();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(about));
+    Hands::key(Qt::Key_Space); // on OK, wherever the logo is
+    EXPECT_TRUE(desk.programs.started.empty());
+    choose({"&Help", "&About..."});
+    about = window.findChildren<QDialog*>().back();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(about));
+    QWidget* link = about->focusWidget()->nextInFocusChain();
+    while (!link->accessibleName().startsWith("Web site"))
+        link = link->nextInFocusChain();
+    while (QApplication::focusWidget() != link)
+        Hands::key(Qt::Key_Tab);
+    Hands::key(Qt::Key_Return);
+    EXPECT_EQ(desk.programs.started.size(), 1U);
+    EXPECT_EQ(form.about.Site.ForeColor(), HyperlinkControl::Normal);
 }
 
 TEST_F(MainWindowTest, KeysUndoAndRedo) {
@@ -167,13 +246,25 @@ TEST_F(StartWindow, GivesWayToAChoiceAndEverythingHasAName) {
     EXPECT_EQ(QAccessible::queryAccessibleInterface(window.menuBar()->cornerWidget())
                   ->text(QAccessible::Name),
               "Link: No link is plugged in. Plug in a Corvane link to begin.");
-    auto* lumora = view->findChildren<QAbstractButton*>().at(1);
-    lumora->setFocus();
-    QTest::keyClick(lumora, Qt::Key_Space);
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
+    Hands::key(Qt::Key_Space); // where the focus is at first
+    EXPECT_TRUE(desk.programs.started.empty());
     EXPECT_EQ(form.interface().InterfaceClass(), "Corvane.LumoraControl");
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     EXPECT_EQ(dynamic_cast<DefaultView*>(window.view()), nullptr);
     EXPECT_EQ(window.windowTitle(), "Notes");
+}
+
+TEST_F(StartWindow, GoesOnLookingAfterAPowerCycle) {
+    controls.add("Corvane.PactorControl",
+                 [this] { return std::make_unique<NotesControl>(desk, &dialogs); });
+    open();
+    choose({"&Help", "&Troubleshooting", "Power &Cycle Corvane-Attached Device"});
+    desk.bench.plugIn("pactor-3.1");
+    EXPECT_TRUE(QTest::qWaitFor([this] {
+        desk.bench.clock.advance(50);
+        return form.interface().InterfaceClass() == "Corvane.PactorControl";
+    }));
 }
 
 TEST_F(StartWindow, ShowsTheLinkAsItComesAndGoes) {

@@ -62,8 +62,6 @@ TEST_F(RelayWindow, IsChangedSimulatedProgrammedReadAndUndone) {
 
     // Somebody else changes the product meanwhile.
     GenericEEPROMProgrammer other(place);
-    const Connection onPacket = desk.bench.link.PacketReceived.connect(
-        [&](const KOPacket& packet) { other.ProcessPacket(packet); });
     KOBuffer hysteresis;
     hysteresis.Append(255);
     ASSERT_TRUE(other.Connect("Corvane.PactorControl", "relay", false));
@@ -80,6 +78,23 @@ TEST_F(RelayWindow, IsChangedSimulatedProgrammedReadAndUndone) {
     ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
     QTest::keyClick(&window, Qt::Key_Z, Qt::ControlModifier); // the relay below
     EXPECT_FALSE(named<QRadioButton>("Below Trip Point, Relay On").isChecked());
+    EXPECT_EQ(control().ProgrammingLabel.Caption(), "");
+}
+
+TEST_F(RelayWindow, NothingStandsThereOfTheLastJob) {
+    LinkBench::Plugged& plugged = desk.bench.plugIn("pactor-3.1");
+    desk.bench.run(100);
+    press("Program");
+    EXPECT_EQ(control().ProgrammingLabel.Caption(), "Programmed.");
+    desk.bench.unplug(plugged);
+    desk.bench.run(100);
+    std::string stood = "nothing was asked";
+    whenShown<QMessageBox>([&](QMessageBox& box) {
+        stood = control().ProgrammingLabel.Caption();
+        Hands::click(*box.button(QMessageBox::Ok));
+    });
+    press("Program");
+    EXPECT_EQ(stood, "");
     EXPECT_EQ(control().ProgrammingLabel.Caption(), "");
 }
 

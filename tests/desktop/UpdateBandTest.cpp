@@ -2,6 +2,7 @@
 #include "support/ProductWindow.h"
 #include "system/SystemClock.h"
 
+#include <QLabel>
 #include <QPlainTextEdit>
 
 namespace corvane {
@@ -21,7 +22,11 @@ struct OfferingClient final : KOUpdates {
 
 class UpdateWindow : public ProductWindow {
   protected:
-    UpdateWindow() { KOOptions(desk.registry).setAutopatchEnabled(true); }
+    explicit UpdateWindow(std::string opened = {}) : opened_(std::move(opened)) {
+        KOOptions(desk.registry).setAutopatchEnabled(true);
+    }
+
+    const std::string opened_; // ending of an empty document's name, and its type code
 
     OfferingClient client;
     SystemClock clock;
@@ -31,7 +36,11 @@ class UpdateWindow : public ProductWindow {
         band = std::make_unique<SoftwareUpdateBand>(client, desk.registry, clock);
         form.setBand(*band);
         window.setBand(*band);
-        open({});
+        const auto mark = opened_.find(' ');
+        if (opened_.empty())
+            open({});
+        else
+            openEmpty(opened_.substr(0, mark), opened_.substr(mark + 1));
     }
     QWidget& view() { return *window.findChild<QWidget*>("updateBand"); }
     void poll(int state) {
@@ -78,6 +87,38 @@ TEST_F(UpdateWindow, SlidesInShowsItsDetailsAndLeadsToARestart) {
     EXPECT_FALSE(window.isVisible());
     ASSERT_EQ(desk.programs.started.size(), 1U);
     EXPECT_EQ(desk.programs.started[0], "/opt/corvane/Corvane.exe|");
+}
+
+class NarrowUpdateWindow : public UpdateWindow {
+  protected:
+    NarrowUpdateWindow() : UpdateWindow("relay Pactor") {}
+};
+
+TEST_F(NarrowUpdateWindow, WrapsItsTextAndTheWindowGrowsForIt) {
+    const QSize before = window.size();
+    const auto expectAllShown = [this] {
+        EXPECT_TRUE(QTest::qWaitFor([&] { return !band->AnimationTimer.Enabled(); }, 10000));
+        QApplication::processEvents();
+        const auto* text = view().findChild<QLabel*>();
+        EXPECT_GE(text->height(), text->heightForWidth(text->width()))
+            << text->text().toStdString();
+        EXPECT_GE(view().height(), 40);
+        EXPECT_TRUE(window.view()->rect().isValid());
+        EXPECT_GE(window.view()->height(), window.view()->minimumSizeHint().height());
+        EXPECT_LE(view().geometry().bottom(), view().parentWidget()->rect().bottom());
+    };
+    poll(KOUpdates::Available);
+    expectAllShown();
+    shoot(window, "update-narrow");
+    pressIn("Details >>");
+    expectAllShown();
+    EXPECT_GT(window.height(), before.height() + 160);
+    shoot(window, "update-narrow-details");
+    pressIn("<< Details");
+    expectAllShown();
+    pressIn("No");
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !view().isVisible(); }, 10000));
+    EXPECT_EQ(window.size(), before);
 }
 
 TEST_F(UpdateWindow, AFailureIsShown) {

@@ -278,7 +278,7 @@ TEST_F(EEPROMEditor, AsksAboutLengthsThatDiffer) {
 
 TEST_F(EEPROMEditor, GoesOnAfterAFailedVariableAndTellsInTheEnd) {
     control.ProgramButton.press();
-    EXPECT_EQ(desk.person.takeMessage(), "Error: No Corvane is connected.");
+    EXPECT_THAT(desk.person.takeMessage(), HasSubstr("Error: No Corvane is connected."));
     add(0, 1, {9});
     add(65535, 2, {1, 2}); // would come round to the beginning
     add(5, 1, {8});
@@ -313,6 +313,53 @@ TEST_F(EEPROMEditor, SurvivesEveryFaultWithItsDocument) {
     EXPECT_EQ(status(), "! Programming failed!");
     EXPECT_EQ(desk.person.messages.size(), 1U); // and not one for each that follows
     EXPECT_THAT(desk.person.takeMessage(), HasSubstr("Write timed out."));
+}
+
+TEST_F(EEPROMEditor, AReplyThatIsTooShortOrTooLateIsNotStored) {
+    add(0, 2, {1, 2});
+    add(4, 1, {3});
+    int reads = 0;
+    desk.bench.plugIn(scripted(
+        [&reads](std::uint8_t, bench::ByteView data, bench::Reply& reply) {
+            // The first variable's reply comes with the second one's request, and before its own.
+            if (data[0] == 0 && ++reads == 1)
+                return;
+            if (data[0] == 0)
+                return reply.send(80, bench::Bytes{9});
+            if (reads == 1)
+                reply.send(80, bench::Bytes{8, 8});
+            reply.send(80, bench::Bytes{7});
+        },
+        {255, 1, 1, 0}));
+    desk.bench.run(100);
+    const std::vector<EEPROMVariable> before = variables();
+    EXPECT_EQ(control.ReadSettings().reason, JobOutcome::Reason::Failed);
+    EXPECT_EQ(status(), "! Reading failed!");
+    EXPECT_EQ(variables(), before);
+    EXPECT_EQ(control.ReadSettings().reason, JobOutcome::Reason::Failed);
+    EXPECT_THAT(desk.person.takeMessage(),
+                HasSubstr("Error: The product sent 1 byte where 2 were asked for."));
+    EXPECT_EQ(variables()[0], before[0]);
+    EXPECT_EQ(variables()[1].DataValue, ByteString{7});
+}
+
+TEST_F(EEPROMEditor, AsksBeforeItWritesIntoAProductOfAnotherKind) {
+    add(0, 1, {9});
+    plugIn("pactor-3.1");
+    desk.person.answers = {Answer::No, Answer::Yes};
+    const JobOutcome outcome = control.Program();
+    EXPECT_EQ(outcome.reason, JobOutcome::Reason::Canceled);
+    EXPECT_EQ(status(), "! Nothing was written into the Pactor 3.1.");
+    EXPECT_EQ(memory(0, 1).front(), 255);
+    EXPECT_EQ(desk.person.takeMessage(),
+              "Another Product: The product behind the link is a Pactor 3.1. Variables would "
+              "overwrite what it needs to work.\r\n\r\nProgram anyway?");
+    EXPECT_TRUE(control.Program().done());
+    EXPECT_EQ(memory(0, 1).front(), 9);
+    desk.person.messages.clear();
+    EXPECT_TRUE(control.ReadSettings().done()); // reading harms nothing
+    EXPECT_TRUE(desk.person.messages.empty());
+    EXPECT_TRUE(idle());
 }
 
 TEST_F(EEPROMEditor, AnEmptyListIsProgrammed) {

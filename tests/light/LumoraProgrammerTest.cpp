@@ -2,6 +2,7 @@
 
 #include "bench/LumoraMemory.h"
 #include "support/LightBench.h"
+#include "support/OtherProducts.h"
 
 #include <gmock/gmock.h>
 
@@ -163,11 +164,27 @@ TEST_F(Programming, AFunctionThatNoControllerKnowsIsRefused) {
 TEST_F(Programming, WithoutTheRightControllerItDoesNotBegin) {
     press();
     EXPECT_EQ(status(), "Unable to connect to the Lumora.");
+    EXPECT_EQ(dialog->Cure.Caption(), "Plug in a Corvane link, then try again.");
     expectFree();
-    desk.bench.plugIn("pactor-2.1");
+    // What was there before counts for nothing, nor does the class that the program starts with.
+    desk.bench.noteFrames = true;
+    LinkBench::Plugged* plugged = &plugWithMemory("lumora-1.2");
     press();
-    EXPECT_EQ(status(), "Unable to connect to the Lumora.");
-    expectFree();
+    EXPECT_EQ(status(), "Programming complete.");
+    EXPECT_EQ(dialog->Cure.Caption(), "");
+    for (const auto& [identity, cure] :
+         {std::pair(bench::Identity{2, 1, 0, 0}, "is a Pactor 2.1."),
+          {bench::Identity{9, 9, 0, 0}, "of type 9.9, which this program does not know."}}) {
+        desk.bench.unplug(*plugged);
+        desk.bench.run(200);
+        plugged = &desk.bench.plugIn(
+            scripted([](std::uint8_t, bench::ByteView, bench::Reply&) {}, identity));
+        press();
+        EXPECT_EQ(status(), "Unable to connect to the Lumora.");
+        EXPECT_THAT(dialog->Cure.Caption(), HasSubstr(cure));
+        EXPECT_EQ(WritesAmong(plugged->frames), 0);
+        expectFree();
+    }
 }
 
 TEST_F(Programming, WrongAnswersAreTriedAgainWithinABudget) {
@@ -241,21 +258,6 @@ TEST_F(Programming, AWrongKindOrTooFewBytesEndItAtOnce) {
         bench.control.ProgramButton.press();
         EXPECT_EQ(last, "Programming failed.");
         EXPECT_FALSE(bench.desk.bench.link.Negotiated());
-    }
-}
-
-TEST_F(Programming, ComesThroughFaultsOfTheWire) {
-    draw();
-    desk.person.answers = std::deque<Answer>(100, Answer::Yes);
-    for (unsigned seed = 1; seed <= 12; ++seed) {
-        const char* product = seed % 2 == 0 ? "lumora-1.1" : "lumora-1.2";
-        LinkBench::Plugged& plugged =
-            plugWithMemory(product, "drop=0.05,corrupt=0.03,delay=5", seed);
-        press();
-        EXPECT_EQ(status(), "Programming complete.") << seed;
-        expectFree();
-        desk.bench.unplug(plugged);
-        desk.bench.run(200);
     }
 }
 

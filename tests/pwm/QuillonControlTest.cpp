@@ -11,6 +11,7 @@ namespace {
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::StartsWith;
 
 /// The requests that a product got, each as its channel and its data.
 using Requests = std::vector<std::string>;
@@ -19,8 +20,6 @@ class Quillon : public testing::Test {
   protected:
     Desk desk{RunModes{.DebugMode = true}, "RQ"};
     QuillonControl control{desk.place};
-    Connection onPacket = desk.bench.link.PacketReceived.connect(
-        [this](const KOPacket& packet) { control.ProcessPacket(packet); });
     QuillonControllerConfiguration* dialog = nullptr;
     Connection onShown = control.ConfigurationShown.connect(
         [this](QuillonControllerConfiguration& shown) { dialog = &shown; });
@@ -144,7 +143,8 @@ TEST_F(Quillon, EachSilenceEndsItsOperationWithItsMessage) {
         LinkBench::Plugged& silent = plugIn(silence.silent);
         const auto before = desk.bench.clock.now();
         (silence.download ? slot(0).DownloadButton : slot(0).UploadButton).press();
-        EXPECT_EQ(desk.person.takeMessage(), std::string("Error: ") + silence.message);
+        EXPECT_THAT(desk.person.takeMessage(),
+                    StartsWith(std::string("Error: ") + silence.message));
         EXPECT_LT(desk.bench.clock.now() - before, 2000U); // once, and not again
         EXPECT_EQ(history(0).Length(), silence.download ? 0 : 40);
         EXPECT_EQ(takeRequests(182).size(), silence.silent == std::string("silent=182") ? 1U : 0U);
@@ -170,7 +170,7 @@ TEST_F(Quillon, KeepsWhatCameBeforeASilence) {
     desk.bench.plugIn(std::move(made));
     desk.bench.run(100);
     slot(1).DownloadButton.press();
-    EXPECT_EQ(desk.person.takeMessage(), "Error: Download timed out.");
+    EXPECT_THAT(desk.person.takeMessage(), StartsWith("Error: Download timed out."));
     EXPECT_EQ(blocks(1), std::vector<int>(128, 5));
     EXPECT_FALSE(history(1).SaveDirty());
     expectIdle();
@@ -187,9 +187,11 @@ TEST_F(Quillon, ReportsWrongRepliesAndWaitsOn) {
         slot(0).DownloadButton.press();
         return desk.person.takeMessage();
     };
-    EXPECT_EQ(replace("wrong-slot"), "Error: Download timed out while getting length.");
+    EXPECT_THAT(replace("wrong-slot"),
+                StartsWith("Error: Download timed out while getting length."));
     EXPECT_TRUE(desk.bench.logged("50 DD1 1 0"));
-    EXPECT_EQ(replace("too-short"), "Error: Download timed out while getting length.");
+    EXPECT_THAT(replace("too-short"),
+                StartsWith("Error: Download timed out while getting length."));
     EXPECT_TRUE(desk.bench.logged("50 DD3 2 3"));
 
     // One after another, each wrong in its way, and in the end the right one.
@@ -219,12 +221,14 @@ TEST_F(Quillon, ReportsWrongRepliesAndWaitsOn) {
 TEST_F(Quillon, TellsOfAMissingLinkAndOfAnotherProduct) {
     for (Button* button : {&slot(0).DownloadButton, &slot(0).UploadButton}) {
         button->press();
-        EXPECT_EQ(desk.person.takeMessage(), "Error: No Corvane is connected.");
+        EXPECT_THAT(desk.person.takeMessage(), HasSubstr("Error: No Corvane is connected."));
     }
     desk.bench.plugIn("lumora-1.2"); // of no vendor that this program knows
     desk.bench.run(100);
     control.options.SelectItem("Configure &Controller...");
-    EXPECT_EQ(desk.person.takeMessage(), "Error: Unable to connect to the Quillon.");
+    EXPECT_THAT(desk.person.takeMessage(),
+                HasSubstr("Error: Unable to connect to the Quillon.\r\n\r\nThe product behind the "
+                          "link is of type 1.2, which this program does not know."));
     EXPECT_EQ(dialog, nullptr);
     expectIdle();
 }
@@ -265,7 +269,8 @@ TEST_F(Quillon, TheReceiverIsReadAndWritten) {
     plugIn("silent=184");
     onClosed = dialog->Closed.connect([&] { ++closed; });
     dialog->OKButton.press();
-    EXPECT_EQ(desk.person.takeMessage(), "Error: Couldn't write controller settings.");
+    EXPECT_THAT(desk.person.takeMessage(),
+                StartsWith("Error: Couldn't write controller settings."));
     EXPECT_EQ(closed, 2);
     expectIdle();
 }
@@ -273,7 +278,7 @@ TEST_F(Quillon, TheReceiverIsReadAndWritten) {
 TEST_F(Quillon, ASilentProductOpensNoDialog) {
     plugIn("silent=183");
     control.options.SelectItem("Configure &Controller...");
-    EXPECT_EQ(desk.person.takeMessage(), "Error: Couldn't read controller settings.");
+    EXPECT_THAT(desk.person.takeMessage(), StartsWith("Error: Couldn't read controller settings."));
     EXPECT_EQ(dialog, nullptr);
     expectIdle();
 }

@@ -14,7 +14,7 @@ class LinkStatusTest : public testing::Test {
     LinkStatusTest() { bench.link.setMaintainConnection(false); }
 
     LinkBench bench;
-    LinkStatus status{bench.link, bench.products};
+    LinkStatus status{bench.link};
     int changes = 0;
     Connection onChanged = status.Changed.connect([this] { ++changes; });
 };
@@ -33,6 +33,28 @@ TEST_F(LinkStatusTest, TellsOfAJobFromItsBeginningToItsEnd) {
                                               "Lumora 1.2", "A link is plugged in"}));
     bench.run(10000);
     EXPECT_EQ(told.size(), 4U);
+}
+
+TEST_F(LinkStatusTest, NamesWhatIsThereAndNotWhatWasThere) {
+    LinkBench::Plugged* plugged = nullptr;
+    bench.link.setMaintainConnection(true);
+    for (const auto& [product, headline] : {std::pair("pactor-3.1", "Pactor 3.1"),
+                                            {"quillon", "Unrecognized product"},
+                                            {"lumora-1.1", "Lumora 1.1"},
+                                            {"lumora-1.2", "Lumora 1.2"},
+                                            {"quillon", "Unrecognized product"},
+                                            {"pactor-3.1", "Pactor 3.1"}}) {
+        if (plugged != nullptr)
+            bench.unplug(*plugged);
+        bench.run(1000);
+        EXPECT_EQ(status.headline(), "No link is plugged in");
+        std::vector<std::string> told;
+        const Connection onTold =
+            status.Changed.connect([&] { told.push_back(status.headline()); });
+        plugged = &bench.plugIn(product);
+        bench.run(1000);
+        EXPECT_EQ(told, (std::vector<std::string>{"A link is plugged in", headline}));
+    }
 }
 
 TEST_F(LinkStatusTest, AJobThatFindsNoLinkSaysSo) {
@@ -55,11 +77,12 @@ TEST_F(LinkStatusTest, ALinkThatMayNotBeOpenedLeadsToTheDrivers) {
 TEST_F(LinkStatusTest, ALinkThatAnotherProgramUsesIsBusyAndTheSignStandsStill) {
     LinkBench::Plugged& plugged = bench.plugIn("lumora-1.2");
     plugged.claimed = true;
-    bench.run(1000);
+    bench.run(5000);
     EXPECT_EQ(status.headline(), "The link is busy");
     EXPECT_EQ(changes, 1);
+    EXPECT_EQ(plugged.openings, 5); // once a second
     plugged.claimed = false;
-    bench.run(1000);
+    bench.run(1100);
     EXPECT_EQ(status.headline(), "A link is plugged in");
     plugged.claimed = true; // does not concern what is open already
     bench.unplug(plugged);

@@ -155,6 +155,10 @@ TEST_F(MainFormTest, OptionsAreTheControlsOwnBesideTheOneForUpdates) {
     menu.mnuOptionsAutopatch.choose();
     EXPECT_TRUE(menu.mnuOptionsAutopatch.Checked());
     EXPECT_TRUE(KOOptions(desk.registry).AutopatchEnabled());
+    form->setNoUpdates();
+    EXPECT_FALSE(menu.mnuOptionsAutopatch.Enabled());
+    EXPECT_EQ(menu.mnuOptionsAutopatch.ToolTipText(),
+              "This build has no address to look for updates at.");
 
     arrange = [](NotesControl& made) {
         made.hasOptions = true;

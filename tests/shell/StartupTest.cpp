@@ -1,9 +1,12 @@
 #include "shell/Startup.h"
 
+#include "base/Product.h"
 #include "link/KOCommLink.h"
 #include "system/File.h"
 
 #include <gtest/gtest.h>
+
+#include <filesystem>
 
 namespace corvane {
 namespace {
@@ -32,12 +35,26 @@ TEST(CommandLine, AnythingElseIsAFile) {
         {"\"\"", ""},
         {"   ", ""},
         {"", ""},
+        {"./sub//x.lumora", "sub/x.lumora"},
+        {"../x.lumora", "../x.lumora"},
     };
     for (const auto& [line, file] : cases) {
         const Launch launch = ReadCommandLine(line);
-        EXPECT_EQ(launch.fileToOpen, file) << line;
+        // Whoever sees the name next may have another working folder.
+        EXPECT_EQ(launch.fileToOpen,
+                  file.empty() ? file : (std::filesystem::current_path() / file).string())
+            << line;
         EXPECT_FALSE(launch.modes.DebugMode);
     }
+}
+
+TEST(CommandLine, TellsOfItself) {
+    EXPECT_EQ(ReadCommandLine("--version").toTell, std::string("Corvane ") + ProgramVersion + "\n");
+    const std::string help = ReadCommandLine("--HELP").toTell;
+    for (const char* option :
+         {"-program", "-program2", "-eeprom", "-debug", "-register", "--help", "--version"})
+        EXPECT_NE(help.find(std::string("\n  ") + option + " "), std::string::npos) << option;
+    EXPECT_EQ(ReadCommandLine("--help").fileToOpen, "");
 }
 
 TEST(CommandLine, DecidesTheFirstControl) {

@@ -8,6 +8,7 @@
 #include <gmock/gmock.h>
 
 #include <chrono>
+#include <sstream>
 #include <thread>
 
 namespace corvane {
@@ -45,7 +46,7 @@ class BenchProgram : public testing::Test {
         std::vector<std::unique_ptr<LinkSource>> sources;
         sources.push_back(
             std::make_unique<VirtualLinkSource>(VirtualLinkSource::userFolder(), clock));
-        return std::make_unique<LinkDevices>(std::move(sources), packets, debug);
+        return std::make_unique<LinkDevices>(std::move(sources), packets, debug, clock);
     }
     static bool countBecomes(KODevice& device, int count) {
         return eventually([&] {
@@ -66,6 +67,21 @@ struct Ran {
     Process process(program, arguments);
     const int status = process.wait();
     return {status, process.output(), process.errors()};
+}
+
+inline std::vector<std::string> LinesOf(const std::string& text) {
+    std::vector<std::string> lines;
+    std::istringstream stream(text);
+    for (std::string line; std::getline(stream, line);)
+        lines.push_back(line);
+    return lines;
+}
+
+/// What the bench tells of a product's wire until it ends.
+inline std::vector<std::string> FramesOf(Process& bench) {
+    bench.signal(SIGTERM);
+    bench.wait();
+    return LinesOf(bench.output());
 }
 
 } // namespace corvane

@@ -12,8 +12,6 @@ class ControlBench {
     Desk desk;
     Control control{desk.place};
     History& history = *control.HistoryObject();
-    Connection onPacket = desk.bench.link.PacketReceived.connect(
-        [this](const KOPacket& packet) { control.ProcessPacket(packet); });
 
     /// Opens a file with this content; what was there is lost. What was told, or nothing.
     std::string open(const std::string& content) {

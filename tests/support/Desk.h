@@ -41,6 +41,8 @@ class Desk {
   public:
     explicit Desk(RunModes modes = {.DebugMode = true}, std::string_view vendor = "KO")
         : bench(modes, vendor) {}
+    /// Where the next start works after one that was killed.
+    explicit Desk(LinkBench& killed) : bench(killed) {}
 
     TemporaryFolder folder;
     LinkBench bench;

@@ -1,10 +1,16 @@
 #pragma once
 
+#include "controls/Menu.h"
+
 #include <QApplication>
+#include <QMenuBar>
 #include <QPointer>
+#include <QTabBar>
 #include <QTest>
 #include <QWheelEvent>
 #include <QWidget>
+
+#include <stdexcept>
 
 namespace corvane {
 
@@ -13,19 +19,17 @@ namespace corvane {
 /// corner of the widget that is named.
 class Hands {
   public:
-    explicit Hands(QWidget& window) : window_(window) {}
-
-    void press(QWidget& on, QPoint at, Qt::MouseButton button = Qt::LeftButton,
-               Qt::KeyboardModifiers held = {}) const {
+    static void press(QWidget& on, QPoint at, Qt::MouseButton button = Qt::LeftButton,
+                      Qt::KeyboardModifiers held = {}) {
         QTest::mousePress(handle(on), button, held, placeOf(on, at));
     }
-    void moveTo(QWidget& on, QPoint at) const { QTest::mouseMove(handle(on), placeOf(on, at)); }
-    void release(QWidget& on, QPoint at, Qt::MouseButton button = Qt::LeftButton,
-                 Qt::KeyboardModifiers held = {}) const {
+    static void moveTo(QWidget& on, QPoint at) { QTest::mouseMove(handle(on), placeOf(on, at)); }
+    static void release(QWidget& on, QPoint at, Qt::MouseButton button = Qt::LeftButton,
+                        Qt::KeyboardModifiers held = {}) {
         QTest::mouseRelease(handle(on), button, held, placeOf(on, at));
     }
-    void click(QWidget& on, QPoint at, Qt::MouseButton button = Qt::LeftButton,
-               Qt::KeyboardModifiers held = {}) const {
+    static void click(QWidget& on, QPoint at, Qt::MouseButton button = Qt::LeftButton,
+                      Qt::KeyboardModifiers held = {}) {
         moveTo(on, at);
         const QPointer<QWidget> still(&on);
         press(on, at, button, held);
@@ -33,42 +37,90 @@ class Hands {
             release(on, at, button, held);
     }
     /// Presses and moves; the button stays down.
-    void startDrag(QWidget& on, QPoint from, QPoint to) const {
+    static void startDrag(QWidget& on, QPoint from, QPoint to) {
         moveTo(on, from);
         press(on, from);
         for (int step = 1; step <= 3; ++step)
             moveTo(on, from + (to - from) * step / 3);
     }
-    void drag(QWidget& on, QPoint from, QPoint to) const {
+    static void drag(QWidget& on, QPoint from, QPoint to) {
         startDrag(on, from, to);
         release(on, to);
     }
     /// A notch is 120.
-    void turnWheel(QWidget& on, QPoint at, int angle, Qt::KeyboardModifiers held = {}) const {
+    static void turnWheel(QWidget& on, QPoint at, int angle, Qt::KeyboardModifiers held = {}) {
         QWheelEvent turn(at, on.mapToGlobal(QPointF(at)), {}, QPoint(0, angle), {}, held,
                          Qt::NoScrollPhase, false);
         QApplication::sendEvent(&on, &turn);
     }
     /// To whatever has the focus.
-    void key(Qt::Key which, Qt::KeyboardModifiers held = {}) const {
+    static void key(Qt::Key which, Qt::KeyboardModifiers held = {}) {
         QTest::keyClick(focusWindow(), which, held);
     }
-    void type(const char* text) const {
+    static void type(const char* text) {
         for (; *text != '\0'; ++text)
             QTest::keyClick(focusWindow(), *text);
     }
+    static void click(QWidget& on) { click(on, on.rect().center()); }
+    static void clickTab(QTabBar& bar, int index) { click(bar, bar.tabRect(index).center()); }
+    /// Puts other text into a box, and stays in it.
+    static void retype(QWidget& box, const char* text) {
+        click(box);
+        key(Qt::Key_A, Qt::ControlModifier);
+        type(text);
+    }
+    /// Goes through menus to an entry and chooses it, with the mouse or with the keyboard alone.
+    /// False if the way ends before.
+    static bool choose(QMenuBar& bar, const std::vector<const MenuItem*>& path, bool byMouse) {
+        QWidget* menu = &bar;
+        for (const MenuItem* item : path) {
+            QAction* action = actionOf(*menu, *item);
+            if (action == nullptr || !menu->isVisible())
+                return false;
+            auto* popup = qobject_cast<QMenu*>(menu);
+            if (byMouse) {
+                click(*menu, (popup == nullptr ? bar.actionGeometry(action)
+                                               : popup->actionGeometry(action))
+                                 .center());
+            } else if (popup == nullptr) {
+                key(QKeySequence::mnemonic(action->text())[0].key(), Qt::AltModifier);
+            } else {
+                for (auto steps = popup->actions().size();
+                     popup->activeAction() != action && steps-- > 0;)
+                    key(Qt::Key_Down);
+                if (popup->activeAction() != action)
+                    return false;
+                key(action->menu() == nullptr ? Qt::Key_Return : Qt::Key_Right);
+            }
+            if (action->menu() != nullptr)
+                menu = action->menu();
+        }
+        return true;
+    }
+    static void closeMenus() {
+        while (QWidget* popup = QApplication::activePopupWidget())
+            popup->close();
+    }
 
   private:
+    [[nodiscard]] static QAction* actionOf(const QWidget& menu, const MenuItem& item) {
+        for (QAction* action : menu.actions())
+            if (action->text().toStdString() == item.Caption())
+                return action;
+        return nullptr;
+    }
     [[nodiscard]] static QWindow* handle(const QWidget& on) { return on.window()->windowHandle(); }
     [[nodiscard]] static QPoint placeOf(const QWidget& on, QPoint at) {
         return on.mapTo(on.window(), at);
     }
-    [[nodiscard]] QWindow* focusWindow() const {
-        QWindow* focus = QGuiApplication::focusWindow();
-        return focus == nullptr ? window_.windowHandle() : focus;
+    [[nodiscard]] static QWindow* focusWindow() {
+        if (QWindow* focus = QGuiApplication::focusWindow())
+            return focus;
+        for (QWidget* window : QApplication::topLevelWidgets())
+            if (window->isVisible())
+                return window->windowHandle();
+        throw std::runtime_error("there is no window");
     }
-
-    QWidget& window_;
 };
 
 } // namespace corvane

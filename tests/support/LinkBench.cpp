@@ -10,30 +10,42 @@ namespace {
 /// The computer's end of an opened virtual link.
 class BenchPort final : public LinkPort {
   public:
-    BenchPort(LinkBench::Plugged& plugged, const ManualClock& clock)
-        : plugged_(plugged), clock_(clock) {
+    BenchPort(LinkBench::Plugged& plugged, ManualClock& clock, const bool& killed)
+        : plugged_(plugged), clock_(clock), killed_(killed) {
         plugged_.inUse = true;
     }
-    ~BenchPort() override { plugged_.inUse = false; }
+    ~BenchPort() override {
+        if (!killed_)
+            plugged_.inUse = false;
+    }
 
     std::size_t read(std::span<std::uint8_t> target) override {
         if (!alive())
             return 0;
-        const bench::Bytes arrived = plugged_.link->run(clock_.sinceStart());
+        take();
         auto& waiting = plugged_.fromProduct;
-        waiting.insert(waiting.end(), arrived.begin(), arrived.end());
         const std::size_t count = std::min(target.size(), waiting.size());
         std::copy_n(waiting.begin(), count, target.begin());
         waiting.erase(waiting.begin(), waiting.begin() + static_cast<std::ptrdiff_t>(count));
         return count;
+    }
+    void take() {
+        const bench::Bytes arrived = plugged_.link->run(clock_.sinceStart());
+        auto& waiting = plugged_.fromProduct;
+        waiting.insert(waiting.end(), arrived.begin(), arrived.end());
     }
     void write(wire::ByteView bytes) override {
         if (alive())
             plugged_.link->fromComputer(bytes, clock_.sinceStart());
     }
     void service() override {}
-    [[nodiscard]] bool alive() const override { return plugged_.in && !plugged_.link->unplugged(); }
-    void powerCycle() override { plugged_.link->powerCycle(); }
+    [[nodiscard]] bool alive() const override {
+        return !killed_ && plugged_.in && !plugged_.link->unplugged();
+    }
+    void powerCycle() override {
+        if (alive())
+            plugged_.link->powerCycle();
+    }
     bool writeStrings(const DeviceInfo& strings) override {
         if (!plugged_.in)
             return false;
@@ -41,11 +53,18 @@ class BenchPort final : public LinkPort {
                                 strings.SerialNumber});
         return true;
     }
-    void waitForData(int) override {}
+    void waitForData(int milliseconds) override {
+        for (int i = 0; i < milliseconds && plugged_.fromProduct.empty(); ++i) {
+            clock_.advance(1);
+            if (alive())
+                take();
+        }
+    }
 
   private:
     LinkBench::Plugged& plugged_;
-    const ManualClock& clock_;
+    ManualClock& clock_;
+    const bool& killed_;
 };
 
 } // namespace
@@ -76,9 +95,10 @@ class LinkBench::Source final : public LinkSource {
     [[nodiscard]] const std::vector<Device>& devices() const override { return list_; }
     OpenOutcome open(std::size_t index) override {
         Plugged& plugged = *in_.at(index);
+        ++plugged.openings;
         if (plugged.claimed)
-            return {nullptr, "The link device is busy."};
-        return {std::make_unique<BenchPort>(plugged, bench_.clock), {}};
+            return {nullptr, "The link device is busy.", {LinkHindrance::Kind::Busy, {}}};
+        return {std::make_unique<BenchPort>(plugged, bench_.clock, bench_.killed_), {}, {}};
     }
 
   private:
@@ -91,14 +111,30 @@ LinkBench::LinkBench(RunModes runModes, std::string_view vendor, std::uint64_t s
     : modes(runModes),
       clock(startTime),
       debug(modes),
+      vendor_(vendor),
       onLine_(
           debugger.WritingLine.connect([this](const std::string& line) { log_.push_back(line); })),
       pause_(clock),
       packets(clock, {}),
-      device(sourcesOf(*this), packets, debug),
+      device(sourcesOf(*this), packets, debug, clock),
       products(vendor, debug),
       link({device, packets, products, modes, clock, debug, pause_}) {
     debug.SetDebugger(&debugger);
+}
+
+LinkBench::LinkBench(LinkBench& killed)
+    : LinkBench(
+          killed.modes, killed.vendor_,
+          static_cast<std::uint64_t>(killed.clock.sinceStart() / std::chrono::milliseconds(1))) {
+    plugged_ = killed.plugged_;
+    for (const auto& plugged : plugged_)
+        plugged->inUse = false;
+}
+
+void LinkBench::kill() {
+    killed_ = true;
+    for (const auto& plugged : plugged_)
+        plugged->fromProduct.clear(); // it had them already
 }
 
 std::vector<std::unique_ptr<LinkSource>> LinkBench::sourcesOf(LinkBench& bench) {
@@ -118,9 +154,12 @@ LinkBench::Plugged& LinkBench::plugIn(std::string_view product, const std::strin
 }
 
 LinkBench::Plugged& LinkBench::plugIn(bench::Bench made, const std::string& faults, unsigned seed) {
-    auto& plugged = *plugged_.emplace_back(std::make_unique<Plugged>());
+    auto& plugged = *plugged_.emplace_back(std::make_shared<Plugged>());
+    bench::VirtualLink::Log log;
+    if (noteFrames)
+        log = [&plugged](const std::string& frame) { plugged.frames.push_back(frame); };
     plugged.link = std::make_unique<bench::VirtualLink>(
-        std::move(made), bench::parseFaults(faults).value(), 0, seed, nullptr);
+        std::move(made), bench::parseFaults(faults).value(), 0, seed, std::move(log));
     plugged.link->plugIn(clock.sinceStart());
     changed_ = true;
     return plugged;

@@ -18,15 +18,23 @@ class LinkBench {
     /// A virtual link that is plugged in, and which tests may pull out.
     struct Plugged {
         std::unique_ptr<bench::VirtualLink> link;
+        int openings = 0; ///< Tries, whether they came to something or not.
         bool in = true;
         bool inUse = false;
-        bool accessible = true;   ///< The system lets it be opened.
-        bool claimed = false;     ///< By another program.
-        bench::Bytes fromProduct; // taken by the computer's end when it next reads
+        bool accessible = true;          ///< The system lets it be opened.
+        bool claimed = false;            ///< By another program.
+        bench::Bytes fromProduct;        // taken by the computer's end when it next reads
+        std::vector<std::string> frames; ///< All that passed in words, if they are noted.
     };
 
     explicit LinkBench(RunModes runModes = {.DebugMode = true}, std::string_view vendor = "KO",
                        std::uint64_t startTime = 1000);
+    /// The next start of a program after one that was killed: what was plugged in is so still, and
+    /// what was under way on the wires as well.
+    explicit LinkBench(LinkBench& killed);
+
+    /// The program is no more: nothing that it does comes through to the wires.
+    void kill();
 
     Plugged& plugIn(std::string_view product, const std::string& faults = {}, unsigned seed = 1);
     Plugged& plugIn(bench::Bench bench, const std::string& faults = {}, unsigned seed = 1);
@@ -39,6 +47,7 @@ class LinkBench {
     [[nodiscard]] int timesLogged(std::string_view line) const;
     std::vector<std::string> takeLog() { return std::exchange(log_, {}); }
 
+    bool noteFrames = false; ///< Of what is plugged in from now on.
     RunModes modes;
     ManualClock clock;
     KODebugger debugger;
@@ -49,7 +58,9 @@ class LinkBench {
 
     static std::vector<std::unique_ptr<LinkSource>> sourcesOf(LinkBench& bench);
 
-    std::vector<std::unique_ptr<Plugged>> plugged_;
+    std::vector<std::shared_ptr<Plugged>> plugged_;
+    std::string vendor_;
+    bool killed_ = false;
     bool changed_ = true;
     std::vector<std::string> log_;
     Connection onLine_;

@@ -3,6 +3,7 @@
 #include "base/Clock.h"
 
 #include <chrono>
+#include <functional>
 
 namespace corvane {
 
@@ -17,7 +18,13 @@ class ManualClock final : public Clock {
     [[nodiscard]] std::chrono::microseconds sinceStart() const {
         return std::chrono::milliseconds(milliseconds_);
     }
-    void advance(std::uint64_t milliseconds) { milliseconds_ += milliseconds; }
+    void advance(std::uint64_t milliseconds) {
+        milliseconds_ += milliseconds;
+        if (Passing)
+            Passing();
+    }
+
+    std::function<void()> Passing; ///< Called when time has passed; may throw.
 
   private:
     std::uint64_t milliseconds_;

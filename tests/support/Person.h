@@ -17,6 +17,7 @@ class Person final : public Dialogs, public BusyPointer {
     std::vector<MessageBox> messages;
     std::vector<std::string> asked; ///< Filters and prompts with what stood there at first.
     std::string beeps;              ///< A letter a sound: r for a report, E for an error.
+    bool thinksAboutNames = false;
     bool busy = false;
     bool sawBusyMessage = false;
 
@@ -34,6 +35,12 @@ class Person final : public Dialogs, public BusyPointer {
                                         const std::string& initialName) override {
         asked.push_back("save " + filter + " as " + initialName);
         return next(files, {});
+    }
+    /// Means every name as it was typed, unless told to think about it.
+    Answer AskAboutName(const MessageBox& box) override {
+        if (thinksAboutNames)
+            return Message(box);
+        return box.buttons == MessageBox::Buttons::YesNo ? Answer::Yes : Answer::No;
     }
     std::optional<int> PickColor(int initial, const std::string& title) override {
         asked.push_back(title + ": color " + std::to_string(initial));

@@ -37,11 +37,21 @@ void Process::signal(int number) const {
     ::kill(pid_, number);
 }
 
-int Process::wait() {
+int Process::end() {
     int status = 0;
     ::waitpid(pid_, &status, 0);
     pid_ = -1;
+    return status;
+}
+
+int Process::wait() {
+    const int status = end();
     return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+int Process::waitForSignal() {
+    const int status = end();
+    return WIFSIGNALED(status) ? WTERMSIG(status) : 0;
 }
 
 bool Process::running() {

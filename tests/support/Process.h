@@ -20,12 +20,17 @@ class Process {
     void signal(int number) const;
     /// Exit status, or -1 if a signal ended it.
     int wait();
+    /// The signal that ended it, or 0 if none did.
+    int waitForSignal();
+    [[nodiscard]] int id() const { return pid_; }
     [[nodiscard]] bool running();
     /// What it has written to its two outputs; whole after `wait`.
     [[nodiscard]] std::string output() const;
     [[nodiscard]] std::string errors() const;
 
   private:
+    int end();
+
     TemporaryFolder folder_;
     int pid_ = -1;
 };

@@ -16,30 +16,51 @@
 
 namespace corvane {
 
+/// Passes a millisecond of a manual clock, and lets a test act in the middle of a blocking
+/// operation.
+class ActingPause final : public Pause {
+  public:
+    explicit ActingPause(ManualClock& clock) : clock_(clock) {}
+    std::function<void()> act;
+
+    void pause() override {
+        clock_.advance(1);
+        if (act)
+            act();
+    }
+
+  private:
+    ManualClock& clock_;
+};
+
 /// A desk with the real main window on it, and with real events and real boxes.
 struct ProductDesk {
     explicit ProductDesk(std::string_view vendor = "KO", RunModes modes = {.DebugMode = true})
         : desk(modes, vendor) {}
+    ProductDesk(const ProductDesk&) = delete;
+    ProductDesk& operator=(const ProductDesk&) = delete;
 
     Desk desk;
+    ActingPause pause{desk.bench.clock};
     QtDialogs dialogs;
     QtKeyboard keyboard;
-    Workplace place{desk.bench.link,  desk.bench.device, desk.bench.products, desk.bench.modes,
-                    desk.bench.clock, desk.pause,        desk.bench.debug,    desk.bench.debugger,
-                    dialogs,          dialogs,           desk.text,           desk.images,
-                    desk.programs,    desk.registry};
+    Workplace place{
+        desk.bench.link, desk.bench.device, desk.bench.products, desk.bench.modes, desk.bench.clock,
+        pause,           desk.bench.debug,  desk.bench.debugger, dialogs,          dialogs,
+        desk.text,       desk.images,       desk.programs,       desk.registry};
     Application application{desk.programs, dialogs};
     ProductControls controls{place, keyboard};
     MainForm form{place, controls, application};
-    LinkStatus status{desk.bench.link, desk.bench.products};
+    LinkStatus status{desk.bench.link};
     MainWindow window{form, status};
-    Hands hands{window};
+    Hands hands;
 
     void open(const std::string& file) {
         dialogs.setFolder(QString::fromStdString(desk.folder.path()));
         window.show();
-        ASSERT_TRUE(QTest::qWaitForWindowExposed(&window));
+        EXPECT_TRUE(QTest::qWaitForWindowExposed(&window));
         window.activateWindow();
+        EXPECT_TRUE(QTest::qWaitForWindowActive(&window));
         form.Initialize(file);
         QApplication::processEvents();
     }
@@ -57,8 +78,8 @@ class ProductWindow : public testing::Test, protected ProductDesk {
     void press(const char* caption) {
         for (QPushButton* button : window.view()->findChildren<QPushButton*>())
             if (button->text() == caption)
-                return QTest::mouseClick(button, Qt::LeftButton);
-        FAIL() << caption;
+                return Hands::click(*button);
+        ADD_FAILURE() << caption;
     }
     void key(Qt::Key which, Qt::KeyboardModifiers modifiers = {}) {
         QTest::keyClick(QApplication::focusWidget() == nullptr ? &window
@@ -72,7 +93,7 @@ class ProductWindow : public testing::Test, protected ProductDesk {
         });
         QTest::keyClick(&window, Qt::Key_S, Qt::ControlModifier);
         window.activateWindow();
-        ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
+        EXPECT_TRUE(QTest::qWaitForWindowActive(&window));
     }
     /// Fails for each thing that a person meets with the keyboard and that has no name.
     void expectNames() const {

@@ -25,18 +25,22 @@ inline void shoot(QWidget& widget, const QString& name) {
     QApplication::processEvents();
 }
 
-/// Acts on the next dialog that stops everything, once it shows.
+/// Acts on the next dialog of a kind that stops everything, once it shows; `before` arranges what
+/// comes then.
 template<class Dialog>
-void whenShown(std::function<void(Dialog&)> act) {
+void whenShown(
+    std::function<void(Dialog&)> act, std::function<void()> before = [] {}) {
     auto* timer = new QTimer(qApp);
-    QObject::connect(timer, &QTimer::timeout, timer, [timer, act = std::move(act)] {
-        auto* dialog = qobject_cast<Dialog*>(QApplication::activeModalWidget());
-        if (dialog == nullptr || !dialog->isVisible())
-            return;
-        timer->stop();
-        timer->deleteLater();
-        act(*dialog);
-    });
+    QObject::connect(timer, &QTimer::timeout, timer,
+                     [timer, act = std::move(act), before = std::move(before)] {
+                         auto* dialog = qobject_cast<Dialog*>(QApplication::activeModalWidget());
+                         if (dialog == nullptr || !dialog->isVisible())
+                             return;
+                         timer->stop();
+                         timer->deleteLater();
+                         before();
+                         act(*dialog);
+                     });
     timer->start(5);
 }
 

@@ -36,7 +36,7 @@ class Instances : public testing::Test {
         });
     }
     /// What has arrived at the first instance, by number.
-    std::vector<std::uint32_t> arrived() const {
+    std::vector<std::uint32_t> arrived() {
         std::vector<std::uint32_t> all;
         while (const auto delivery = first.Receive())
             all.push_back(delivery->record.dwData);
@@ -52,14 +52,26 @@ class Instances : public testing::Test {
         ::waitpid(child, &status, 0);
         return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     }
-    void sendRaw(std::string_view bytes) const {
+    /// The next record, for which it waits if need be.
+    std::optional<InstanceChannel::Delivery> next() {
+        pollfd descriptor{first.descriptor(), POLLIN, 0};
+        while (::poll(&descriptor, 1, 5000) == 1)
+            if (auto delivery = first.Receive())
+                return delivery;
+        return std::nullopt;
+    }
+    [[nodiscard]] Handle connected() const {
         sockaddr_un address{};
         address.sun_family = AF_UNIX;
         const std::string path = place / InstanceChannel::MarkName;
         std::memcpy(address.sun_path, path.c_str(), path.size() + 1);
-        const Handle socket(::socket(AF_UNIX, SOCK_STREAM, 0));
-        ASSERT_EQ(::connect(socket.get(), reinterpret_cast<sockaddr*>(&address), sizeof address),
+        Handle socket(::socket(AF_UNIX, SOCK_STREAM, 0));
+        EXPECT_EQ(::connect(socket.get(), reinterpret_cast<sockaddr*>(&address), sizeof address),
                   0);
+        return socket;
+    }
+    void sendRaw(std::string_view bytes) const {
+        const Handle socket = connected();
         ASSERT_EQ(::send(socket.get(), bytes.data(), bytes.size(), 0), std::ssize(bytes));
     }
 };
@@ -83,13 +95,12 @@ TEST_F(Instances, TheSenderOfAFileWaitsUntilItIsDealtWith) {
         EXPECT_TRUE(second.Deliver({InstanceRecord::Path, "/home/me/Übung.lumora"}));
         back = true;
     });
-    pollfd descriptor{first.descriptor(), POLLIN, 0};
-    ASSERT_EQ(::poll(&descriptor, 1, 5000), 1);
-    auto delivery = first.Receive();
+    auto delivery = next();
     ASSERT_TRUE(delivery);
     EXPECT_EQ(delivery->record, (InstanceRecord{InstanceRecord::Path, "/home/me/Übung.lumora"}));
     std::this_thread::sleep_for(std::chrono::milliseconds(50));
     EXPECT_FALSE(back);
+    delivery->confirm();
     delivery.reset();
     sender.join();
     EXPECT_TRUE(back);
@@ -133,6 +144,35 @@ TEST_F(Instances, RecordsThatAreNoneAreSkipped) {
     ASSERT_TRUE(delivery);
     EXPECT_EQ(delivery->record.lpData, std::string(InstanceChannel::MaxData, 'b'));
     EXPECT_FALSE(first.Receive());
+}
+
+TEST_F(Instances, NobodyIsWaitedFor) {
+    ASSERT_TRUE(first.Mark());
+    std::vector<Handle> silent;
+    for (int i = 0; i < 200; ++i) {
+        silent.push_back(connected());
+        if (i % 2 == 0) {
+            ASSERT_EQ(::send(silent.back().get(), "\x64\0\0\0\5\0\0\0a", 9, 0), 9);
+        }
+        if (i % 20 == 0) {
+            EXPECT_FALSE(first.Receive());
+        }
+    }
+    EXPECT_FALSE(first.Receive());
+    // A record in pieces, with others between them.
+    const std::string_view record("\x64\0\0\0\3\0\0\0abc", 11);
+    const Handle slow = connected();
+    for (const char byte : record) {
+        EXPECT_FALSE(first.Receive());
+        ASSERT_EQ(::send(slow.get(), &byte, 1, 0), 1);
+        if (&byte == &record[5]) {
+            sendRaw(std::string_view("\x64\0\0\0\1\0\0\0b", 9));
+            EXPECT_EQ(first.Receive()->record.lpData, "b");
+        }
+    }
+    EXPECT_EQ(first.Receive()->record.lpData, "abc");
+    pollfd descriptor{first.descriptor(), POLLIN, 0};
+    EXPECT_EQ(::poll(&descriptor, 1, 0), 0); // and nothing calls for attention
 }
 
 TEST_F(Instances, AFolderThatOthersMayEnterIsNotUsed) {
@@ -212,11 +252,13 @@ TEST_F(Instances, AStartWithAFileEndsAtTheFirstPassThatFindsTheWindow) {
             pollfd descriptor{first.descriptor(), POLLIN, 0};
             if (::poll(&descriptor, 1, 5000) != 1)
                 break;
-            while (const auto delivery = first.Receive())
+            while (const auto delivery = first.Receive()) {
+                delivery->confirm();
                 got.push_back(delivery->record);
+            }
         }
     };
-    EXPECT_TRUE(handOver("docs/a b.lumora", [&](int pass) {
+    EXPECT_TRUE(handOver("/docs/a b.lumora", [&](int pass) {
         if (pass == 2) {
             first.Mark();
             running = std::thread(serve);
@@ -224,9 +266,8 @@ TEST_F(Instances, AStartWithAFileEndsAtTheFirstPassThatFindsTheWindow) {
     }));
     running.join();
     EXPECT_EQ(clock.now(), 1000U);
-    const std::string full = fs::current_path() / "docs/a b.lumora";
     EXPECT_EQ(got, (std::vector<InstanceRecord>{{InstanceRecord::Foreground, "token"},
-                                                {InstanceRecord::Path, full}}));
+                                                {InstanceRecord::Path, "/docs/a b.lumora"}}));
 }
 
 } // namespace

@@ -80,19 +80,29 @@ TEST_F(Settings, GoWhenTheyAreDeleted) {
     EXPECT_FALSE(key.Opened());
 }
 
-TEST_F(Settings, ADamagedStoreIsSetAside) {
+TEST_F(Settings, WhatIsDamagedOrOddCostsThatValueOnly) {
     ASSERT_TRUE(key.CreateKey(User, "Software\\Test", created));
-    for (const char* damage :
-         {"key\tA\ninteger\tx\n", "integer\ta\t1\n", "\xFF", "what\tis\tthis"}) {
-        std::ofstream(store.file()) << damage;
-        EXPECT_FALSE(key.OpenKey(User, "A", true)) << damage;
-        EXPECT_FALSE(std::filesystem::exists(store.file()));
+    const std::string good = "key\tHKEY_CURRENT_USER\\\\Software\\\\Test\ntext\ta\tkept\n";
+    for (const std::string damage :
+         {"integer\tx\n", "integer\ta b\n", "text\tn\t\xFF\n", "what\tis\tthis\n", "text\tb\t\\q\n",
+          "key\tone\ttoo many\ninteger\tlost\t1\n"}) {
+        std::ofstream(store.file()) << good + damage + good + "integer\tnumber\t7\n";
+        EXPECT_EQ(reopened().Strings("a"), "kept") << damage;
+        EXPECT_EQ(reopened().Integers("number"), 7) << damage;
+        EXPECT_EQ(reopened().Integers("lost"), 0) << damage;
         std::ifstream aside(store.file().parent_path() / "settings.damaged");
-        EXPECT_EQ(std::string(std::istreambuf_iterator<char>(aside), {}), damage);
+        EXPECT_NE(std::string(std::istreambuf_iterator<char>(aside), {}).find(damage),
+                  std::string::npos);
+        std::filesystem::remove(store.file().parent_path() / "settings.damaged");
+        key.setIntegers("a number", 5);
+        EXPECT_EQ(reopened().Integers("a number"), 5);
+        EXPECT_FALSE(std::filesystem::exists(store.file().parent_path() / "settings.damaged"));
     }
-    EXPECT_TRUE(key.CreateKey(User, "Software\\Test", created));
-    key.setIntegers("a", 5);
-    EXPECT_EQ(reopened().Integers("a"), 5);
+    // A file's name need not be text.
+    key.setStringArrays("list", {"/a.lumora", "/\xFF.lumora", "/b.lumora"});
+    key.setStrings("odd", "\xFF");
+    EXPECT_EQ(reopened().StringArrays("list"), (Texts{"/a.lumora", "/b.lumora"}));
+    EXPECT_EQ(reopened().Strings("a"), "kept");
 }
 
 TEST_F(Settings, ThatCanNotBeWrittenAreNotFatal) {

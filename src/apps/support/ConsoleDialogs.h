@@ -15,6 +15,10 @@ class ConsoleDialogs : public Dialogs, public BusyPointer {
     std::optional<std::string> SaveFile(const std::string&, const std::string&) override {
         return std::exchange(saveName_, std::nullopt);
     }
+    /// A name on a command line is meant as it stands, and its file may be replaced.
+    Answer AskAboutName(const MessageBox& box) override {
+        return box.buttons == MessageBox::Buttons::YesNo ? Answer::Yes : Answer::No;
+    }
     std::optional<int> PickColor(int, const std::string&) override { return std::nullopt; }
     std::optional<std::string> Input(const std::string&, const std::string&,
                                      const std::string&) override {

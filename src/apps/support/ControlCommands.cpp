@@ -3,6 +3,7 @@
 #include "apps/support/AnsweringDialogs.h"
 #include "apps/support/ExitStatus.h"
 #include "eeprom/EEPROMEditorControl.h"
+#include "pwm/QuillonControl.h"
 #include "relay/PactorControl.h"
 
 #include <iostream>
@@ -16,25 +17,16 @@ template<class Control>
 class Unwatched {
   public:
     explicit Unwatched(Program& program, std::optional<bool> answer = {})
-        : program_(program),
-          dialogs_(answer),
-          control(program.workplace(dialogs_, dialogs_)),
-          onPacket_(program.link.PacketReceived.connect(
-              [this](const KOPacket& packet) { control.ProcessPacket(packet); })) {}
+        : program_(program), dialogs_(answer), control(program.workplace(dialogs_, dialogs_)) {}
 
     [[nodiscard]] bool open(const std::string& file) {
         return control.HistoryObject()->OpenHistory(file);
     }
-    /// Presses a button, and tells what the control says in the end.
-    [[nodiscard]] bool press(const Button& button, const char* report) {
+    /// Does a job as a button does it.
+    template<class... Arguments>
+    [[nodiscard]] JobOutcome run(JobOutcome (Control::*job)(Arguments...), Arguments... arguments) {
         waitForLink();
-        button.press();
-        const std::string& status = control.ProgrammingLabel.Caption();
-        if (status == report)
-            return true;
-        if (!status.empty())
-            Fail(status);
-        return false;
+        return (control.*job)(arguments...);
     }
     [[nodiscard]] bool saveAs(const std::string& file) {
         dialogs_.setSaveName(file);
@@ -48,7 +40,7 @@ class Unwatched {
         const std::uint32_t start = program_.clock.now();
         while (!program_.link.IsConnected() && TimeDiff(program_.clock.now(), start) < longest) {
             program_.link.Update();
-            program_.device.WaitForData(1);
+            program_.pause();
         }
     }
 
@@ -57,15 +49,13 @@ class Unwatched {
 
   public:
     Control control;
-
-  private:
-    Connection onPacket_;
 };
 
-int reported(bool done, const char* report) {
-    if (done)
-        std::cout << report << '\n';
-    return done ? ExitStatus::Done : ExitStatus::Failed;
+/// Reads a product, and saves what was read.
+template<class Control>
+int readInto(Unwatched<Control>& reader, const std::string& out) {
+    const JobOutcome outcome = reader.run(&Control::ReadSettings);
+    return outcome.done() && !reader.saveAs(out) ? ExitStatus::Failed : Report(outcome);
 }
 
 } // namespace
@@ -87,32 +77,30 @@ int CompileRelay(Program& program, const std::string& file, const std::string& o
 
 int ProgramRelay(Program& program, const std::string& file) {
     Unwatched<PactorControl> relay(program);
-    return reported(relay.open(file) &&
-                        relay.press(relay.control.ProgramButton, PactorControl::ProgrammedReport),
-                    PactorControl::ProgrammedReport);
+    return relay.open(file) ? Report(relay.run(&PactorControl::Program)) : ExitStatus::Failed;
 }
 
 int ProgramEEPROM(Program& program, const std::string& file, std::optional<bool> answer) {
     Unwatched<EEPROMEditorControl> eeprom(program, answer);
-    return reported(eeprom.open(file) && eeprom.press(eeprom.control.ProgramButton,
-                                                      EEPROMEditorControl::ProgrammedReport),
-                    EEPROMEditorControl::ProgrammedReport);
+    return eeprom.open(file) ? Report(eeprom.run(&EEPROMEditorControl::Program))
+                             : ExitStatus::Failed;
+}
+
+int ProgramQuillon(Program& program, const std::string& file, std::size_t slot) {
+    Unwatched<QuillonControl> quillon(program);
+    return quillon.control.slot(slot).program.HistoryObject().OpenHistory(file)
+               ? Report(quillon.run(&QuillonControl::Upload, slot))
+               : ExitStatus::Failed;
 }
 
 int ReadRelay(Program& program, const std::string& out) {
     Unwatched<PactorControl> relay(program);
-    return reported(relay.press(relay.control.ReadSettingsButton, PactorControl::ReadReport) &&
-                        relay.saveAs(out),
-                    PactorControl::ReadReport);
+    return readInto(relay, out);
 }
 
 int ReadEEPROM(Program& program, const std::string& in, const std::string& out) {
     Unwatched<EEPROMEditorControl> eeprom(program);
-    return reported(
-        eeprom.open(in) &&
-            eeprom.press(eeprom.control.ReadSettingsButton, EEPROMEditorControl::ReadReport) &&
-            eeprom.saveAs(out),
-        EEPROMEditorControl::ReadReport);
+    return eeprom.open(in) ? readInto(eeprom, out) : ExitStatus::Failed;
 }
 
 } // namespace corvane

@@ -16,6 +16,8 @@ int CompileRelay(Program& program, const std::string& file, const std::string& o
 int ProgramRelay(Program& program, const std::string& file);
 /// `answer` is that to the questions about values that are shorter or longer than their variables.
 int ProgramEEPROM(Program& program, const std::string& file, std::optional<bool> answer);
+/// Puts a file into a slot of the PWM product, 0 or 1.
+int ProgramQuillon(Program& program, const std::string& file, std::size_t slot);
 /// Reads a relay product into a new file.
 int ReadRelay(Program& program, const std::string& out);
 /// Reads the values of the variables of one file into another.

@@ -2,6 +2,7 @@
 
 #include "apps/support/ConsoleDialogs.h"
 #include "apps/support/ExitStatus.h"
+#include "apps/support/SafeOutput.h"
 #include "base/HeldFile.h"
 #include "history/LostJournal.h"
 #include "shell/ProductDocuments.h"
@@ -51,10 +52,12 @@ int CheckDocument(Program& program, const std::string& file) {
 
 int ListLostDocuments(Program& program) {
     for (const LostJournal& lost : program.journals.LostAndAside())
-        std::cout << lost.Name() << '\t'
+        std::cout << InOneField(lost.Name()) << '\t'
                   << (lost.isSound() ? lost.TypeCode() : std::string("unsound")) << '\t'
                   << lost.Length() << '\t'
-                  << (lost.documentPath().empty() ? "(new document)" : lost.documentPath()) << '\n';
+                  << InOneField(lost.documentPath().empty() ? "(new document)"
+                                                            : lost.documentPath())
+                  << '\n';
     return ExitStatus::Done;
 }
 

@@ -3,7 +3,6 @@
 #include "apps/support/AnsweringDialogs.h"
 #include "apps/support/ExitStatus.h"
 #include "light/LumoraProgrammer.h"
-#include "light/LumoraProgramming.h"
 #include "system/File.h"
 
 #include <cstdio>
@@ -99,30 +98,11 @@ int ProgramLight(Program& program, const std::string& file, std::optional<bool> 
     if (!OpenLight(program, document, file))
         return ExitStatus::Failed;
     LumoraProgrammer run(program.workplace(dialogs, dialogs), document);
-    LumoraProgramming dialog; // the same words as in the window
-    dialog.SetProgrammer(run);
-    std::string space;
-    const Connection onSpace = run.ProgrammingFailedDueToCodeSpace.connect(
-        [&](int used, int most) { space = tooLarge(used, most); });
     const Connection onProgress =
         run.ProgressChanged.connect([&] { showProgress(run.Progress()); });
     const Connection onPrint = run.DebugPrint.connect(
         [&](const std::string& text) { program.debug.DebugWriteLine(text); });
-    const Connection onPacket = program.link.PacketReceived.connect(
-        [&](const KOPacket& packet) { run.ProcessPacket(packet); });
-    run.BeginProgramming();
-    while (!dialog.over()) {
-        program.link.Update();
-        run.Update();
-        if (!dialog.over())
-            program.device.WaitForData(1);
-    }
-    if (!space.empty())
-        return Fail(space);
-    if (dialog.Status.Caption() != LumoraProgramming::CompleteStatus)
-        return Fail(dialog.Status.Caption());
-    std::cout << dialog.Status.Caption() << '\n';
-    return ExitStatus::Done;
+    return Report(run.run());
 }
 
 } // namespace corvane

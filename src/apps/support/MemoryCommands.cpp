@@ -15,14 +15,11 @@ namespace {
 class Job {
   public:
     explicit Job(Program& program)
-        : program_(program),
-          programmer(program.workplace(dialogs_, dialogs_)),
-          onPacket_(program.link.PacketReceived.connect(
-              [this](const KOPacket& packet) { programmer.ProcessPacket(packet); })) {
-        const std::string problem = ConnectAny(program);
-        connected = problem.empty();
+        : program_(program), programmer(program.workplace(dialogs_, dialogs_)) {
+        const JobOutcome reached = ReachAny(program);
+        connected = reached.done();
         if (!connected)
-            std::cerr << "corvanectl: " << problem << '\n';
+            static_cast<void>(Report(reached));
     }
     ~Job() { program_.link.DisconnectAndBlock(false); }
     Job(const Job&) = delete;
@@ -35,23 +32,18 @@ class Job {
   public:
     GenericEEPROMProgrammer programmer;
     bool connected = false;
-
-  private:
-    Connection onPacket_;
 };
 
 } // namespace
 
-std::string ConnectAny(Program& program) {
-    KOCommLink& link = program.link;
-    if (link.Connect(link.Class(), true))
-        return {};
-    if (!link.DriverExists())
-        return "The link may not be opened. Install the udev rule 60-corvane.rules, plug the link "
-               "in again, and try again.";
-    return link.IsConnected() ? "The product behind the link does not answer. Check its cable and "
-                                "its power."
-                              : "No Corvane is connected.";
+JobOutcome ReachAny(Program& program) {
+    ConsoleDialogs dialogs;
+    JobOutcome reached =
+        ReachProduct(program.workplace(dialogs, dialogs), program.link.Class(), true);
+    if (!reached.done())
+        reached.text = program.link.IsConnected() ? "Unable to connect to the product."
+                                                  : "No Corvane is connected.";
+    return reached;
 }
 
 int ReadMemory(Program& program, int address, int length) {
@@ -59,7 +51,7 @@ int ReadMemory(Program& program, int address, int length) {
     KOBuffer all;
     for (int done = 0; job.connected && done < length; done += GenericEEPROMProgrammer::MaxRead) {
         KOBuffer piece;
-        if (!job.programmer.ReadEEPROM(
+        if (!job.programmer.ReadExactly(
                 address + done, std::min(length - done, GenericEEPROMProgrammer::MaxRead), piece))
             return ExitStatus::Failed;
         all.AppendBuffer(piece);

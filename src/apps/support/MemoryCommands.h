@@ -1,14 +1,15 @@
 #pragma once
 
 #include "apps/support/Program.h"
+#include "link/JobOutcome.h"
 
 #include <string>
 #include <vector>
 
 namespace corvane {
 
-/// Waits until a product has answered. What is wrong, or nothing.
-[[nodiscard]] std::string ConnectAny(Program& program);
+/// Waits until a product has answered, be it a known one or not.
+[[nodiscard]] JobOutcome ReachAny(Program& program);
 
 /// Commands on the EEPROM of any product. Each gives the exit status.
 

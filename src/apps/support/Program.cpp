@@ -22,7 +22,7 @@ DebugCallbacks callbacksTo(const KODebug& debug) {
 std::vector<std::unique_ptr<LinkSource>> allSources(const Clock& clock) {
     std::vector<std::unique_ptr<LinkSource>> sources;
     sources.push_back(std::make_unique<VirtualLinkSource>(VirtualLinkSource::userFolder(), clock));
-    sources.push_back(std::make_unique<UsbLinkSource>());
+    sources.push_back(std::make_unique<UsbLinkSource>(clock));
     return sources;
 }
 
@@ -34,9 +34,11 @@ Program::Program(const RunModes& runModes, const DeviceDoor& door)
       settings(ConfigurationFolder(), files),
       journals(StateFolder() / "journals", files),
       session_(clock, callbacksTo(debug)),
-      devices_(allSources(clock), session_, debug),
+      devices_(allSources(clock), session_, debug, clock),
+      onHolding_(devices_.HoldingChanged.connect(
+          [this](bool holding) { holding ? guard_.hold() : guard_.letGo(); })),
       door_(door ? door(devices_) : nullptr),
-      pause_(door_ ? *door_ : devices_),
+      pause_(*this, door_ ? *door_ : devices_),
       device(pause_.device),
       products(ProgramVendor(), debug),
       link({device, session_, products, modes, clock, debug, pause_}) {
@@ -52,6 +54,15 @@ void Program::DevicePause::pause() {
     device.WaitForData(1);
     if (repaint)
         repaint();
+    program_.leaveIfAsked();
+}
+
+void Program::leaveIfAsked() {
+    if (!guard_.noted() || leaving_)
+        return;
+    leaving_ = true;
+    link.DisconnectAndBlock(false);
+    device.CloseDevice(); // and the guard lets go
 }
 
 } // namespace corvane

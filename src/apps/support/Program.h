@@ -8,6 +8,7 @@
 #include "kolib/wire/HostSession.h"
 #include "link/Workplace.h"
 #include "system/DiskFiles.h"
+#include "system/SignalGuard.h"
 #include "system/SystemClock.h"
 
 #include <functional>
@@ -29,6 +30,12 @@ class Program {
     /// Called again and again during blocking operations, for repainting.
     void setRepaint(std::function<void()> repaint) { pause_.repaint = std::move(repaint); }
 
+    /// Lets time pass between two steps of a wait.
+    void pause() { pause_.pause(); }
+    /// A signal that asks the process to end waits until the product is let go, has its power and
+    /// the system has its device back. To be called at every step of the main loop.
+    void leaveIfAsked();
+
     /// All of it for screens that use these dialogs and this pointer.
     [[nodiscard]] Workplace workplace(Dialogs& dialogs, BusyPointer& pointer);
 
@@ -46,17 +53,25 @@ class Program {
 
   private:
     struct DevicePause final : Pause {
-        explicit DevicePause(KODevice& openDevice) : device(openDevice) {}
+        DevicePause(Program& program, KODevice& openDevice)
+            : device(openDevice), program_(program) {}
         void pause() override;
 
         KODevice& device;
         std::function<void()> repaint;
+
+      private:
+        Program& program_;
     };
+
+    SignalGuard guard_;
 
     wire::HostSession session_;
     LinkDevices devices_;
+    Connection onHolding_;
     std::unique_ptr<KODevice> door_;
     DevicePause pause_;
+    bool leaving_ = false;
 
   public:
     KODevice& device;

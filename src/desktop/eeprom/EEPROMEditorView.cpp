@@ -57,6 +57,7 @@ EEPROMEditorView::EEPROMEditorView(EEPROMEditorControl& control, QWidget* parent
     buttons->addWidget(MakeButton(control.ProgramButton, this));
     buttons->addSpacing(Theme::Spacing);
     buttons->addWidget(MakeLabel(control.ProgrammingLabel, this), 1);
+    buttons->addWidget(MakeCutLabel(control.OverlapLabel, this), 1);
 
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(Theme::Spacing, Theme::Spacing / 2, Theme::Spacing, Theme::Spacing);

@@ -42,6 +42,12 @@ EntriesView::EntriesView(EEPROMEditorControl& control, QWidget* before, QWidget*
         if (EntryRow* row = rowOf(entry))
             row->takeFocus();
     });
+    On(this, control.ValueFocusWanted, [this](EEPROMEntry& entry) {
+        control_.scrollTo(entry);
+        if (EntryRow* row = rowOf(entry))
+            row->takeValueFocus();
+    });
+    setMinimumSize(460, 4 * RowHeight);
 }
 
 EntryRow* EntriesView::rowOf(const EEPROMEntry& entry) const {

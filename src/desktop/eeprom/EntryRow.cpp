@@ -68,6 +68,11 @@ void EntryRow::takeFocus() {
     address_->selectAll();
 }
 
+void EntryRow::takeValueFocus() {
+    value_->setFocus(Qt::OtherFocusReason);
+    value_->selectAll();
+}
+
 void EntryRow::resizeEvent(QResizeEvent*) {
     const std::array<QRect, 6> columns = EntryColumns(width(), height());
     for (std::size_t i = 0; i < stops_.size(); ++i)

@@ -26,6 +26,7 @@ class EntryRow final : public QWidget {
     [[nodiscard]] const std::array<QWidget*, 6>& stops() const { return stops_; }
     /// Begins to edit it.
     void takeFocus();
+    void takeValueFocus(); ///< The same, with its value.
 
   protected:
     void resizeEvent(QResizeEvent* event) override;

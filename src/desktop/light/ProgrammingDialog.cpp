@@ -23,6 +23,9 @@ ProgrammingDialog::ProgrammingDialog(LumoraProgramming& run, QWidget* parent)
     status->setWordWrap(true);
     status->setMinimumWidth(360);
     Bind(status, run.Status);
+    auto* cure = new QLabel(this);
+    cure->setWordWrap(true);
+    Bind(cure, run.Cure);
     auto* values = new QFormLayout;
     values->setHorizontalSpacing(3 * Theme::Spacing);
     for (const auto& [name, value] : {std::pair(&run.Label1, &run.SegmentsUsedLabel),
@@ -47,6 +50,7 @@ ProgrammingDialog::ProgrammingDialog(LumoraProgramming& run, QWidget* parent)
                                2 * Theme::Spacing);
     layout->setSpacing(2 * Theme::Spacing);
     layout->addWidget(status);
+    layout->addWidget(cure);
     layout->addLayout(values);
     layout->addWidget(bar);
     layout->addWidget(ok, 0, Qt::AlignRight);

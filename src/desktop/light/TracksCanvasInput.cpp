@@ -211,6 +211,7 @@ void TracksCanvas::wheelEvent(QWheelEvent* event) {
 }
 
 void TracksCanvas::keyPressEvent(QKeyEvent* event) {
+    atTheEnd_ = false;
     switch (event->key()) {
     case Qt::Key_Escape:
         return leave(true);

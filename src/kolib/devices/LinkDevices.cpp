@@ -6,12 +6,17 @@
 
 namespace corvane {
 
+namespace {
+constexpr std::int32_t TryAgainAfter = 1000; // ms
+}
+
 void LinkDevices::EnumerateDevices() {
     for (const auto& source : sources_)
         changed_ = source->refresh() || changed_;
     if (!changed_)
         return;
     list_.clear();
+    failed_.reset();
     // An index means the same device to everybody only once all have told their strings.
     if (EnumerationPending())
         return;
@@ -36,19 +41,30 @@ void LinkDevices::OpenDevice(int index) {
     CloseDevice();
     if (index < 0 || index >= GetDeviceCount())
         return;
-    const Listed& listed = list_[static_cast<std::size_t>(index)];
+    if (failed_ && failed_->index == index && TimeDiff(clock_.now(), failed_->at) < TryAgainAfter)
+        return;
+    Listed& listed = list_[static_cast<std::size_t>(index)];
+    HoldingChanged.raise(true);
     OpenOutcome outcome = listed.source->open(listed.index);
+    hindrance_ = std::move(outcome.hindrance);
     if (!outcome.port) {
+        failed_ = Failed{index, clock_.now()};
         debug_.DebugWriteLine(outcome.problem);
+        HoldingChanged.raise(false);
         return;
     }
+    failed_.reset();
+    listed.device.accessible = true; // whatever was said of its rights before
     port_ = std::move(outcome.port);
     session_.attach(port_.get());
 }
 
 void LinkDevices::CloseDevice() {
+    if (!port_)
+        return;
     session_.attach(nullptr);
     port_.reset();
+    HoldingChanged.raise(false);
 }
 
 int LinkDevices::GetDeviceState2() {

@@ -17,14 +17,16 @@ class LinkPort : public wire::ByteStream {
     [[nodiscard]] virtual bool alive() const = 0;
     /// Takes the power from what hangs on the link, and gives it back a little later.
     virtual void powerCycle() = 0;
+    /// Readable when there is something to read; -1 if there is no such descriptor.
+    [[nodiscard]] virtual int descriptor() const { return -1; }
     [[nodiscard]] virtual bool writeStrings(const DeviceInfo& strings) = 0;
-    virtual void waitForData(int milliseconds) = 0;
 };
 
 /// What came of opening a device: the port, or why there is none and what to do about it.
 struct OpenOutcome {
     std::unique_ptr<LinkPort> port;
     std::string problem;
+    LinkHindrance hindrance{};
 };
 
 /// One kind of link devices that may be plugged in.

@@ -1,84 +1,97 @@
 #include "kolib/devices/UsbLinkPort.h"
 
-#include "kolib/devices/ChipMemory.h"
-
 #include <ftdi.h>
 #include <libusb.h>
 
 #include <algorithm>
+#include <thread>
 
 namespace corvane {
 
 namespace {
 
 using namespace std::chrono_literals;
+using SteadyClock = std::chrono::steady_clock;
 
-constexpr int BaudRate = 250000;
-constexpr unsigned char LatencyMilliseconds = 1;
 constexpr auto PowerOffTime = 100ms;
-constexpr int WriteTimeout = 500; // ms
-constexpr std::size_t ReadingsUnderWay = 8;
-constexpr std::size_t ReadingSize = 512;     // bytes, a whole number of USB packets
+constexpr unsigned char ReadEndpoint = 0x81;
+constexpr unsigned char WriteEndpoint = 0x02;
+constexpr unsigned WriteTimeout = 500; // ms
+// The chip holds 256 bytes, 10 ms of the wire, and ends a transfer each millisecond. So many under
+// way keep what comes while this program does not get its turn.
+constexpr std::size_t Readings = 64;
+constexpr std::size_t IdleReadings = 8; // enough while nobody is expected to speak
+constexpr auto SpeakingTime = 1s;
+constexpr std::size_t ReadingSize = 1024;    // bytes, a whole number of USB packets
 constexpr std::size_t PacketSize = 64;       // bytes, of a full-speed bulk endpoint
 constexpr std::size_t StatusLength = 2;      // modem status at the head of each packet
 constexpr std::size_t ReceivedLimit = 65536; // bytes that nobody has taken
+constexpr int StumblesLimit = 20;
 
-std::string openProblem(int result, const char* reason) {
-    if (result == -5)
-        return "The link device is busy: another program or a system service has claimed it. "
-               "Close that program, or stop the service, and try again.";
-    return std::string("The link device can't be opened (") + reason +
-           "). Unplug it, plug it in again, and try another USB port if it stays so.";
+OpenOutcome refused(int error, const std::string& node, DeviceHolder& holders) {
+    using Kind = LinkHindrance::Kind;
+    switch (error) {
+    case LIBUSB_ERROR_ACCESS:
+        return {nullptr,
+                "The link device may not be opened: no permission to use " + node +
+                    ". Install the udev rule 60-corvane.rules and plug the link in again.",
+                {Kind::Forbidden, {}}};
+    case LIBUSB_ERROR_BUSY: {
+        std::string holder = holders.of(node);
+        return {nullptr,
+                "The link device is busy: " +
+                    (holder.empty() ? "another program or a system service" : holder) +
+                    " has claimed it. Close that program, or stop the service, and try again.",
+                {Kind::Busy, std::move(holder)}};
+    }
+    case LIBUSB_ERROR_NO_DEVICE:
+    case LIBUSB_ERROR_NOT_FOUND:
+        return {nullptr, "The link device is gone.", {}};
+    default:
+        return {nullptr,
+                std::string("The link device can't be opened (") + libusb_strerror(error) +
+                    "). Unplug it, plug it in again, and try another USB port if it stays so.",
+                {Kind::Broken, {}}};
+    }
+}
+
+int codeOf(libusb_transfer_status status) {
+    switch (status) {
+    case LIBUSB_TRANSFER_COMPLETED:
+        return LIBUSB_SUCCESS;
+    case LIBUSB_TRANSFER_NO_DEVICE:
+        return LIBUSB_ERROR_NO_DEVICE;
+    case LIBUSB_TRANSFER_STALL:
+        return LIBUSB_ERROR_PIPE;
+    case LIBUSB_TRANSFER_TIMED_OUT:
+        return LIBUSB_ERROR_TIMEOUT;
+    default:
+        return LIBUSB_ERROR_IO;
+    }
 }
 
 } // namespace
 
-UsbLinkPort::Chip::~Chip() {
-    if (context != nullptr)
-        ftdi_free(context); // closes, and gives the kernel's driver back
-}
-
-OpenOutcome UsbLinkPort::open(libusb_context* context, libusb_device* device) {
-    auto chip = std::make_unique<Chip>();
-    chip->context = ftdi_new();
-    if (chip->context == nullptr)
-        return {nullptr, "The link device can't be opened: no memory."};
-    ftdi_context* ftdi = chip->context;
-    ftdi->module_detach_mode = AUTO_DETACH_REATACH_SIO_MODULE;
-    ftdi->usb_write_timeout = WriteTimeout;
-    if (const int result = ftdi_usb_open_dev(ftdi, device); result < 0)
-        return {nullptr, openProblem(result, ftdi_get_error_string(ftdi))};
-    if (ftdi_set_baudrate(ftdi, BaudRate) < 0 ||
-        ftdi_set_line_property(ftdi, BITS_8, STOP_BIT_1, NONE) < 0 ||
-        ftdi_setflowctrl(ftdi, SIO_DISABLE_FLOW_CTRL) < 0 ||
-        ftdi_set_latency_timer(ftdi, LatencyMilliseconds) < 0 || ftdi_setrts(ftdi, 1) < 0)
-        return {nullptr, openProblem(0, ftdi_get_error_string(ftdi))};
-    std::unique_ptr<UsbLinkPort> port(new UsbLinkPort(context, std::move(chip)));
-    port->startReading();
+OpenOutcome UsbLinkPort::open(ftdi_context* ftdi, libusb_device* device, const std::string& node,
+                              DeviceHolder& holder) {
+    int error = LIBUSB_SUCCESS;
+    std::unique_ptr<UsbChip> chip = UsbChip::open(ftdi, device, error);
+    if (!chip)
+        return refused(error, node, holder);
+    std::unique_ptr<UsbLinkPort> port(new UsbLinkPort(ftdi->usb_ctx, std::move(chip)));
+    port->makeReadings();
     return {std::move(port), {}};
 }
 
-UsbLinkPort::UsbLinkPort(libusb_context* context, std::unique_ptr<Chip> chip)
+UsbLinkPort::UsbLinkPort(libusb_context* context, std::unique_ptr<UsbChip> chip)
     : context_(context), chip_(std::move(chip)) {}
 
 UsbLinkPort::~UsbLinkPort() {
-    closing_ = true;
-    for (const auto& reading : readings_)
-        if (reading->underWay)
-            libusb_cancel_transfer(reading->transfer);
-    const auto isUnderWay = [](const auto& reading) { return reading->underWay; };
-    const auto giveUp = std::chrono::steady_clock::now() + 1s;
-    while (std::any_of(readings_.begin(), readings_.end(), isUnderWay) &&
-           std::chrono::steady_clock::now() < giveUp)
-        handleEvents(10);
-    for (auto& reading : readings_) {
-        if (!reading->underWay) {
-            libusb_free_transfer(reading->transfer);
-        } else {
-            reading->port = nullptr;
-            static_cast<void>(reading.release()); // the system still holds it
-        }
+    if (powerBackAt_ != Time{}) {
+        std::this_thread::sleep_until(powerBackAt_);
+        givePowerBack();
     }
+    endReadings();
 }
 
 std::size_t UsbLinkPort::read(std::span<std::uint8_t> target) {
@@ -91,50 +104,42 @@ std::size_t UsbLinkPort::read(std::span<std::uint8_t> target) {
 void UsbLinkPort::write(wire::ByteView bytes) {
     if (!alive_ || bytes.empty())
         return;
-    const int result =
-        ftdi_write_data(chip_->context, bytes.data(), static_cast<int>(bytes.size()));
-    // A write that only took too long has lost bytes, which the transport makes good.
-    alive_ = result >= 0 || result == LIBUSB_ERROR_TIMEOUT;
+    busyUntil_ = SteadyClock::now() + SpeakingTime;
+    submitAll();
+    std::vector<std::uint8_t> outgoing(bytes.begin(), bytes.end()); // the library wants them so
+    judge(libusb_bulk_transfer(chip_->handle(), WriteEndpoint, outgoing.data(),
+                               static_cast<int>(outgoing.size()), nullptr, WriteTimeout),
+          WriteEndpoint);
 }
 
 void UsbLinkPort::service() {
     handleEvents(0);
-    if (powerBackAt_ == std::chrono::steady_clock::time_point{} ||
-        std::chrono::steady_clock::now() < powerBackAt_)
-        return;
-    powerBackAt_ = {};
-    alive_ = ftdi_setrts(chip_->context, 1) == 0 && alive_;
+    if (powerBackAt_ != Time{} && SteadyClock::now() >= powerBackAt_)
+        givePowerBack();
 }
 
 void UsbLinkPort::powerCycle() {
-    alive_ = ftdi_setrts(chip_->context, 0) == 0 && alive_;
-    powerBackAt_ = std::chrono::steady_clock::now() + PowerOffTime;
+    judge(chip_->setRts(false), 0);
+    powerBackAt_ = SteadyClock::now() + PowerOffTime;
+}
+
+void UsbLinkPort::givePowerBack() {
+    powerBackAt_ = {};
+    alive_ = chip_->setRts(true) == LIBUSB_SUCCESS && alive_;
 }
 
 bool UsbLinkPort::writeStrings(const DeviceInfo& strings) {
-    ftdi_context* ftdi = chip_->context;
-    // The defaults prepare the library for this chip, and stand in for a content that is broken.
-    // The library takes the texts as changeable.
-    std::string manufacturer = strings.Manufacturer;
-    std::string product = strings.Description;
-    std::string serial = strings.SerialNumber;
-    if (ftdi_eeprom_initdefaults(ftdi, manufacturer.data(), product.data(), serial.data()) != 0 ||
-        ftdi_read_eeprom(ftdi) != 0)
+    const std::optional<ChipMemory> present = chip_->readMemory();
+    if (!present)
         return false;
-    ChipMemory memory{};
-    constexpr int size = std::tuple_size_v<ChipMemory>;
-    if (ftdi_get_eeprom_buf(ftdi, memory.data(), size) != 0)
+    if (IsSound(*present))
+        lastSound_ = present;
+    const std::optional<ChipMemory> changed =
+        lastSound_ ? WithStrings(*lastSound_, strings) : chip_->freshMemory(strings);
+    if (!changed || !chip_->writeMemory(*changed))
         return false;
-    if (IsSound(memory)) {
-        std::optional<ChipMemory> changed = WithStrings(memory, strings);
-        if (!changed || ftdi_set_eeprom_buf(ftdi, changed->data(), size) != 0)
-            return false;
-    } else if (ftdi_eeprom_build(ftdi) < 0) {
-        return false;
-    }
-    const bool written = ftdi_write_eeprom(ftdi) == 0;
-    // Writing leaves it slow.
-    return ftdi_set_latency_timer(ftdi, LatencyMilliseconds) == 0 && written;
+    lastSound_.reset();
+    return true;
 }
 
 void UsbLinkPort::waitForData(int milliseconds) {
@@ -142,8 +147,8 @@ void UsbLinkPort::waitForData(int milliseconds) {
         handleEvents(milliseconds);
 }
 
-void UsbLinkPort::startReading() {
-    for (std::size_t i = 0; i < ReadingsUnderWay; ++i) {
+void UsbLinkPort::makeReadings() {
+    for (std::size_t i = 0; i < Readings; ++i) {
         auto reading = std::make_unique<Reading>();
         reading->port = this;
         reading->buffer.resize(ReadingSize);
@@ -151,8 +156,7 @@ void UsbLinkPort::startReading() {
         if (reading->transfer == nullptr)
             break;
         libusb_fill_bulk_transfer(
-            reading->transfer, chip_->context->usb_dev,
-            static_cast<unsigned char>(chip_->context->out_ep), reading->buffer.data(),
+            reading->transfer, chip_->handle(), ReadEndpoint, reading->buffer.data(),
             static_cast<int>(ReadingSize),
             [](libusb_transfer* transfer) {
                 auto& ended = *static_cast<Reading*>(transfer->user_data);
@@ -161,30 +165,80 @@ void UsbLinkPort::startReading() {
                     ended.port->readingEnded(ended);
             },
             reading.get(), 0);
-        reading->underWay = libusb_submit_transfer(reading->transfer) == 0;
-        alive_ = alive_ && reading->underWay;
         readings_.push_back(std::move(reading));
+        if (i < IdleReadings)
+            submit(*readings_.back());
     }
+    alive_ = alive_ && underWay_ > 0;
+}
+
+void UsbLinkPort::submitAll() {
+    for (const auto& reading : readings_)
+        if (!reading->underWay && alive_)
+            submit(*reading);
+}
+
+void UsbLinkPort::submit(Reading& reading) {
+    const int result = libusb_submit_transfer(reading.transfer);
+    reading.underWay = result == LIBUSB_SUCCESS;
+    if (reading.underWay)
+        ++underWay_;
+    else
+        judge(result, ReadEndpoint);
 }
 
 void UsbLinkPort::readingEnded(Reading& reading) {
+    --underWay_;
     if (closing_)
         return;
-    if (reading.transfer->status != LIBUSB_TRANSFER_COMPLETED) {
-        alive_ = false;
-        return;
-    }
+    takePackets(reading);
+    judge(codeOf(reading.transfer->status), ReadEndpoint);
+    if (alive_ && (underWay_ < IdleReadings || SteadyClock::now() < busyUntil_))
+        submit(reading);
+}
+
+void UsbLinkPort::takePackets(const Reading& reading) {
     const auto length = static_cast<std::size_t>(reading.transfer->actual_length);
     for (std::size_t at = 0; at < length; at += PacketSize) {
         const std::size_t end = std::min(at + PacketSize, length);
-        if (end - at > StatusLength && received_.size() < ReceivedLimit)
-            received_.insert(received_.end(),
-                             reading.buffer.begin() +
-                                 static_cast<std::ptrdiff_t>(at + StatusLength),
-                             reading.buffer.begin() + static_cast<std::ptrdiff_t>(end));
+        if (end - at <= StatusLength || received_.size() >= ReceivedLimit)
+            continue;
+        received_.insert(received_.end(),
+                         reading.buffer.begin() + static_cast<std::ptrdiff_t>(at + StatusLength),
+                         reading.buffer.begin() + static_cast<std::ptrdiff_t>(end));
+        busyUntil_ = SteadyClock::now() + SpeakingTime;
     }
-    reading.underWay = libusb_submit_transfer(reading.transfer) == 0;
-    alive_ = alive_ && reading.underWay;
+}
+
+void UsbLinkPort::endReadings() {
+    closing_ = true;
+    for (const auto& reading : readings_)
+        if (reading->underWay)
+            libusb_cancel_transfer(reading->transfer);
+    const auto giveUp = SteadyClock::now() + 1s;
+    while (underWay_ > 0 && SteadyClock::now() < giveUp)
+        handleEvents(10);
+    for (auto& reading : readings_) {
+        if (!reading->underWay) {
+            libusb_free_transfer(reading->transfer);
+        } else {
+            reading->port = nullptr;
+            static_cast<void>(reading.release()); // the system still holds it
+        }
+    }
+}
+
+/// A transfer that failed has lost bytes, which the transport makes good: only a device that is
+/// gone, or that fails again and again, is given up.
+void UsbLinkPort::judge(int result, unsigned char endpoint) {
+    if (result >= LIBUSB_SUCCESS) {
+        stumbles_ = 0;
+        return;
+    }
+    const bool stalled = result == LIBUSB_ERROR_PIPE && endpoint != 0;
+    if ((stalled ? libusb_clear_halt(chip_->handle(), endpoint) : result) == LIBUSB_ERROR_NO_DEVICE)
+        alive_ = false;
+    alive_ = alive_ && ++stumbles_ < StumblesLimit;
 }
 
 void UsbLinkPort::handleEvents(int milliseconds) {

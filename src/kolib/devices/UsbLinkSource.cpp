@@ -2,6 +2,7 @@
 
 #include "kolib/devices/UsbLinkPort.h"
 
+#include <ftdi.h>
 #include <libusb.h>
 
 #include <algorithm>
@@ -9,6 +10,8 @@
 #include <cstdio>
 #include <fstream>
 #include <unistd.h>
+#include <utility>
+#include <vector>
 
 namespace corvane {
 
@@ -17,14 +20,26 @@ namespace {
 constexpr int FtdiVendor = 0x0403;
 constexpr int Ft232Product = 0x6001;
 // The rights on a new device and its strings come a moment after the device itself.
-constexpr int LooksAfterChange = 20;
+constexpr std::int32_t SettlesWithin = 3000; // ms
+constexpr std::int32_t LookEvery = 50;       // ms, until then
+// Rights may also be given to a device that has long been there, and nobody tells of that.
+constexpr std::int32_t LookForRightsEvery = 1000; // ms
+
+/// Bus and the ports on the way to the device.
+using Socket = std::pair<int, std::vector<std::uint8_t>>;
+
+Socket socketOf(libusb_device* device) {
+    std::vector<std::uint8_t> ports(8);
+    const int depth = libusb_get_port_numbers(device, ports.data(), static_cast<int>(ports.size()));
+    ports.resize(static_cast<std::size_t>(std::max(depth, 0)));
+    return {libusb_get_bus_number(device), ports};
+}
 
 std::string systemFolder(libusb_device* device) {
-    std::array<std::uint8_t, 8> ports{};
-    const int depth = libusb_get_port_numbers(device, ports.data(), static_cast<int>(ports.size()));
-    std::string name = std::to_string(libusb_get_bus_number(device));
-    for (int i = 0; i < depth; ++i)
-        name += (i == 0 ? "-" : ".") + std::to_string(ports[static_cast<std::size_t>(i)]);
+    const auto [bus, ports] = socketOf(device);
+    std::string name = std::to_string(bus);
+    for (std::size_t i = 0; i < ports.size(); ++i)
+        name += (i == 0 ? "-" : ".") + std::to_string(ports[i]);
     return "/sys/bus/usb/devices/" + name;
 }
 
@@ -58,41 +73,35 @@ DeviceInfo readUsbStrings(const std::filesystem::path& folder) {
     return info;
 }
 
-UsbLinkSource::UsbLinkSource() {
-    if (libusb_init(&context_) != LIBUSB_SUCCESS) {
-        context_ = nullptr;
+UsbLinkSource::UsbLinkSource(const Clock& clock) : clock_(clock), ftdi_(ftdi_new()) {
+    if (ftdi_ == nullptr)
         return;
-    }
     if (libusb_has_capability(LIBUSB_CAP_HAS_HOTPLUG) == 0 ||
         libusb_hotplug_register_callback(
-            context_,
+            ftdi_->usb_ctx,
             static_cast<libusb_hotplug_event>(LIBUSB_HOTPLUG_EVENT_DEVICE_ARRIVED |
                                               LIBUSB_HOTPLUG_EVENT_DEVICE_LEFT),
             LIBUSB_HOTPLUG_NO_FLAGS, LIBUSB_HOTPLUG_MATCH_ANY, LIBUSB_HOTPLUG_MATCH_ANY,
             LIBUSB_HOTPLUG_MATCH_ANY, &noteChange, &changed_, nullptr) != LIBUSB_SUCCESS) {
-        libusb_exit(context_);
-        context_ = nullptr;
+        ftdi_free(ftdi_);
+        ftdi_ = nullptr;
     }
 }
 
 UsbLinkSource::~UsbLinkSource() {
     release();
-    if (context_ != nullptr)
-        libusb_exit(context_);
+    if (ftdi_ != nullptr)
+        ftdi_free(ftdi_);
 }
 
 bool UsbLinkSource::refresh() {
-    if (context_ == nullptr)
+    if (ftdi_ == nullptr)
         return false;
     timeval atOnce{};
-    libusb_handle_events_timeout_completed(context_, &atOnce, nullptr);
-    if (changed_) {
-        changed_ = false;
-        looksLeft_ = LooksAfterChange;
-    } else if (looksLeft_ == 0) {
+    libusb_handle_events_timeout_completed(ftdi_->usb_ctx, &atOnce, nullptr);
+    if (!lookIsDue())
         return false;
-    }
-    --looksLeft_;
+    lookedAt_ = clock_.now();
     const std::vector<Device> before = devices_;
     const std::vector<libusb_device*> handlesBefore = handles_;
     lookAgain();
@@ -103,35 +112,49 @@ bool UsbLinkSource::refresh() {
                        });
 }
 
+bool UsbLinkSource::lookIsDue() {
+    const std::uint32_t now = clock_.now();
+    if (std::exchange(changed_, false)) {
+        changedAt_ = now;
+        settled_ = false;
+        return true;
+    }
+    settled_ = settled_ || TimeDiff(now, changedAt_) > SettlesWithin;
+    const std::int32_t sinceLook = TimeDiff(now, lookedAt_);
+    if (!settled_)
+        return sinceLook >= LookEvery;
+    return sinceLook >= LookForRightsEvery &&
+           std::any_of(devices_.begin(), devices_.end(),
+                       [](const Device& device) { return !device.accessible; });
+}
+
 OpenOutcome UsbLinkSource::open(std::size_t index) {
     if (index >= handles_.size())
-        return {nullptr, "The link device is gone."};
-    libusb_device* device = handles_[index];
-    if (!mayOpen(device))
-        return {nullptr,
-                "The link device may not be opened: no permission to use " + deviceNode(device) +
-                    ". Install the udev rule 60-corvane.rules and plug the link in again."};
-    return UsbLinkPort::open(context_, device);
+        return {nullptr, "The link device is gone.", {}};
+    return UsbLinkPort::open(ftdi_, handles_[index], deviceNode(handles_[index]), holder_);
 }
 
 void UsbLinkSource::lookAgain() {
     libusb_device** list = nullptr;
-    const ssize_t count = libusb_get_device_list(context_, &list);
+    const ssize_t count = libusb_get_device_list(ftdi_->usb_ctx, &list);
     if (count < 0)
         return;
-    devices_.clear();
     std::vector<libusb_device*> found;
     for (ssize_t i = 0; i < count; ++i) {
         libusb_device_descriptor descriptor{};
-        if (libusb_get_device_descriptor(list[i], &descriptor) != LIBUSB_SUCCESS ||
-            descriptor.idVendor != FtdiVendor || descriptor.idProduct != Ft232Product)
-            continue;
-        devices_.push_back({readUsbStrings(systemFolder(list[i])), mayOpen(list[i])});
-        found.push_back(libusb_ref_device(list[i]));
+        if (libusb_get_device_descriptor(list[i], &descriptor) == LIBUSB_SUCCESS &&
+            descriptor.idVendor == FtdiVendor && descriptor.idProduct == Ft232Product)
+            found.push_back(libusb_ref_device(list[i]));
     }
     libusb_free_device_list(list, 1);
+    // In the library's order a device moves when another is plugged in.
+    std::sort(found.begin(), found.end(),
+              [](libusb_device* a, libusb_device* b) { return socketOf(a) < socketOf(b); });
     release();
     handles_ = std::move(found);
+    devices_.clear();
+    for (libusb_device* device : handles_)
+        devices_.push_back({readUsbStrings(systemFolder(device)), mayOpen(device)});
 }
 
 void UsbLinkSource::release() {

@@ -1,19 +1,22 @@
 #pragma once
 
+#include "base/Clock.h"
+#include "kolib/devices/DeviceHolder.h"
 #include "kolib/devices/LinkPort.h"
 
 #include <filesystem>
 
-struct libusb_context;
+struct ftdi_context;
 struct libusb_device;
 
 namespace corvane {
 
-/// The FT232R chips on this machine's USB. The system tells of changes; strings come from what
-/// the kernel has read already, so that no device is opened or claimed for being listed.
+/// The FT232R chips on this machine's USB, ordered by the sockets that they are plugged into. The
+/// system tells of changes; strings come from what the kernel has read already, so that no device
+/// is opened or claimed for being listed. One of them can be open at a time.
 class UsbLinkSource final : public LinkSource {
   public:
-    UsbLinkSource();
+    explicit UsbLinkSource(const Clock& clock);
     ~UsbLinkSource() override;
     UsbLinkSource(const UsbLinkSource&) = delete;
     UsbLinkSource& operator=(const UsbLinkSource&) = delete;
@@ -24,12 +27,17 @@ class UsbLinkSource final : public LinkSource {
     [[nodiscard]] OpenOutcome open(std::size_t index) override;
 
   private:
+    [[nodiscard]] bool lookIsDue();
     void lookAgain();
     void release();
 
-    libusb_context* context_ = nullptr;
+    const Clock& clock_;
+    DeviceHolder holder_;
+    ftdi_context* ftdi_ = nullptr; // with the one context of libusb; nothing if there is no USB
     bool changed_ = true;
-    int looksLeft_ = 0;
+    std::uint32_t changedAt_ = 0;
+    std::uint32_t lookedAt_ = 0;
+    bool settled_ = false; // long enough ago that strings and rights are there
     std::vector<Device> devices_;
     std::vector<libusb_device*> handles_; // of the devices, each with a reference held
 };

@@ -6,8 +6,30 @@
 
 namespace corvane {
 
-VirtualLinkPort::VirtualLinkPort(Socket socket) : socket_(std::move(socket)) {
+OpenOutcome VirtualLinkPort::open(const std::string& path) {
+    Socket socket(path);
+    if (!socket.connected())
+        return {nullptr,
+                "The virtual link " + path + " does not answer. Start it again.",
+                {LinkHindrance::Kind::Broken, {}}};
+    std::unique_ptr<VirtualLinkPort> port(new VirtualLinkPort(std::move(socket)));
+    if (!port->admitted())
+        return {nullptr,
+                "The virtual link " + path + " is busy: another program has it open.",
+                {LinkHindrance::Kind::Busy, {}}};
+    return {std::move(port), {}, {}};
+}
+
+bool VirtualLinkPort::admitted() {
+    using namespace std::chrono;
+    // To opening there is no answer but a closed connection; the question behind it has one.
     socket_.send(LinkMessages::encode('O', {}));
+    socket_.send(LinkMessages::encode('I', {}));
+    const auto giveUp = steady_clock::now() + milliseconds(200);
+    while (!answered_ && alive() && steady_clock::now() < giveUp)
+        if (socket_.waitForData(20))
+            receive();
+    return alive();
 }
 
 std::size_t VirtualLinkPort::read(std::span<std::uint8_t> target) {
@@ -57,6 +79,8 @@ void VirtualLinkPort::receive() {
     while (const std::optional<LinkMessage> message = messages_.next()) {
         if (message->kind == 'D')
             serial_.insert(serial_.end(), message->payload.begin(), message->payload.end());
+        else if (message->kind == 'I')
+            answered_ = true;
         else if (message->kind == 'P')
             stringsDone_ = message->payload == std::vector<std::uint8_t>{1};
     }

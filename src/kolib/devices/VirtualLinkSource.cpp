@@ -72,12 +72,8 @@ bool VirtualLinkSource::pending() const {
 
 OpenOutcome VirtualLinkSource::open(std::size_t index) {
     if (index >= names_.size())
-        return {nullptr, "The virtual link is gone."};
-    const std::filesystem::path path = folder_ / names_[index];
-    Socket socket(path);
-    if (!socket.connected())
-        return {nullptr, "The virtual link " + path.string() + " does not answer. Start it again."};
-    return {std::make_unique<VirtualLinkPort>(std::move(socket)), {}};
+        return {nullptr, "The virtual link is gone.", {}};
+    return VirtualLinkPort::open(folder_ / names_[index]);
 }
 
 bool VirtualLinkSource::watchFolder() {

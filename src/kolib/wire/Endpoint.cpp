@@ -3,6 +3,7 @@
 #include "base/Clock.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace corvane::wire {
 
@@ -12,13 +13,29 @@ void Endpoint::reset() {
     nextNumber_ = 0;
     lastAccepted_.reset();
     errors_ = 0;
+    held_ = false;
+}
+
+void Endpoint::resetAndHold() {
+    reset();
+    held_ = true;
+}
+
+void Endpoint::release(std::uint32_t now) {
+    if (std::exchange(held_, false) && !queue_.empty())
+        sendFirst(now);
+}
+
+void Endpoint::giveUp() {
+    errors_ += static_cast<int>(queue_.size());
+    queue_.clear();
 }
 
 bool Endpoint::send(std::uint8_t channel, ByteView data, std::uint32_t now) {
     if (queue_.size() > QueueLimit || data.size() > MaxDataLength)
         return false;
     queue_.push_back({FrameType::Data, nextNumber_++, channel, Bytes(data.begin(), data.end())});
-    if (queue_.size() == 1)
+    if (queue_.size() == 1 && !held_)
         sendFirst(now);
     return true;
 }
@@ -37,7 +54,7 @@ void Endpoint::received(Frame&& frame, std::uint32_t now) {
 }
 
 void Endpoint::tick(std::uint32_t now) {
-    if (queue_.empty() || TimeDiff(now, lastSending_) < RepeatAfter)
+    if (held_ || queue_.empty() || TimeDiff(now, lastSending_) < RepeatAfter)
         return;
     if (sendings_ < Sendings) {
         ++sendings_;
@@ -50,7 +67,7 @@ void Endpoint::tick(std::uint32_t now) {
 }
 
 std::optional<std::int32_t> Endpoint::untilTick(std::uint32_t now) const {
-    if (queue_.empty())
+    if (held_ || queue_.empty())
         return std::nullopt;
     return std::max(0, RepeatAfter - TimeDiff(now, lastSending_));
 }

@@ -27,6 +27,13 @@ class Endpoint {
 
     /// Starts over for a new session: queue and error count empty, sequence numbers from 0.
     void reset();
+    /// The same, and keeps its packets to itself until it is released.
+    void resetAndHold();
+    void release(std::uint32_t now);
+    /// The other end has started over: its numbers mean nothing any more.
+    void forgetAccepted() { lastAccepted_.reset(); }
+    /// Gives up all packets.
+    void giveUp();
 
     /// Queues a packet and sends it as soon as its turn comes. False if the queue is full.
     [[nodiscard]] bool send(std::uint8_t channel, ByteView data, std::uint32_t now);
@@ -56,6 +63,7 @@ class Endpoint {
     std::uint32_t lastSending_ = 0;
     std::uint8_t nextNumber_ = 0;
     std::optional<std::uint8_t> lastAccepted_;
+    bool held_ = false;
     int errors_ = 0;
 };
 

@@ -30,23 +30,27 @@ HostSession::HostSession(const Clock& clock, DebugCallbacks callbacks)
 
 void HostSession::attach(ByteStream* stream) {
     stream_ = stream;
-    endpoint_.reset();
     decoder_.reset();
-    received_.clear();
     current_ = {};
-    echoed_ = false;
+    lastRoundTrip_ = 0;
+    leave();
 }
 
 void HostSession::productReset() {
-    endpoint_.reset();
+    leave();
 }
 
-void HostSession::pump() {
-    if (stream_ == nullptr)
-        return;
+void HostSession::leave() {
+    state_ = State::NoSession;
+    endpoint_.reset();
+    received_.clear();
+}
+
+bool HostSession::takeIn() {
     std::array<std::uint8_t, 4096> buffer;
+    std::size_t total = 0;
     // While nobody takes the packets the bytes are left where they are.
-    for (std::size_t total = 0; total < PumpLimit && received_.size() < ReceivedLimit;) {
+    while (total < PumpLimit && received_.size() < ReceivedLimit) {
         const std::size_t count = stream_->read(buffer);
         if (count == 0)
             break;
@@ -55,21 +59,72 @@ void HostSession::pump() {
         if (count < buffer.size())
             break;
     }
-    endpoint_.tick(clock_.now());
+    return total > 0;
+}
+
+void HostSession::pump() {
+    if (stream_ == nullptr)
+        return;
+    static_cast<void>(takeIn());
+    if (state_ == State::EchoAwaited)
+        repeatHello();
+    else
+        endpoint_.tick(clock_.now());
 }
 
 bool HostSession::SendHello(int value) {
     if (stream_ == nullptr || !isByte(value))
         return false;
-    endpoint_.reset();
+    // What has been received stays until the echo: it belongs to the session that was.
+    endpoint_.resetAndHold();
+    state_ = State::EchoAwaited;
     hello_ = static_cast<std::uint8_t>(value);
-    echoed_ = false;
-    transmit(encodeFrame({FrameType::Hello, hello_, 0, {}}), false);
+    helloSendings_ = 0;
+    sayHello(false);
     return true;
 }
 
+void HostSession::sayHello(bool repeat) {
+    ++helloSendings_;
+    lastHello_ = clock_.now();
+    transmit(encodeFrame({FrameType::Hello, hello_, 0, {}}), repeat);
+}
+
+bool HostSession::ReceivedHello() {
+    // So many waits of a millisecond in which nothing comes, however much else is on its way.
+    for (int waits = 0; state_ == State::EchoAwaited && waits < EchoWithin &&
+                        TimeDiff(clock_.now(), lastHello_) < EchoWithin;) {
+        stream_->waitForData(1);
+        if (!takeIn())
+            ++waits;
+    }
+    return state_ == State::InSession;
+}
+
+/// Whoever has packets to send relies on a session whose hello or echo may have been lost. The
+/// hello goes out again only when the one before can't be on its way any more: two of them under
+/// way would leave one echo for somebody later.
+void HostSession::repeatHello() {
+    if (endpoint_.unsent() == 0 ||
+        TimeDiff(clock_.now(), lastHello_) < std::max(Endpoint::RepeatAfter, 2 * lastRoundTrip_))
+        return;
+    if (helloSendings_ < Endpoint::Sendings)
+        return sayHello(true);
+    endpoint_.giveUp();
+    helloSendings_ = 0;
+}
+
+void HostSession::sessionBegins() {
+    if (state_ == State::EchoAwaited)
+        lastRoundTrip_ = TimeDiff(clock_.now(), lastHello_);
+    state_ = State::InSession;
+    received_.clear();
+    endpoint_.forgetAccepted();
+    endpoint_.release(clock_.now());
+}
+
 bool HostSession::SendPacket(int channel, std::span<const std::uint8_t> data) {
-    return stream_ != nullptr && isByte(channel) &&
+    return state_ != State::NoSession && isByte(channel) &&
            endpoint_.send(static_cast<std::uint8_t>(channel), data, clock_.now());
 }
 
@@ -103,10 +158,13 @@ void HostSession::transmit(ByteView bytes, bool repeat) {
 
 void HostSession::received(Frame&& frame, ByteView raw) {
     tell(callbacks_.received, raw);
-    if (frame.type == FrameType::Echo)
-        echoed_ = echoed_ || frame.number == hello_;
-    else
+    // The product has started over wherever an echo stands in the stream, also at a late one.
+    if (frame.type == FrameType::Echo) {
+        if (state_ != State::NoSession && frame.number == hello_)
+            sessionBegins();
+    } else if (state_ == State::InSession) {
         endpoint_.received(std::move(frame), clock_.now());
+    }
 }
 
 } // namespace corvane::wire

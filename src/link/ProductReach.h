@@ -1,0 +1,21 @@
+#pragma once
+
+#include "link/JobOutcome.h"
+#include "link/Workplace.h"
+
+namespace corvane {
+
+/// Connects for a job, and looks who is there before anything is sent: the job may go on only if
+/// the product has said in this very session that it is one of `desiredClass`, or, if `anyDevice`,
+/// if any product is there. Otherwise the outcome has a reason and a cure, and no text. A job lets
+/// the product go in either case.
+[[nodiscard]] JobOutcome ReachProduct(const Workplace& place, const std::string& desiredClass,
+                                      bool anyDevice);
+
+/// Why no link is open, with the cure; the text is that of a job that has not begun.
+[[nodiscard]] JobOutcome NoLinkOpen(const KOCommLink& link);
+
+/// What to do when a reply has not come in the middle of a job.
+[[nodiscard]] std::string NoReplyCure(const KOCommLink& link);
+
+} // namespace corvane

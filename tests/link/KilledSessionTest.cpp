@@ -1,0 +1,157 @@
+// A program is killed at any moment of a job, and the next one starts while what was under way on
+// the wires still arrives.
+#include "eeprom/GenericEEPROMProgrammer.h"
+#include "light/LumoraProgrammer.h"
+#include "pwm/QuillonTransfer.h"
+#include "relay/PactorSettings.h"
+#include "support/Desk.h"
+#include "support/OtherProducts.h"
+
+#include <gtest/gtest.h>
+
+#include <random>
+
+namespace corvane {
+namespace {
+
+struct Killed {};
+
+const char* vendorOf(std::string_view product) {
+    return product == "quillon" ? "RQ" : "KO";
+}
+
+/// The jobs that a program may be at. Each gives whether it was done.
+bool programLight(Desk& desk) {
+    LumoraDocument document({desk.person, desk.person, desk.text});
+    document.track(1).InsertTrack(1, 0.5, 80, {}, 0);
+    return LumoraProgrammer(desk.place, document).run().done();
+}
+bool programRelay(Desk& desk) {
+    GenericEEPROMProgrammer writer(desk.place);
+    desk.bench.run(50);
+    const bool done = writer.Connect("Corvane.PactorControl", "relay", false) &&
+                      writer.WriteEEPROM(0, PactorSettings().toImage());
+    writer.Disconnect(false);
+    return done;
+}
+bool upload(Desk& desk) {
+    desk.bench.run(50);
+    QuillonTransfer transfer(desk.place);
+    KOBuffer blocks;
+    blocks.SetLength(200, 7);
+    return transfer.Connect() && transfer.Upload(0, blocks);
+}
+bool readMemory(Desk& desk) {
+    GenericEEPROMProgrammer reader(desk.place);
+    desk.bench.run(50);
+    bool done = reader.Connect(desk.bench.link.Class(), "product", true);
+    for (int i = 0; done && i < 20; ++i) {
+        KOBuffer piece;
+        done = reader.ReadExactly(255 * i, 255, piece);
+    }
+    reader.Disconnect(false);
+    return done;
+}
+
+using Job = bool (*)(Desk&);
+
+struct Case {
+    const char* product;
+    std::string name; // by which it is to be identified
+    Job job;          // that is killed
+    Job own;          // that must succeed afterwards
+};
+
+class KilledSession : public testing::TestWithParam<Case> {
+  protected:
+    static LinkBench::Plugged& plugIn(LinkBench& bench, const std::string& product, int delay,
+                                      unsigned seed) {
+        bench.noteFrames = true;
+        bench::Setup setup;
+        setup.eepromSize = 65536;
+        std::string error;
+        return bench.plugIn(*bench::makeBench(product, setup, error),
+                            "delay=" + std::to_string(delay), seed);
+    }
+    /// How long the whole job takes, in ms.
+    static std::uint64_t length(const Case& test, int delay) {
+        Desk desk({}, vendorOf(test.product));
+        plugIn(desk.bench, test.product, delay, 1);
+        const auto start = desk.bench.clock.now();
+        EXPECT_TRUE(test.job(desk));
+        return desk.bench.clock.now() - start;
+    }
+    /// At the job for so long, and then no more.
+    static void killAfter(Desk& desk, std::uint64_t milliseconds, Job job) {
+        const auto end = desk.bench.clock.now() + milliseconds;
+        desk.bench.clock.Passing = [&desk, end] {
+            if (TimeDiff(desk.bench.clock.now(), static_cast<std::uint32_t>(end)) < 0)
+                return;
+            desk.bench.clock.Passing = nullptr;
+            desk.bench.kill();
+            throw Killed();
+        };
+        try {
+            static_cast<void>(job(desk));
+        } catch (const Killed&) {
+        }
+        desk.bench.clock.Passing = nullptr;
+        desk.bench.kill();
+    }
+    /// The next program finds what is there, whichever of its jobs comes first.
+    static void expectRight(Desk& desk, const Case& test, LinkBench::Plugged& plugged,
+                            bool otherJobFirst) {
+        const auto identify = [&] {
+            EXPECT_TRUE(ReachProduct(desk.place, desk.bench.link.Class(), true).done());
+            EXPECT_EQ(desk.bench.link.Product().name(), test.name);
+            desk.bench.link.DisconnectAndBlock(false);
+        };
+        const auto otherJobs = [&] {
+            plugged.frames.clear();
+            for (const Job job : {&programLight, &programRelay, &upload})
+                if (job != test.own) {
+                    EXPECT_FALSE(job(desk));
+                }
+            EXPECT_EQ(WritesAmong(plugged.frames), 0);
+        };
+        if (!otherJobFirst)
+            identify();
+        otherJobs();
+        if (otherJobFirst)
+            identify();
+        EXPECT_TRUE(test.own(desk));
+    }
+};
+
+TEST_P(KilledSession, LeavesNothingThatTheNextOneTakesForItsOwn) {
+    const Case& test = GetParam();
+    for (const int delay : {0, 10, 50}) {
+        const std::uint64_t whole = length(test, delay);
+        for (unsigned seed = 1; seed <= 40; ++seed) {
+            std::mt19937 random(seed);
+            Desk desk({}, vendorOf(test.product));
+            LinkBench::Plugged& plugged = plugIn(desk.bench, test.product, delay, seed);
+            killAfter(desk, random() % whole, test.job);
+            // As long as the next start takes; what arrives meanwhile is lost or kept for it.
+            desk.bench.clock.advance(random() % 60);
+            if (seed % 2 == 0)
+                static_cast<void>(plugged.link->run(desk.bench.clock.sinceStart()));
+            Desk next(desk.bench);
+            expectRight(next, test, plugged, seed % 4 < 2);
+            if (HasFailure())
+                FAIL() << test.product << ", delay " << delay << ", seed " << seed;
+        }
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Products, KilledSession,
+    testing::Values(Case{"lumora-1.1", "Lumora 1.1", programLight, programLight},
+                    Case{"lumora-1.2", "Lumora 1.2", programLight, programLight},
+                    Case{"pactor-2.1", "Pactor 2.1", readMemory, programRelay},
+                    Case{"pactor-3.1", "Pactor 3.1", programRelay, programRelay},
+                    Case{"eeprom", "KOEEPROM 255.1", readMemory, readMemory},
+                    Case{"quillon", "Quillon 100.1", upload, upload}));
+
+} // namespace
+} // namespace corvane

@@ -1,0 +1,169 @@
+#include "kolib/devices/UsbLinkSource.h"
+#include "link/KOCommLink.h"
+#include "shell/KOFlash.h"
+#include "shell/LinkStatus.h"
+#include "usb/UsbTest.h"
+
+namespace corvane {
+namespace {
+
+using namespace std::chrono_literals;
+using testing::ElementsAre;
+
+/// The link of a program in this process.
+class UsbDevices : public UsbTest {
+  protected:
+    struct Idle final : Pause {
+        explicit Idle(KODevice& device) : device_(device) {}
+        void pause() override { device_.WaitForData(1); }
+        KODevice& device_;
+    };
+
+    SystemClock clock;
+    RunModes modes;
+    KODebug debug{modes};
+    wire::HostSession packets{clock, {}};
+    LinkDevices device{sources(), packets, debug, clock};
+    KOProductList products{"KO", debug};
+    Idle idle{device};
+    KOCommLink link{{device, packets, products, modes, clock, debug, idle}};
+    LinkStatus status{link, products};
+
+    /// The ticks of the main loop, until it is so.
+    template<class Condition>
+    bool becomes(Condition condition) {
+        return eventually([&] {
+            link.Update();
+            return condition();
+        });
+    }
+    bool signBecomes(const std::string& headline) {
+        return becomes([&] { return status.headline() == headline; });
+    }
+
+  private:
+    std::vector<std::unique_ptr<LinkSource>> sources() {
+        std::vector<std::unique_ptr<LinkSource>> all;
+        all.push_back(std::make_unique<UsbLinkSource>(clock));
+        return all;
+    }
+};
+
+TEST_F(UsbDevices, RightsThatComeLaterAreSeenWithoutReplugging) {
+    Chip& chip = bus.plugIn("lumora-1.2");
+    bus.setRights(chip, false);
+    ASSERT_TRUE(signBecomes("The link may not be opened"));
+    std::this_thread::sleep_for(3500ms); // long after whatever follows a plugging
+    bus.setRights(chip, true);
+    EXPECT_TRUE(signBecomes("A link is plugged in"));
+    EXPECT_TRUE(link.DriverExists());
+}
+
+TEST_F(UsbDevices, TheSignOfABusyLinkStandsStillAndLooksOnceASecond) {
+    Chip& chip = bus.plugIn("lumora-1.2");
+    bus.claimElsewhere(chip, true);
+    ASSERT_TRUE(signBecomes("The link is busy"));
+    int changes = 0;
+    const Connection onChanged = status.Changed.connect([&] { ++changes; });
+    const int before = bus.opened();
+    for (int tick = 0; tick < 60; ++tick) {
+        link.Update();
+        std::this_thread::sleep_for(50ms);
+    }
+    EXPECT_EQ(changes, 0);
+    EXPECT_LE(bus.opened() - before, 4);
+    bus.claimElsewhere(chip, false);
+    EXPECT_TRUE(signBecomes("A link is plugged in"));
+}
+
+TEST_F(UsbDevices, ALongReplyIsWholeThoughTheProgramDoesNotGetItsTurn) {
+    Chip& chip = bus.plugIn("eeprom");
+    ASSERT_TRUE(link.Connect(link.Class(), true));
+    std::size_t length = 0;
+    const Connection onPacket = link.PacketReceived.connect(
+        [&](const KOPacket& packet) { length = packet.buffer().Length(); });
+    KOPacket request = link.makePacket();
+    request.setChannel(208);
+    for (const std::uint8_t byte : {0, 0, 255})
+        request.buffer().Append(byte);
+    ASSERT_TRUE(request.Send());
+    std::this_thread::sleep_for(40ms);
+    EXPECT_TRUE(becomes([&] { return length == 255; }));
+    EXPECT_EQ(bus.with([&] { return chip.overruns; }), 0U);
+    link.DisconnectAndBlock(false);
+}
+
+/// What the memory holds beside the strings and the checksum.
+std::vector<std::uint8_t> besideStrings(const usb::Memory& memory) {
+    std::vector<std::uint8_t> bytes(memory.begin(), memory.begin() + 0x0E);
+    bytes.insert(bytes.end(), memory.begin() + 0x14, memory.begin() + 0x18);
+    bytes.insert(bytes.end(), memory.begin() + 0x78, memory.begin() + 0x7E);
+    return bytes;
+}
+
+TEST_F(UsbDevices, GivesAnyChipTheStringsOfALinkAndKeepsTheRest) {
+    struct Case {
+        const char* name;
+        usb::Memory memory;
+    };
+    const std::vector<Case> cases{
+        {"stock", usb::stockMemory("FTDI", "FT232R USB UART", "A600XYZ1")},
+        {"a link", usb::stockMemory("Ortaline Works", "Corvane", "KO1234567")},
+        {"empty", usb::emptyMemory()},
+    };
+    modes.ProgramMode = modes.ProgramAnyDevice = true;
+    for (const Case& one : cases) {
+        SCOPED_TRACE(one.name);
+        Chip& chip = bus.plugIn({one.memory, "lumora-1.2", 0ms});
+        ASSERT_TRUE(becomes([&] { return link.IsConnected() && bus.users(chip) == 1; }));
+        EXPECT_TRUE(ProgramLinkDevice(device));
+        const usb::Memory written = bus.with([&] { return chip.memory; });
+        EXPECT_TRUE(usb::isSound(written));
+        if (usb::isSound(one.memory))
+            EXPECT_EQ(besideStrings(written), besideStrings(one.memory));
+        else
+            EXPECT_EQ(written[0] & 0x08, 0) << "marked for another driver model";
+        bus.with([&] {
+            EXPECT_THAT(chip.violations, testing::IsEmpty());
+            EXPECT_THAT(chip.powerLosses(), testing::IsEmpty());
+        });
+        bus.unplug(chip);
+        ASSERT_TRUE(becomes([&] { return !link.IsConnected(); }));
+        bus.plugInAgain(chip);
+        bus.with([&] {
+            EXPECT_EQ(chip.strings()[0], "Ortaline Works");
+            EXPECT_EQ(chip.strings()[1], "Corvane");
+            EXPECT_THAT(chip.strings()[2], testing::MatchesRegex("KO[0-9A-F]{7}"));
+            EXPECT_NE(chip.strings()[2], "KO1234567");
+        });
+        bus.unplug(chip);
+        ASSERT_TRUE(becomes([&] { return !link.IsConnected(); }));
+    }
+}
+
+TEST_F(UsbDevices, AChipThatDoesNotKeepItsStringsIsNotCalledProgrammed) {
+    modes.ProgramMode = true;
+    const usb::Memory stock = usb::stockMemory("FTDI", "FT232R USB UART", "A600XYZ1");
+    Chip& chip = bus.plugIn({stock, "lumora-1.2", 0ms});
+    ASSERT_TRUE(becomes([&] { return link.IsConnected() && bus.users(chip) == 1; }));
+    bus.with([&] { chip.faults.forgetsMemory = true; });
+    EXPECT_FALSE(ProgramLinkDevice(device));
+    EXPECT_EQ(bus.with([&] { return chip.memoryReads; }), 2);
+    // A writing that broke off has left the memory unsound; the next one keeps the rest all the
+    // same.
+    bus.with([&] {
+        chip.faults.forgetsMemory = false;
+        chip.memory[9] ^= 0xFFU;
+    });
+    ASSERT_FALSE(usb::isSound(bus.with([&] { return chip.memory; })));
+    EXPECT_TRUE(ProgramLinkDevice(device));
+    EXPECT_EQ(besideStrings(bus.with([&] { return chip.memory; })), besideStrings(stock));
+    bus.with([&] { chip.faults.stallRequest = {{0x91, 1}}; });
+    EXPECT_FALSE(ProgramLinkDevice(device));
+    link.Update();
+    EXPECT_TRUE(link.IsConnected());
+    EXPECT_TRUE(ProgramLinkDevice(device));
+}
+
+} // namespace
+} // namespace corvane
