@@ -127,23 +127,17 @@ TEST_F(LumoraWindow, WhatIsDoneToTheTracksFromTheTransmitterIsSeen) {
         press("Add");
     hands.click(canvas(), canvas().geometryOf(2, 2).block.topLeft() + QPoint(20, 10));
     hands.key(Qt::Key_C, Qt::ControlModifier);
-    const auto onTransmitter = [&](const char* command, int tab, int selected) {
+    const auto onTransmitter = [&](const MenuItem& command, int tab, int index) {
         showTab(8);
-        QMenuBar& bar = *window.menuBar();
-        hands.click(bar, bar.actionGeometry(bar.actions()[1]).center());
-        auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
-        ASSERT_NE(menu, nullptr);
-        for (QAction* action : menu->actions())
-            if (action->text() == command)
-                hands.click(*menu, menu->actionGeometry(action).center());
-        EXPECT_EQ(control().TabStrip1.SelectedIndex(), tab) << command;
-        EXPECT_EQ(bottom.SelectedIndices(), std::vector<int>{selected}) << command;
+        EXPECT_TRUE(hands.choose(*window.menuBar(), {&form.menu.mnuEdit, &command}, true));
+        EXPECT_EQ(control().TabStrip1.SelectedIndex(), tab) << command.Caption();
+        EXPECT_EQ(bottom.SelectedIndices(), std::vector<int>{index}) << command.Caption();
         EXPECT_TRUE(tab == 8 || canvas().rect().intersects(canvas().geometryOf(2, 2).block));
     };
-    onTransmitter("&Delete", 1, 2);
-    onTransmitter("Cu&t", 1, 2);
-    onTransmitter("&Paste", 1, 3); // the same one, pushed to the right
-    onTransmitter("&Copy", 8, 3);  // does nothing to them
+    onTransmitter(form.menu.mnuEditDelete, 1, 2);
+    onTransmitter(form.menu.mnuEditCut, 1, 2);
+    onTransmitter(form.menu.mnuEditPaste, 1, 3); // the same one, pushed to the right
+    onTransmitter(form.menu.mnuEditCopy, 8, 3);  // does nothing to them
     press("Insert");
     EXPECT_EQ(control().TabStrip1.SelectedIndex(), 1);
 }
