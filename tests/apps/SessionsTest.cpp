@@ -78,10 +78,11 @@ TEST_F(BenchProgram, WhatOthersWriteCanNotSteerTheTerminal) {
 
 TEST_F(BenchProgram, AWindowAcknowledgesWhenSomethingComesAndNotAtItsNextTick) {
     ::setenv("QT_QPA_PLATFORM", "offscreen", 1);
-    Process bench("corvane-bench", {"pactor-3.1", "--log"});
-    waitFor("pactor-3.1");
+    Process bench("corvane-bench", {"quillon", "--log"});
+    waitFor("quillon");
     Process window("corvane", {"-program"});
-    // The start screen keeps the session; a product that is silent says so each second.
+    // The start screen keeps the session of a product that no editor is for, which says each second
+    // that it is there.
     ASSERT_TRUE(eventually(
         [&] { return bench.output().find("DATA 3 on channel 1\n") != std::string::npos; }, 20s));
     window.signal(SIGKILL);
