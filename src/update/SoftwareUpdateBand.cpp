@@ -152,7 +152,8 @@ void SoftwareUpdateBand::slide() {
 void SoftwareUpdateBand::animationTick() {
     if (currentHeight_ == targetHeight_) {
         AnimationTimer.setEnabled(false);
-        return layOut();
+        layOut();
+        return DesiredPositionChanged.raise(); // it may be lower than what slid away
     }
     if (currentHeight_ < targetHeight_)
         layOut(); // for the whole height, into which it grows

@@ -50,8 +50,11 @@ class MainWindowTest : public testing::Test {
             else
                 QTest::mouseClick(menu, Qt::LeftButton, {},
                                   dynamic_cast<QMenu&>(*menu).actionGeometry(action).center());
-            if (action->menu() != nullptr)
-                menu = action->menu();
+            if (action->menu() == nullptr)
+                continue;
+            menu = action->menu();
+            // A menu in a menu opens a little later.
+            ASSERT_TRUE(QTest::qWaitFor([menu] { return menu->isVisible(); }));
         }
     }
     static QAction* entry(const QWidget& menu, const QString& caption) {

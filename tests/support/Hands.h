@@ -5,8 +5,10 @@
 #include <QApplication>
 #include <QMenuBar>
 #include <QPointer>
+#include <QScrollBar>
 #include <QTabBar>
 #include <QTest>
+#include <QTimer>
 #include <QWheelEvent>
 #include <QWidget>
 
@@ -21,6 +23,15 @@ class Hands {
   public:
     static void press(QWidget& on, QPoint at, Qt::MouseButton button = Qt::LeftButton,
                       Qt::KeyboardModifiers held = {}) {
+        // The menu of a scroll bar holds up whoever opens it: it is left at once.
+        QTimer leaving;
+        QObject::connect(&leaving, &QTimer::timeout, [] {
+            QWidget* menu = QApplication::activePopupWidget();
+            if (menu != nullptr && qobject_cast<QScrollBar*>(menu->parentWidget()) != nullptr)
+                menu->close();
+        });
+        if (button == Qt::RightButton)
+            leaving.start(0);
         QTest::mousePress(handle(on), button, held, placeOf(on, at));
     }
     static void moveTo(QWidget& on, QPoint at) { QTest::mouseMove(handle(on), placeOf(on, at)); }
@@ -77,6 +88,7 @@ class Hands {
             QAction* action = actionOf(*menu, *item);
             if (action == nullptr || !menu->isVisible())
                 return false;
+            QMenu* below = action->menu(); // what is chosen may be gone from its menu at once
             auto* popup = qobject_cast<QMenu*>(menu);
             if (byMouse) {
                 click(*menu, (popup == nullptr ? bar.actionGeometry(action)
@@ -90,10 +102,10 @@ class Hands {
                     key(Qt::Key_Down);
                 if (popup->activeAction() != action)
                     return false;
-                key(action->menu() == nullptr ? Qt::Key_Return : Qt::Key_Right);
+                key(below == nullptr ? Qt::Key_Return : Qt::Key_Right);
             }
-            if (action->menu() != nullptr)
-                menu = action->menu();
+            if (below != nullptr)
+                menu = below;
         }
         return true;
     }
