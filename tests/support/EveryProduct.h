@@ -65,6 +65,12 @@ class ProductWalk : public ProductDesk {
             desk.bench.plugIn(product.plugged);
             desk.bench.run(100);
         }
+        toFront();
+    }
+    /// From behind the window of the debug mode, or of a dialog that is over.
+    void toFront() {
+        window.activateWindow();
+        EXPECT_TRUE(QTest::qWaitForWindowActive(&window));
     }
 
     const std::string file;
