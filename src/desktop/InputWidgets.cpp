@@ -180,7 +180,6 @@ DropDown::DropDown(const QString& accessibleName, QWidget* parent) : QComboBox(p
     setAccessibleName(accessibleName);
     connect(this, &QComboBox::textActivated, this, [this](const QString& text) {
         pending_ = true;
-        left_ = false;
         child_->choose(text.toStdString());
     });
 }
@@ -200,10 +199,8 @@ void DropDown::bindTo(DropDownList* child) {
 }
 
 void DropDown::commit() {
-    if (!std::exchange(pending_, false))
-        return;
-    left_ = true;
-    child_->leave();
+    if (std::exchange(pending_, false))
+        child_->leave();
 }
 
 void DropDown::showText() {
@@ -212,11 +209,8 @@ void DropDown::showText() {
 
 void DropDown::focusOutEvent(QFocusEvent* event) {
     QComboBox::focusOutEvent(event);
-    if (child_ == nullptr || !isLeaving(*event))
-        return;
-    pending_ = false;
-    if (!std::exchange(left_, false)) // by a click elsewhere, which comes first
-        child_->leave();
+    if (isLeaving(*event))
+        commit(); // and nothing counts where the focus only went by
 }
 
 void DropDown::wheelEvent(QWheelEvent* event) {

@@ -73,8 +73,7 @@ class DropDown final : public QComboBox, public Leavable {
 
     DropDownList* child_ = nullptr;
     QPointer<QObject> held_;
-    bool pending_ = false; // an entry was chosen
-    bool left_ = false;    // and counts already
+    bool pending_ = false; // an entry was chosen, and does not count yet
 };
 
 /// A vertical slider whose top means the lowest value of the core's slider. What is done to it

@@ -86,13 +86,14 @@ void LumoraOptions::UpdateLightColor() {
 void LumoraOptions::UpdateMaxCurrent() {
     if (channel_ == 0)
         return;
+    // Before the box goes, which is left by that: what is in it is this channel's by then.
+    show(ChannelMaxCurrent, "Max Current");
     const bool dimmable = channel_ < LumoraDocument::FirstBinaryChannel;
     for (ChildControl* child : std::initializer_list<ChildControl*>{
              &MaxCurrentLabel, &ChannelMaxCurrent, &MaxCurrentUnit}) {
         child->setVisible(dimmable);
         child->setEnabled(dimmable);
     }
-    show(ChannelMaxCurrent, "Max Current");
 }
 
 void LumoraOptions::UpdateTurnOffPoint() {
