@@ -28,7 +28,10 @@ class JobWalk : public testing::TestWithParam<ProductUnderTest> {
                 });
             if (auto* bar = qobject_cast<QTabBar*>(widget))
                 for (int tab = 0; tab < bar->count(); ++tab)
-                    all.push_back([bar, tab] { Hands::clickTab(*bar, tab); });
+                    all.push_back([kept = QPointer(bar), tab] {
+                        if (kept != nullptr)
+                            Hands::clickTab(*kept, tab);
+                    });
         }
         return all;
     }
