@@ -10,6 +10,7 @@
 
 #include <QCloseEvent>
 #include <QLabel>
+#include <QLayout>
 #include <QMenuBar>
 #include <QMimeData>
 #include <QScopedValueRollback>
@@ -168,15 +169,18 @@ void MainWindow::keepRoom() {
     const int band = form_.bandPlace().visible ? form_.bandPlace().height / TwipsPerPixel : 0;
     const QSize needed =
         (view_->minimumSizeHint().expandedTo(QSize(0, 0)) + QSize(0, band)).boundedTo(mostRoom());
+    const int had = area_->height(); // a new least size makes it grow at once, without the window
+    const int before = height();
     area_->setMinimumSize(needed);
     if (!isVisible() || isMaximized() || isFullScreen())
         return;
-    const int lacking = needed.height() - area_->height();
+    const int lacking = needed.height() - had;
     const int more = lacking > 0 ? lacking : -std::min(grown_, -lacking);
     if (more == 0)
         return;
     grown_ += more;
-    resize(width(), height() + more);
+    layout()->activate(); // or else the size that was needed until now would hold the window up
+    resize(width(), before + more);
 }
 
 /// The largest area that leaves the window whole on its screen.

@@ -95,6 +95,7 @@ TEST_F(EEPROMWindow, AValueThatIsNoneStopsTheRunAndAQuestionNamesTheVariable) {
                                                   "KOEEPROMListAdd\t1\t0\t2\tspeed\t0102\t\n"
                                                   "KOEEPROMListAdd\t2\t8\t3\t\t05\t\n"
                                                   "KOEEPROMListAdd\t3\t10\t1\tgain of it\t05\t\n"));
+    QApplication::processEvents(); // lays the rows out
     desk.bench.plugIn("eeprom");
     desk.bench.run(100);
     desk.bench.takeLog();
@@ -106,7 +107,10 @@ TEST_F(EEPROMWindow, AValueThatIsNoneStopsTheRunAndAQuestionNamesTheVariable) {
             Hands::click(*box.button(button));
         };
     };
+    window.activateWindow(); // the log has opened before it
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
     Hands::retype(box(1, 3), "256");
+    ASSERT_EQ(box(1, 3).text(), "256");
     whenShown<QMessageBox>(answer(QMessageBox::Ok));
     press("Program");
     EXPECT_TRUE(told.back().starts_with("What is typed as the value of speed is not Integer (U8)"))
