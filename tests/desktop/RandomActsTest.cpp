@@ -65,8 +65,9 @@ class RandomActs : public ProductWindow {
         if (entries.empty() || random.below(6) == 0)
             return hands.key(Qt::Key_Escape);
         QAction* entry = entries[random.below(static_cast<int>(entries.size()))];
+        const bool leadsOn = entry->menu() != nullptr; // asked before it may take itself away
         hands.click(*menu, menu->actionGeometry(entry).center());
-        if (entry->menu() != nullptr)
+        if (leadsOn)
             choose();
     }
     void openMenu() {
@@ -118,8 +119,16 @@ class RandomActs : public ProductWindow {
         }
     }
     QImage onScreen() {
-        QApplication::processEvents();
-        return window.screen()->grabWindow(window.winId()).toImage();
+        constexpr int rounds = 10; // in which each layout may lead to another
+        QImage shown;
+        for (int i = 0; i < rounds; ++i) {
+            QApplication::processEvents();
+            QImage now = window.screen()->grabWindow(window.winId()).toImage();
+            if (now == shown)
+                break;
+            shown = std::move(now);
+        }
+        return shown;
     }
     /// Whether nothing is left on the screen of what was there before.
     bool isPaintedWhole() {
@@ -134,6 +143,10 @@ class RandomActs : public ProductWindow {
         for (QWidget* other : QApplication::topLevelWidgets())
             if (other->isVisible() && qobject_cast<QDialog*>(other) != nullptr)
                 other->close();
+        if (!window.isActiveWindow()) { // as a window manager would see to it
+            window.activateWindow();
+            EXPECT_TRUE(QTest::qWaitForWindowActive(&window));
+        }
     }
 };
 
