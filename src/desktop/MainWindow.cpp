@@ -5,6 +5,7 @@
 #include "desktop/DebugWindow.h"
 #include "desktop/InputWidgets.h"
 #include "desktop/Theme.h"
+#include "desktop/Twips.h"
 #include "desktop/UpdateBandView.h"
 #include "desktop/Views.h"
 
@@ -19,8 +20,6 @@
 namespace corvane {
 
 namespace {
-
-constexpr int TwipsPerPixel = 15;
 
 TwipSize toTwips(QSize size) {
     return {size.width() * TwipsPerPixel, size.height() * TwipsPerPixel};

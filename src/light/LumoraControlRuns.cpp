@@ -10,7 +10,6 @@ namespace corvane {
 
 namespace {
 
-constexpr const char* ControlClass = "Corvane.LumoraControl";
 constexpr int DumpRequestChannel = 149;
 constexpr int ImageLength = LumoraImageCompiler::ImageLength;
 
@@ -60,7 +59,7 @@ void LumoraControl::dump() {
     const Raised running(running_);
     const BusyScope busy(place_.pointer);
     KOCommLink& link = place_.link;
-    if (const JobOutcome reached = ReachProduct(place_, ControlClass, false); !reached.done()) {
+    if (const JobOutcome reached = ReachProduct(place_, LumoraProgrammer::ControlClass, false); !reached.done()) {
         link.Disconnect(false);
         writeLine("Couldn't connect.");
         return writeLine(reached.cure);

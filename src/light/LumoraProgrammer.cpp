@@ -8,7 +8,6 @@ namespace corvane {
 
 namespace {
 
-constexpr const char* ControlClass = "Corvane.LumoraControl";
 constexpr int SetChannel = 148;
 constexpr int SetReplyChannel = 20;
 constexpr int ReplyLength = 3;

@@ -6,7 +6,7 @@ namespace corvane {
 
 namespace {
 
-constexpr int Red = 255;
+constexpr int TooMany = 255; // red
 
 std::string percentText(double share) {
     return WriteFixed(share * 100, 1) + "%";
@@ -47,7 +47,7 @@ void LumoraProgramming::SetProgrammer(LumoraProgrammer& programmer) {
 
 void LumoraProgramming::showBlocks(int blocksUsed, int maxBlocks) {
     SegmentsUsedLabel.setCaption(std::to_string(blocksUsed));
-    SegmentsUsedLabel.setForeColor(blocksUsed > maxBlocks ? Red : 0);
+    SegmentsUsedLabel.setForeColor(blocksUsed > maxBlocks ? TooMany : 0);
     SegmentLimitLabel.setCaption(std::to_string(maxBlocks));
     MemoryInUseLabel.setCaption(percentText(static_cast<double>(blocksUsed) / maxBlocks));
 }

@@ -188,7 +188,7 @@ TEST_F(MainWindowTest, KeysUndoAndRedo) {
 TEST_F(MainWindowTest, AsksBeforeItCloses) {
     open();
     notes().add("one");
-    whenShown<QMessageBox>([this](QMessageBox& box) {
+    whenShown<QMessageBox>([](QMessageBox& box) {
         EXPECT_EQ(box.text(), "Changes have been made. Would you like to save them?");
         shoot(box, "question");
         QTest::keyClick(&box, Qt::Key_Escape);

@@ -40,9 +40,9 @@ class Notes final : public HistoryHost {
             prefix = "Note";
             Data = {line};
         }
-        bool Deserialize(History& history, std::string_view,
+        bool Deserialize(History& owner, std::string_view,
                          const std::vector<std::string>& Data) override {
-            notes = dynamic_cast<Notes*>(&history.ManagingControl());
+            notes = dynamic_cast<Notes*>(&owner.ManagingControl());
             if (Data.size() != 1)
                 return false;
             line = Data[0];

@@ -18,7 +18,7 @@ class FileTypes : public testing::Test {
     TemporaryFolder folder;
     DiskFiles files;
     SettingsStore store{folder.path() / "config", files};
-    const RunModes modes;
+    const RunModes modes{};
     const KODebug debug{modes};
     const KOProductList products{"KO", debug};
     DesktopProgram program{"/opt/corvane",

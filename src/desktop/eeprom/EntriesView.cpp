@@ -3,6 +3,7 @@
 #include "desktop/Binders.h"
 #include "desktop/InputWidgets.h"
 #include "desktop/Theme.h"
+#include "desktop/Twips.h"
 #include "desktop/eeprom/EntryRow.h"
 
 #include <QApplication>
@@ -16,7 +17,6 @@ namespace corvane {
 
 namespace {
 
-constexpr int TwipsPerPixel = 15;
 constexpr int RowLeft = EEPROMEditorControl::RowLeft / TwipsPerPixel;
 constexpr int RowHeight = EEPROMEditorControl::RowHeight / TwipsPerPixel;
 

@@ -1,6 +1,7 @@
 #include "desktop/light/BlockPainter.h"
 
 #include "desktop/Theme.h"
+#include "desktop/light/Colors.h"
 #include "light/LumoraTrack.h"
 
 #include <QImage>
@@ -14,10 +15,6 @@ namespace {
 
 constexpr int GradientRows = 64;
 constexpr float DrawnTripLevel = 0.5F;
-
-QColor toQt(const KORgbValue& color) {
-    return {color.R, color.G, color.B};
-}
 
 QColor colorAt(const BlockLook& look, float t) {
     return toQt(SegmentColorAt(*look.element, look.element->track().LightColor(), look.level1,

@@ -4,6 +4,7 @@
 #include "desktop/Binders.h"
 #include "desktop/InputWidgets.h"
 #include "desktop/Theme.h"
+#include "desktop/light/Colors.h"
 
 #include <QAbstractButton>
 #include <QApplication>
@@ -25,10 +26,6 @@ namespace {
 
 QRect rectOf(const LumoraSimulatorControl::Patch& patch) {
     return {patch.left, patch.top, patch.width, patch.height};
-}
-
-QColor toQt(const KORgbValue& color) {
-    return {color.R, color.G, color.B};
 }
 
 /// The picture's own pixels as an image, valid as long as the picture.

@@ -3,6 +3,7 @@
 #include "desktop/Accessibility.h"
 #include "desktop/Binders.h"
 #include "desktop/Theme.h"
+#include "desktop/Twips.h"
 
 #include <QApplication>
 #include <QHelpEvent>
@@ -18,7 +19,6 @@ namespace corvane {
 
 namespace {
 
-constexpr int TwipsPerPixel = LumoraScrollableTracks::TwipsPerPixel;
 const QColor SelectedTrack(128, 0, 0);
 const QColor OtherTrack(64, 0, 0);
 

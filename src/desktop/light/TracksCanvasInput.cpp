@@ -1,6 +1,7 @@
 // What a person does on the canvas with the mouse, the wheel and the keys.
 #include "base/KOMath.h"
 #include "desktop/Binders.h"
+#include "desktop/Twips.h"
 #include "desktop/light/TracksCanvas.h"
 
 #include <QLabel>
@@ -13,7 +14,6 @@ namespace corvane {
 
 namespace {
 
-constexpr int TwipsPerPixel = LumoraScrollableTracks::TwipsPerPixel;
 constexpr int HandleThreshold = 3; // pixels before a drag of the width begins
 constexpr int HandleReach = 9;     // pixels from the right edge
 constexpr double WheelStep = 120;  // of a usual mouse

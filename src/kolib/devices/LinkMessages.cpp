@@ -5,14 +5,14 @@
 namespace corvane {
 
 namespace {
-constexpr std::size_t HeadLength = 3;
+constexpr std::size_t MessageHead = 3;
 constexpr std::string_view KindsOfALink = "IDP";
 } // namespace
 
 std::vector<std::uint8_t> LinkMessages::encode(char kind, std::span<const std::uint8_t> payload) {
     const std::size_t length = std::min(payload.size(), MaxPayload);
     std::vector<std::uint8_t> message;
-    message.reserve(HeadLength + length);
+    message.reserve(MessageHead + length);
     message.push_back(static_cast<std::uint8_t>(kind));
     message.push_back(static_cast<std::uint8_t>(length & 0xFFU));
     message.push_back(static_cast<std::uint8_t>(length >> 8));
@@ -62,14 +62,14 @@ std::optional<LinkMessage> LinkMessages::next() {
         return std::nullopt;
     const char kind = static_cast<char>(rest[0]);
     broken_ = KindsOfALink.find(kind) == std::string_view::npos;
-    if (broken_ || rest.size() < HeadLength)
+    if (broken_ || rest.size() < MessageHead)
         return std::nullopt;
     const std::size_t length = rest[1] + (std::size_t{rest[2]} << 8);
     broken_ = length > MaxPayload;
-    if (broken_ || rest.size() < HeadLength + length)
+    if (broken_ || rest.size() < MessageHead + length)
         return std::nullopt;
-    start_ += HeadLength + length;
-    const auto payload = rest.subspan(HeadLength, length);
+    start_ += MessageHead + length;
+    const auto payload = rest.subspan(MessageHead, length);
     return LinkMessage{kind, {payload.begin(), payload.end()}};
 }
 
