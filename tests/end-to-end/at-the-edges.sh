@@ -21,8 +21,9 @@ QT_SCALE_FACTOR=2 start "$bin/corvane" police.lumora
 corvane=$pid
 awaitWindow "^Lumora - $folder/police.lumora$"
 isWhole() { # the window with its frame
-  eval "$(xdotool getwindowgeometry --shell "$window")"
-  local left right top bottom
+  local X Y WIDTH HEIGHT left right top bottom
+  read -r X Y WIDTH HEIGHT < <(xwininfo -id "$window" |
+    awk '/Absolute|Width:|Height:/ { printf "%s ", $NF }')
   IFS=', ' read -r left right top bottom \
     <<<"$(xprop -id "$window" _NET_FRAME_EXTENTS | sed 's/.*= //')"
   [ $((X - left)) -ge 0 ] && [ $((Y - top)) -ge 0 ] &&
