@@ -36,7 +36,7 @@ eventually "the program does not end" isGone "$corvane"
 say "what is done while a job runs is thrown away"
 newHome usual # the window of a large screen is not kept here
 memory=$folder/memory
-start "$bin/corvane-bench" lumora-1.2 --eeprom "$memory" --write-time 15
+start "$bin/corvane-bench" lumora-1.2 --eeprom "$memory" --write-time 7
 eventually "the bench does not show" test -S "$CORVANE_BENCH_DIR/lumora-1.2.link"
 start "$bin/corvane" police.lumora
 corvane=$pid

@@ -74,7 +74,7 @@ mount --bind /host$work/kernel/lib/modules /joined/lib/modules
 mount -t 9p -o $share out /joined/lab
 for folder in proc sys dev; do mount --move /\$folder /joined/\$folder; done
 mount -t tmpfs run /joined/run; mkdir -p /joined/dev/shm; mount -t tmpfs shm /joined/dev/shm
-chroot /joined /bin/bash /lab/guest.sh $bin </dev/null
+chroot /joined /bin/bash /lab/guest.sh $bin </joined/dev/null
 echo LAB-ENDS
 poweroff -f
 INIT
@@ -86,7 +86,7 @@ shared() { # NAME FOLDER [OPTION]
     -device "virtio-9p-pci,fsdev=$1,mount_tag=$1"
 }
 mapfile -t shares < <(shared host / ,readonly=on; shared tools "$work/tools" ,readonly=on; shared out "$work/out" "")
-timeout "$limit" qemu-system-x86_64 -accel kvm -accel tcg,thread=multi -cpu max -smp 2 -m 3072 \
+timeout "$limit" qemu-system-x86_64 -accel tcg,thread=multi -cpu max -smp 2 -m 3072 \
   -display none -nic none -no-reboot -kernel "$(echo kernel/boot/vmlinuz-*)" -initrd first.gz \
   -append "console=ttyS0 quiet panic=-1 mitigations=off" -serial stdio "${shares[@]}" \
   </dev/null >console.log 2>&1 || true
