@@ -59,7 +59,8 @@ void LumoraControl::dump() {
     const Raised running(running_);
     const BusyScope busy(place_.pointer);
     KOCommLink& link = place_.link;
-    if (const JobOutcome reached = ReachProduct(place_, LumoraProgrammer::ControlClass, false); !reached.done()) {
+    if (const JobOutcome reached = ReachProduct(place_, LumoraProgrammer::ControlClass, false);
+        !reached.done()) {
         link.Disconnect(false);
         writeLine("Couldn't connect.");
         return writeLine(reached.cure);
