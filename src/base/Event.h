@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <exception>
 #include <functional>
 #include <memory>
 #include <utility>
@@ -42,7 +43,9 @@ class Connection {
 };
 
 /// A synchronous event. Listeners may come, go, or destroy the event itself while it is raised;
-/// those that come during a raising are first called by the next one.
+/// those that come during a raising are first called by the next one. One that throws keeps none of
+/// the others from hearing, so that all of them go on knowing the same; the first of what was
+/// thrown is passed on in the end.
 template<class... Args>
 class Event {
   public:
@@ -59,17 +62,31 @@ class Event {
     }
 
     void raise(Args... args) const {
+        if (const std::exception_ptr failure = tell(args...); failure != nullptr)
+            std::rethrow_exception(failure);
+    }
+
+    /// The same, with what was thrown first as the result.
+    [[nodiscard]] std::exception_ptr tell(Args... args) const {
         if (!list_)
-            return;
+            return nullptr;
         const std::shared_ptr<List> list = list_;
         ++list->raising;
         const Lowered lowered{*list};
+        std::exception_ptr failure;
         const std::size_t count = list->slots.size();
         for (std::size_t i = 0; i < count; ++i) {
             const std::shared_ptr<Slot> slot = list->slots[i];
-            if (slot->connected)
+            if (!slot->connected)
+                continue;
+            try {
                 slot->listener(args...);
+            } catch (...) {
+                if (failure == nullptr)
+                    failure = std::current_exception();
+            }
         }
+        return failure;
     }
 
   private:

@@ -17,6 +17,9 @@ struct MessageBox {
     std::string text;
     Icon icon = Icon::Information;
     Buttons buttons = Buttons::Ok;
+    // What the buttons say instead of Yes and No.
+    std::string yes = {};
+    std::string no = {};
 };
 
 enum class Answer { Ok, Yes, No, Cancel };

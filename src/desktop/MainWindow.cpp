@@ -46,6 +46,7 @@ MainWindow::MainWindow(MainForm& form, LinkStatus& status)
             [&form] { form.menu.mnuHelpTroubleshootingReinstallCorvaneDrivers.choose(); });
     Bind(this, form.tmrUpdate);
     Bind(this, form.tmrTell);
+    Bind(this, form.tmrJournals);
 
     const auto on = [this](auto& event, auto react) {
         connections_.push_back(event.connect(react));

@@ -3,6 +3,7 @@
 #include "desktop/EventLoop.h"
 #include "desktop/Theme.h"
 
+#include <QAbstractButton>
 #include <QApplication>
 #include <QColorDialog>
 #include <QFileDialog>
@@ -88,6 +89,12 @@ Answer QtDialogs::Message(const MessageBox& box) {
                         QString::fromStdString(box.text).replace("\r\n", "\n"),
                         buttonsOf(box.buttons), parent());
     message.setTextFormat(Qt::PlainText);
+    const auto rename = [&message](QMessageBox::StandardButton which, const std::string& caption) {
+        if (QAbstractButton* button = message.button(which); button != nullptr && !caption.empty())
+            button->setText(QString::fromStdString(caption));
+    };
+    rename(QMessageBox::Yes, box.yes);
+    rename(QMessageBox::No, box.no);
     switch (message.exec()) {
     case QMessageBox::Yes:
         return Answer::Yes;

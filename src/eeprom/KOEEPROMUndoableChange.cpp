@@ -23,6 +23,25 @@ void KOEEPROMUndoableListChange::Initialize(bool adding, KOEEPROMDocument& docum
     variable_ = std::move(variable);
 }
 
+void KOEEPROMUndoableListChange::add() const {
+    const int before = document_->EntryCount();
+    AllOrNothing([&] { document_->AddField(index_, variable_); },
+                 [&] {
+                     if (document_->EntryCount() > before)
+                         document_->RemoveField(index_);
+                 });
+}
+
+void KOEEPROMUndoableListChange::remove() const {
+    const int before = document_->EntryCount();
+    EEPROMVariable removed = document_->entry(index_); // as it was, which a file need not tell
+    AllOrNothing([&] { document_->RemoveField(index_); },
+                 [&] {
+                     if (document_->EntryCount() < before)
+                         document_->AddField(index_, std::move(removed));
+                 });
+}
+
 void KOEEPROMUndoableListChange::Serialize(std::string& prefix,
                                            std::vector<std::string>& Data) const {
     prefix = adding_ ? AddPrefix : RemovePrefix;

@@ -40,8 +40,8 @@ class KOEEPROMUndoableListChange final : public KOEEPROMUndoableChange {
     [[nodiscard]] bool isApplicable() const override;
 
   private:
-    void add() const { document_->AddField(index_, variable_); }
-    void remove() const { document_->RemoveField(index_); }
+    void add() const;
+    void remove() const;
 
     bool adding_ = false;
     KOEEPROMDocument* document_ = nullptr;

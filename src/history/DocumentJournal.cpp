@@ -3,10 +3,18 @@
 #include "base/TextLines.h"
 #include "history/History.h"
 
+#include <cerrno>
+
 namespace corvane {
 
-void DocumentJournal::Recorded(const History& history, const UndoableChange& change) {
-    if (journals_ == nullptr || !keepsUp(history))
+DocumentJournal::DocumentJournal(Journals* journals, const History& history)
+    : journals_(journals), history_(history) {
+    if (journals_ != nullptr)
+        onLook_ = journals_->Looking.connect([this](bool& any) { look(any); });
+}
+
+void DocumentJournal::Recorded(const UndoableChange& change) {
+    if (journals_ == nullptr || !keepsUp())
         return;
     data_.clear();
     change.Serialize(prefix_, data_);
@@ -18,8 +26,8 @@ void DocumentJournal::Recorded(const History& history, const UndoableChange& cha
         behind_ = true; // no file could hold it either
 }
 
-void DocumentJournal::note(const History& history, const char* word) {
-    if (journals_ == nullptr || !keepsUp(history))
+void DocumentJournal::note(const char* word) {
+    if (journals_ == nullptr || !keepsUp())
         return;
     line_ = word;
     line_ += '\n';
@@ -27,38 +35,63 @@ void DocumentJournal::note(const History& history, const char* word) {
 }
 
 /// Whether the journal holds all but the last step. If not it is begun anew, with that step.
-bool DocumentJournal::keepsUp(const History& history) {
+bool DocumentJournal::keepsUp() {
     if (isUpToDate())
         return true;
-    if (std::chrono::steady_clock::now() >= retryAt_)
-        begin(history);
+    if (mayRetry())
+        begin();
     return false;
 }
 
 void DocumentJournal::append() {
-    if (journals_->Append(file_, line_))
-        return;
-    behind_ = true; // but what it has is better than nothing
+    if (!file_->isUncut())
+        replace();
+    else if (!journals_->Append(file_, line_))
+        failed(); // but what it has is better than nothing
+}
+
+/// Something else has harmed it.
+void DocumentJournal::replace() {
+    const bool wasUpToDate = isUpToDate();
+    if (begin() && wasUpToDate)
+        journals_->tellReplaced();
+}
+
+void DocumentJournal::failed() {
+    behind_ = true;
     retryAt_ = std::chrono::steady_clock::now() + journals_->RetryAfter;
 }
 
-bool DocumentJournal::Begin(const History& history, const std::string& path) {
-    if (journals_ == nullptr)
-        return false;
-    path_ = path;
-    sum_ = FileSum(journals_->files(), path);
-    return begin(history);
+void DocumentJournal::look(bool& any) {
+    if (file_ != nullptr && !behind_ && !file_->isWhole()) {
+        replace();
+    } else if (file_ != nullptr && !behind_ && file_->syncProblem() != 0) {
+        errno = file_->syncProblem();
+        journals_->tell();
+        failed();
+    } else if (behind_ && mayRetry()) {
+        begin();
+    }
+    any = any || file_ != nullptr || behind_;
 }
 
-bool DocumentJournal::begin(const History& history) {
+void DocumentJournal::FallBehind() {
+    behind_ = true;
+    retryAt_ = {};
+}
+
+bool DocumentJournal::Begin() {
+    return journals_ != nullptr && begin();
+}
+
+bool DocumentJournal::begin() {
     std::string content;
     bool good =
-        TextLines::append(content, {HeaderWord, std::to_string(FormatVersion), path_, sum_});
-    good = history.Compose(content) && good;
+        TextLines::append(content, {HeaderWord, std::to_string(FormatVersion), path_, mark_});
+    good = history_.Compose(content) && good;
     std::shared_ptr<AppendedFile> begun = good ? journals_->Begin(content) : nullptr;
     if (begun == nullptr) {
-        behind_ = true;
-        retryAt_ = std::chrono::steady_clock::now() + journals_->RetryAfter;
+        failed();
         return false;
     }
     if (file_ != nullptr)
@@ -68,23 +101,23 @@ bool DocumentJournal::begin(const History& history) {
     return true;
 }
 
-void DocumentJournal::settle(const char* word, const std::string& path) {
+void DocumentJournal::settle(const char* word, const std::string& path, const std::string& mark) {
     if (journals_ == nullptr)
         return;
     end(word);
     path_ = path;
-    sum_ = FileSum(journals_->files(), path);
+    mark_ = mark;
     retryAt_ = {};
 }
 
 void DocumentJournal::end(const char* word) {
+    behind_ = false;
     if (file_ == nullptr)
         return;
     // In words too, should the file not go away.
     static_cast<void>(file_->Append(std::string(word) + "\n"));
     file_->Remove();
     file_.reset();
-    behind_ = false;
 }
 
 } // namespace corvane

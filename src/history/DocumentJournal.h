@@ -12,7 +12,8 @@ class History;
 class UndoableChange;
 
 /// The journal of one document: a line for each thing that is done to it, from the first that is
-/// not in its file until it is saved or given up. It begins with the whole document, so that it
+/// not in its file until it is saved or given up. If something else removes it or cuts it short, it
+/// is begun anew with the next look or change. It begins with the whole document, so that it
 /// needs nothing else to bring that back. Ends with this in an orderly way.
 class DocumentJournal {
   public:
@@ -26,38 +27,47 @@ class DocumentJournal {
     static constexpr int FormatVersion = 1;
 
     /// Keeps nothing without journals.
-    explicit DocumentJournal(Journals* journals) : journals_(journals) {}
+    DocumentJournal(Journals* journals, const History& history);
     ~DocumentJournal() { end(ResetWord); }
     DocumentJournal(const DocumentJournal&) = delete;
     DocumentJournal& operator=(const DocumentJournal&) = delete;
 
     /// Each after it has been done.
-    void Recorded(const History& history, const UndoableChange& change);
-    void Undone(const History& history) { note(history, UndoWord); }
-    void Redone(const History& history) { note(history, RedoWord); }
-    /// The document is now what its file is, or a new one; nothing of it can be lost.
-    void Saved(const std::string& path) { settle(SaveWord, path); }
-    void Reset(const std::string& path) { settle(ResetWord, path); }
-    /// The document is this, and none of it is safe elsewhere. True if it is now.
-    bool Begin(const History& history, const std::string& path);
+    void Recorded(const UndoableChange& change);
+    void Undone() { note(UndoWord); }
+    void Redone() { note(RedoWord); }
+    /// More was done than it was told of: it is begun anew with the next thing that is.
+    void FallBehind();
+    /// The document is now what its file is, or a new one; nothing of it can be lost. `mark` stands
+    /// for the file's content, see `KOText`.
+    void Saved(const std::string& path, const std::string& mark) { settle(SaveWord, path, mark); }
+    void Reset(const std::string& path, const std::string& mark) { settle(ResetWord, path, mark); }
+    /// None of the document is safe elsewhere. True if it is now.
+    bool Begin();
 
     /// Whether all that was done is kept.
     [[nodiscard]] bool isUpToDate() const { return file_ != nullptr && !behind_; }
 
   private:
-    [[nodiscard]] bool keepsUp(const History& history);
-    void note(const History& history, const char* word);
+    [[nodiscard]] bool keepsUp();
+    [[nodiscard]] bool mayRetry() const { return std::chrono::steady_clock::now() >= retryAt_; }
+    void look(bool& any);
+    void note(const char* word);
     void append();
-    void settle(const char* word, const std::string& path);
+    void replace();
+    void failed();
+    void settle(const char* word, const std::string& path, const std::string& mark);
     void end(const char* word);
-    bool begin(const History& history);
+    bool begin();
 
     Journals* journals_;
+    const History& history_;
     std::shared_ptr<AppendedFile> file_;
     bool behind_ = false; // it lacks what was done since a failure
     std::chrono::steady_clock::time_point retryAt_;
-    std::string path_; // of the document, and what stood there
-    std::string sum_;
+    std::string path_; // of the document's file
+    std::string mark_; // of what stood there
+    Connection onLook_;
     // Kept from line to line for their room.
     std::string line_;
     std::string prefix_;

@@ -32,7 +32,7 @@ class History {
 
     /// Host and surroundings must outlive the history.
     History(HistoryHost& managingControl, Surroundings surroundings)
-        : host_(managingControl), with_(surroundings), journal_(surroundings.journals) {}
+        : host_(managingControl), with_(surroundings), journal_(surroundings.journals, *this) {}
     History(const History&) = delete;
     History& operator=(const History&) = delete;
 
@@ -82,6 +82,9 @@ class History {
     /// The window title: with the path, or the file name alone, and a star for unsaved changes.
     [[nodiscard]] std::string GetCaption(const std::string& basicTitle, bool shortened) const;
 
+    // If a change throws, all is as before the call, what could be redone included, and so is the
+    // document.
+
     /// Applies a change through its `Redo` and keeps it; what could be redone is dropped. False,
     /// and nothing has been touched, if a file with it could not be opened again, which is told.
     bool Record(std::unique_ptr<UndoableChange> action, bool dontCountAsDirty = false);
@@ -110,12 +113,12 @@ class History {
     /// Whether the document may be left.
     [[nodiscard]] bool ExitHistory() { return mayBeLost(); }
 
-    /// Between the outermost pair nothing is repainted.
+    /// Between the outermost pair nothing is repainted. `FreezeScope` never forgets the second.
     void Freeze();
     void Unfreeze();
     /// Lift the freeze for a moment, without a repaint: first `QuickUnfreeze`, then `QuickFreeze`.
     void QuickFreeze() { Freezing.raise(); }
-    void QuickUnfreeze() { Unfreezing.raise(true); }
+    void QuickUnfreeze();
 
   private:
     struct Loaded {
@@ -124,12 +127,19 @@ class History {
         int stopPoint = 0;
         std::int32_t version = 0;
     };
-    struct FreezeScope {
-        explicit FreezeScope(History& history) : frozen(history) { frozen.Freeze(); }
-        ~FreezeScope() { frozen.Unfreeze(); }
-        FreezeScope(const FreezeScope&) = delete;
-        FreezeScope& operator=(const FreezeScope&) = delete;
-        History& frozen;
+
+    /// Much is undone and redone that the journal need not be told of, step by step.
+    class ReplayScope {
+      public:
+        explicit ReplayScope(History& history);
+        ~ReplayScope();
+        ReplayScope(const ReplayScope&) = delete;
+        ReplayScope& operator=(const ReplayScope&) = delete;
+
+      private:
+        History& history_;
+        bool before_;
+        int exceptions_ = std::uncaught_exceptions();
     };
 
     [[nodiscard]] UndoableChange& change(int index) const {
@@ -137,11 +147,15 @@ class History {
     }
     [[nodiscard]] bool refused(UndoableChange& next, bool undoing);
     [[nodiscard]] bool mayBeLost();
+    void appendCuttingTail(std::unique_ptr<UndoableChange> action, UndoableChanges& tail);
     void reset();
     [[nodiscard]] std::string dialogFilter() const;
     [[nodiscard]] std::optional<std::string> askForName() const;
     [[nodiscard]] bool completeName(std::string& path) const;
     [[nodiscard]] bool mayReplace(const std::string& path) const;
+    enum class Overwriting { Agreed, SaveAs, Refused };
+    [[nodiscard]] bool isChangedByAnother(const std::string& path) const;
+    [[nodiscard]] Overwriting mayOverwrite(const std::string& path) const;
     [[nodiscard]] bool writeTo(const std::string& path);
     [[nodiscard]] std::optional<Loaded> readFrom(KOText& text, const std::string& path);
     /// Fills `loaded`, or gives the message of what is wrong with the file.
@@ -165,6 +179,7 @@ class History {
     bool replaying_ = false;
     bool saveDirty_ = false;
     std::string savePath_;
+    std::string fileMark_; // of what stood there when it was opened or saved last
     std::optional<std::int32_t> fileVersion_;
     DocumentJournal journal_;
 };

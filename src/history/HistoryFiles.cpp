@@ -2,6 +2,7 @@
 #include "base/Numbers.h"
 #include "base/Text.h"
 #include "base/TextLines.h"
+#include "history/FreezeScope.h"
 #include "history/History.h"
 #include "history/KOIO.h"
 #include "system/File.h"
@@ -35,16 +36,47 @@ bool isSound(const Header& header, int lines) {
 } // namespace
 
 void History::SaveHistory() {
-    if (savePath_.empty())
+    const Overwriting answer = savePath_.empty() ? Overwriting::SaveAs : mayOverwrite(savePath_);
+    if (answer == Overwriting::SaveAs)
         SaveHistoryAs();
-    else
+    else if (answer == Overwriting::Agreed)
         static_cast<void>(writeTo(savePath_)); // has told what went wrong
 }
 
 bool History::SaveHistoryAs() {
     Assert(!filter_.empty());
-    const std::optional<std::string> path = askForName();
-    return path && writeTo(*path);
+    while (const std::optional<std::string> path = askForName()) {
+        const Overwriting answer = mayOverwrite(*path);
+        if (answer != Overwriting::SaveAs)
+            return answer == Overwriting::Agreed && writeTo(*path);
+    }
+    return false;
+}
+
+/// Whether another program has written the document's file since it was opened or saved here.
+bool History::isChangedByAnother(const std::string& path) const {
+    if (path != savePath_)
+        return false;
+    const std::string mark = with_.text.FileMark(path);
+    return !mark.empty() && mark != fileMark_;
+}
+
+/// Whether what another program has written may go.
+History::Overwriting History::mayOverwrite(const std::string& path) const {
+    if (!isChangedByAnother(path))
+        return Overwriting::Agreed;
+    switch (with_.dialogs.Message(
+        {"Corvane",
+         KOIOFilename(path) + " was changed by another program.\r\n\r\nOverwrite puts your "
+                              "document in its place. Save As keeps both.",
+         MessageBox::Icon::Question, MessageBox::Buttons::YesNoCancel, "Overwrite", "Save As"})) {
+    case Answer::Yes:
+        return Overwriting::Agreed;
+    case Answer::No:
+        return Overwriting::SaveAs;
+    default:
+        return Overwriting::Refused;
+    }
 }
 
 /// Asks until the person is content with the name, or cancels.
@@ -77,6 +109,7 @@ bool History::completeName(std::string& path) const {
 bool History::mayReplace(const std::string& path) const {
     std::error_code error;
     return !std::filesystem::exists(path, error) ||
+           isChangedByAnother(path) || // which is another question
            with_.dialogs.AskAboutName(
                {"Save As",
                 KOIOFilename(path) + " already exists.\r\n\r\nDo you want to replace it?",
@@ -94,15 +127,14 @@ bool History::OpenHistory(std::string filename) {
                 return false;
             filename = *chosen;
         }
-        with_.pointer.set(true);
+        const BusyScope busy(with_.pointer);
         if (std::optional<Loaded> loaded = readFrom(with_.text, filename)) {
-            {
-                const FreezeScope frozen(*this);
-                replay(std::move(*loaded), filename);
-                journal_.Reset(filename);
-                replayed(filename);
-            }
-            with_.pointer.set(false);
+            const std::string mark = with_.text.Mark();
+            const FreezeScope frozen(*this);
+            replay(std::move(*loaded), filename);
+            fileMark_ = mark;
+            journal_.Reset(filename, fileMark_);
+            replayed(filename);
             opened = true;
         }
     }
@@ -156,7 +188,8 @@ bool History::writeTo(const std::string& path) {
     saveDirty_ = false;
     savePath_ = path;
     fileVersion_.reset();
-    journal_.Saved(path);
+    fileMark_ = with_.text.Mark();
+    journal_.Saved(path, fileMark_);
     SaveStateChanged.raise();
     UndoStateChanged.raise();
     FileSaved.raise(savePath_, previousFilename);
@@ -237,18 +270,17 @@ bool History::comesBack(const UndoableChange& change) {
 }
 
 void History::replay(Loaded loaded, const std::string& filename) {
+    const ReplayScope replaying(*this);
+    reset();
     savePath_ = filename;
     fileVersion_ = loaded.version;
     saveDirty_ = false;
-    replaying_ = true;
-    reset();
     changes_ = std::move(loaded.changes);
     while (position_ < loaded.position) {
         Redo(true);
         if (position_ == loaded.stopPoint)
             SetUndoStopPoint();
     }
-    replaying_ = false;
 }
 
 void History::replayed(const std::string& filename) {
@@ -266,8 +298,9 @@ bool History::Recover(KOText& lost, const std::string& path) {
     const FreezeScope frozen(*this);
     replay(std::move(*loaded), path);
     saveDirty_ = true;
-    journal_.Reset(path);
-    journal_.Begin(*this, path);
+    fileMark_ = with_.text.FileMark(path);
+    journal_.Reset(path, fileMark_);
+    journal_.Begin();
     replayed(path);
     return true;
 }

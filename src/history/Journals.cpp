@@ -54,6 +54,7 @@ std::shared_ptr<AppendedFile> Journals::Begin(std::string_view content) {
         tell();
     else
         sync_.Request(file);
+    Begun.raise();
     return file;
 }
 
@@ -69,6 +70,17 @@ bool Journals::Append(const std::shared_ptr<AppendedFile>& journal, std::string_
 void Journals::tell() {
     if (!std::exchange(told_, true))
         Failed.raise(std::strerror(errno));
+}
+
+void Journals::tellReplaced() {
+    if (!std::exchange(toldReplaced_, true))
+        Replaced.raise();
+}
+
+bool Journals::Look() {
+    bool any = false;
+    Looking.raise(any);
+    return any;
 }
 
 template<class Take>
@@ -114,20 +126,6 @@ std::vector<LostJournal> Journals::LostAndAside() {
     std::sort(all.begin(), all.end(),
               [](const LostJournal& a, const LostJournal& b) { return a.Name() < b.Name(); });
     return all;
-}
-
-std::uint64_t ContentSum(std::string_view bytes) {
-    std::uint64_t sum = 14695981039346656037U; // FNV-1a
-    for (const char c : bytes)
-        sum = (sum ^ static_cast<unsigned char>(c)) * 1099511628211U;
-    return sum;
-}
-
-std::string FileSum(FileDoor& files, const std::string& path) {
-    std::string bytes;
-    if (path.empty() || files.ReadWhole(path, bytes) != FileDoor::ReadResult::Done)
-        return {};
-    return std::to_string(bytes.size()) + "-" + std::to_string(ContentSum(bytes));
 }
 
 } // namespace corvane

@@ -29,13 +29,26 @@ class Journals {
 
     /// After a failure, how long until the next try.
     std::chrono::milliseconds RetryAfter{10000};
-    /// Why journals can't be written. Raised once, from within a change.
+    /// Why journals can't be written. Raised once, from within a change or a look.
     Event<const std::string&> Failed;
+    /// Something else has removed or cut a journal, and another one holds all again. Raised once.
+    Event<> Replaced;
+    /// There is something to look after.
+    Event<> Begun;
+    /// To those who write journals: look whether they are there still, and say if there are any.
+    Event<bool&> Looking;
+    /// To be called now and then while there is something to look after, which the result tells.
+    bool Look();
 
     /// A new journal that begins with this; nothing if it can't be had.
     [[nodiscard]] std::shared_ptr<AppendedFile> Begin(std::string_view content);
     /// Appends a line. False, and the journal stands as it was, if that can't be.
     [[nodiscard]] bool Append(const std::shared_ptr<AppendedFile>& journal, std::string_view line);
+
+    /// To be called when a journal was found to be gone.
+    void tellReplaced();
+    /// To be called when a journal can't be kept up; `errno` says why.
+    void tell();
 
     /// What programs that are gone have left, oldest first; the caller holds these journals then.
     /// What they had put aside longer than a week ago goes.
@@ -49,17 +62,12 @@ class Journals {
   private:
     template<class Take>
     void look(Take take);
-    void tell();
 
     std::filesystem::path folder_;
     FileDoor& files_;
     BackgroundSync sync_;
     bool told_ = false;
+    bool toldReplaced_ = false;
 };
-
-/// A number that stands for a content. Another content has almost surely another one.
-[[nodiscard]] std::uint64_t ContentSum(std::string_view bytes);
-/// The same of a file; nothing if it can't be read.
-[[nodiscard]] std::string FileSum(FileDoor& files, const std::string& path);
 
 } // namespace corvane

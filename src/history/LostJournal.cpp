@@ -1,5 +1,6 @@
 #include "history/LostJournal.h"
 
+#include "base/ContentMark.h"
 #include "base/Numbers.h"
 #include "base/TextLines.h"
 #include "history/DocumentJournal.h"
@@ -88,7 +89,7 @@ bool LostJournal::read(std::string_view bytes) {
         header[1] != std::to_string(DocumentJournal::FormatVersion))
         return false;
     documentPath_ = header[2];
-    sum_ = header[3];
+    mark_ = header[3];
     const std::vector<std::string> head = wordsOf(lines.next());
     if (head.size() != documentWords)
         return false;
@@ -116,12 +117,20 @@ bool LostJournal::read(std::string_view bytes) {
     return true;
 }
 
+std::int64_t LostJournal::Time() const {
+    struct stat status {};
+    return ::fstat(file_.get(), &status) == 0 ? status.st_mtim.tv_sec : 0;
+}
+
 bool LostJournal::isAside() const {
     return path_.extension() == Journals::AsideEnding;
 }
 
 std::string LostJournal::unchangedPath() const {
-    return FileSum(*files_, documentPath_) == sum_ ? documentPath_ : std::string();
+    std::string bytes;
+    const bool there = !documentPath_.empty() &&
+                       files_->ReadWhole(documentPath_, bytes) == FileDoor::ReadResult::Done;
+    return (there ? ContentMark(bytes) : std::string()) == mark_ ? documentPath_ : std::string();
 }
 
 bool LostJournal::isNothingLost() const {

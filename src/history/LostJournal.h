@@ -3,6 +3,7 @@
 #include "base/FileDoor.h"
 #include "base/Handle.h"
 
+#include <cstdint>
 #include <filesystem>
 #include <string>
 #include <string_view>
@@ -23,6 +24,8 @@ class LostJournal {
     [[nodiscard]] bool isSound() const { return sound_; }
     [[nodiscard]] const std::string& TypeCode() const { return typeCode_; }
     [[nodiscard]] int Length() const { return length_; } ///< Changes in all.
+    /// When something was last done to it, in seconds since 1970; 0 if that can't be told.
+    [[nodiscard]] std::int64_t Time() const;
     /// The document's file; empty for one that was never saved.
     [[nodiscard]] const std::string& documentPath() const { return documentPath_; }
     /// The same as long as that file is what the document was opened from or saved to, and
@@ -48,7 +51,7 @@ class LostJournal {
     std::string typeCode_;
     int length_ = 0;
     std::string documentPath_;
-    std::string sum_;
+    std::string mark_; // of the file that the document was opened from or saved to
     std::string document_;
 };
 

@@ -22,8 +22,8 @@ class TextChange : public Base {
         newValue_ = std::move(newValue);
     }
 
-    void Redo() override { document_->setData(index_, propertyName_, newValue_); }
-    void Undo() override { document_->setData(index_, propertyName_, oldValue_); }
+    void Redo() override { set(newValue_); }
+    void Undo() override { set(oldValue_); }
     void Serialize(std::string& prefix, std::vector<std::string>& Data) const override {
         prefix = Document::TextPrefix;
         Data = {std::to_string(index_), propertyName_, oldValue_, newValue_};
@@ -55,6 +55,12 @@ class TextChange : public Base {
     [[nodiscard]] const std::string& newValue() const { return newValue_; }
 
   private:
+    void set(const std::string& value) const {
+        const std::string before = document_->Data(index_, propertyName_);
+        AllOrNothing([&] { document_->setData(index_, propertyName_, value); },
+                     [&] { document_->setData(index_, propertyName_, before); });
+    }
+
     Document* document_ = nullptr;
     int index_ = 0;
     std::string propertyName_;

@@ -10,7 +10,8 @@ namespace corvane {
 class History;
 
 /// One change of a document, which can be taken back and written as a line of a file. It lives in
-/// its history until the document ends.
+/// its history until the document ends. `Redo` and `Undo` are done whole or, if they throw, not at
+/// all.
 class UndoableChange {
   public:
     virtual ~UndoableChange() = default;
@@ -27,6 +28,27 @@ class UndoableChange {
     /// it costs next to nothing.
     [[nodiscard]] virtual bool isApplicable() const = 0;
 };
+
+/// Does a step of taking something back, for which the way has failed already that it is on.
+template<class Step>
+void Despite(Step step) noexcept {
+    try {
+        step();
+    } catch (...) { // what was thrown first is what is told
+    }
+}
+
+/// Lets `act` change a document. If it throws, `takeBack` brings back what was there before. A
+/// document has done what it is told to do also when a listener throws.
+template<class Act, class TakeBack>
+void AllOrNothing(Act act, TakeBack takeBack) {
+    try {
+        act();
+    } catch (...) {
+        Despite(takeBack);
+        throw;
+    }
+}
 
 using UndoableChanges = std::vector<std::unique_ptr<UndoableChange>>;
 

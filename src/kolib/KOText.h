@@ -28,6 +28,12 @@ class KOText {
     virtual void SerWriteAddLine() = 0;
     /// 0: saved. Anything else: what stood at the path still stands there.
     [[nodiscard]] virtual int SerWriteSave(const std::string& path) = 0;
+
+    /// What stands for the content of a file as it is now; empty if there is no such file or it
+    /// can't be read.
+    [[nodiscard]] virtual std::string FileMark(const std::string& path) = 0;
+    /// The same of the file that was loaded or saved last, as it was then.
+    [[nodiscard]] virtual const std::string& Mark() const = 0;
 };
 
 } // namespace corvane

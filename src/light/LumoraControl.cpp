@@ -1,6 +1,7 @@
 #include "light/LumoraControl.h"
 
 #include "base/Numbers.h"
+#include "history/FreezeScope.h"
 #include "light/LumoraUndoableSegmentChange.h"
 
 namespace corvane {
@@ -206,21 +207,21 @@ void LumoraControl::UpdateTrackVisibility() {
     if (IsSimulating())
         return loadSimulator();
     const int active = ActiveChannel();
-    bool frozen = false;
-    for (int index = 1; index <= LumoraDocument::TrackCount; ++index) {
+    std::vector<int> changing;
+    const auto visible = [&](int index) {
         const int channel = LumoraDocument::channelOf(index);
         const bool bottomInForce =
             active == 0 && simulatedLevel_ <= document.settings(channel).tripPoint;
-        const bool visible =
-            active == 0 ? LumoraDocument::onStateOf(index) == bottomInForce : channel == active;
-        if (visible == tracks.TrackVisible(index))
-            continue;
-        if (!std::exchange(frozen, true))
-            document.HistoryObject().Freeze();
-        tracks.setTrackVisible(index, visible);
-    }
-    if (frozen)
-        document.HistoryObject().Unfreeze();
+        return active == 0 ? LumoraDocument::onStateOf(index) == bottomInForce : channel == active;
+    };
+    for (int index = 1; index <= LumoraDocument::TrackCount; ++index)
+        if (visible(index) != tracks.TrackVisible(index))
+            changing.push_back(index);
+    if (changing.empty())
+        return;
+    const FreezeScope frozen(document.HistoryObject());
+    for (const int index : changing)
+        tracks.setTrackVisible(index, visible(index));
 }
 
 void LumoraControl::loadSimulator() {
@@ -229,8 +230,7 @@ void LumoraControl::loadSimulator() {
 }
 
 void LumoraControl::changeTab() {
-    History& history = document.HistoryObject();
-    history.Freeze();
+    const FreezeScope frozen(document.HistoryObject());
     options.setChannel(ActiveChannel());
     if (std::exchange(simulating_, IsSimulating()) != simulating_) {
         simulator.Reset();
@@ -239,7 +239,6 @@ void LumoraControl::changeTab() {
     }
     Update();
     doLayout();
-    history.Unfreeze();
 }
 
 void LumoraControl::doLayout() {
@@ -348,11 +347,8 @@ bool LumoraControl::recordSegments(bool insert, int trackIndex,
 std::vector<LumoraSegment> LumoraControl::selectedSegments() const {
     const LumoraTrackEditor& editor = tracks.track(tracks.SelectedIndex());
     std::vector<LumoraSegment> segments;
-    for (const int index : editor.SelectedIndices()) {
-        const LumoraTrackElement& element = editor.track().GetTrack(index);
-        segments.push_back({index, element.brightness(), element.time(), element.functionCode(),
-                            element.brightness2()});
-    }
+    for (const int index : editor.SelectedIndices())
+        segments.push_back(LumoraSegment::of(editor.track(), index));
     return segments;
 }
 
@@ -363,7 +359,7 @@ void LumoraControl::addOrInsert(bool add) {
     showSelectedTrack();
     LumoraTrackEditor& editor = tracks.track(trackIndex);
     editor.Commit(); // what has been typed belongs to the segment that is copied
-    document.HistoryObject().Freeze();
+    const FreezeScope frozen(document.HistoryObject());
     const LumoraTrack& track = editor.track();
     const int selected = editor.SelectedIndex();
     LumoraSegment segment{0, track.Binary() ? 0 : 50, 1.0, {}, 0};
@@ -377,7 +373,6 @@ void LumoraControl::addOrInsert(bool add) {
     recordSegments(true, trackIndex, {std::move(segment)});
     editor.setSelectedIndex(position);
     FocusOn(SelectedChannel(), SelectedOnState(), editor.SelectedIndex());
-    document.HistoryObject().Unfreeze();
 }
 
 void LumoraControl::deleteSelected() {
@@ -390,7 +385,7 @@ void LumoraControl::deleteSelected() {
     const std::vector<LumoraSegment> segments = selectedSegments();
     if (segments.empty())
         return;
-    document.HistoryObject().Freeze();
+    const FreezeScope frozen(document.HistoryObject());
     int next = segments.back().index - static_cast<int>(segments.size()) + 1;
     recordSegments(false, trackIndex, segments);
     next = std::min(next, editor.track().GetTrackCount());
@@ -398,7 +393,6 @@ void LumoraControl::deleteSelected() {
         editor.setSelectedIndex(next);
         FocusOn(SelectedChannel(), SelectedOnState(), next);
     }
-    document.HistoryObject().Unfreeze();
 }
 
 /// Brings the tab to the front on which the person sees what is done to the selected segments.

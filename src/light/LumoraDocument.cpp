@@ -149,8 +149,16 @@ void LumoraDocument::resetToDefaults() {
     // The transmitter's range has come back already, by the undoing of every change.
     settings_ = {};
     simulator_.ResetToDefaults();
-    for (const auto& track : tracks_)
-        track->setLightColor(LumoraChannelSettings().lightColor);
+    std::exception_ptr failure; // which keeps none of the others back
+    for (const auto& track : tracks_) {
+        try {
+            track->setLightColor(LumoraChannelSettings().lightColor);
+        } catch (...) {
+            failure = std::current_exception();
+        }
+    }
+    if (failure != nullptr)
+        std::rethrow_exception(failure);
 }
 
 } // namespace corvane

@@ -43,19 +43,23 @@ int LumoraTrack::InsertTrack(int index, double time, int brightness,
     auto element = std::make_unique<LumoraTrackElement>(
         *this, time == -1 ? 1 : time, brightness == -1 ? 0 : brightness,
         binary_ ? std::string() : functionCode, binary_ || brightness2 == -1 ? 0 : brightness2);
-    functionChanges({}, element->functionCode());
+    const bool hasFunction = !element->functionCode().empty();
     elements_.insert(elements_.begin() + (index - 1), std::move(element));
+    functions_ += hasFunction ? 1 : 0;
     ends_.clear();
     SegmentInserted.raise(index);
     return index;
 }
 
 void LumoraTrack::RemoveTrack(int index) {
+    Assert(index >= 1 && index <= GetTrackCount());
+    const std::exception_ptr failure = SegmentRemoving.tell(index);
     functionChanges(GetTrack(index).functionCode(), {});
-    SegmentRemoving.raise(index);
     elements_.erase(elements_.begin() + (index - 1));
     ends_.clear();
     SegmentRemoved.raise(index);
+    if (failure != nullptr)
+        std::rethrow_exception(failure);
 }
 
 int LumoraTrack::BlockCount() const {

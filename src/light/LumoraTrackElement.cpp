@@ -42,11 +42,11 @@ void LumoraTrackElement::setBrightness2(int value) {
 }
 
 void LumoraTrackElement::setFunctionCode(const std::string& code) {
-    const std::string taken = Binary() ? std::string() : code;
+    std::string taken = Binary() ? std::string() : code;
     if (taken == functionCode_)
         return;
     track_.functionChanges(functionCode_, taken);
-    functionCode_ = taken;
+    functionCode_ = std::move(taken);
     track_.elementChanged(*this);
 }
 

@@ -20,8 +20,8 @@ class LumoraUndoableSegmentChange final : public LumoraUndoableChange {
         oldValue_ = Kind::taken(oldValue);
         newValue_ = Kind::taken(newValue);
     }
-    void Redo() override { Kind::assign(target(), newValue_); }
-    void Undo() override { Kind::assign(target(), oldValue_); }
+    void Redo() override { assign(newValue_); }
+    void Undo() override { assign(oldValue_); }
     void Serialize(std::string& prefix, std::vector<std::string>& Data) const override {
         prefix = Kind::Prefix;
         Data = {std::to_string(channel_), onState_ ? "1" : "0", std::to_string(element_),
@@ -40,8 +40,10 @@ class LumoraUndoableSegmentChange final : public LumoraUndoableChange {
 
   private:
     [[nodiscard]] bool isSound() const { return isChannel(channel_) && element_ >= 1; }
-    [[nodiscard]] LumoraTrackElement& target() const {
-        return document_->Channel(channel_, onState_).GetTrack(element_);
+    void assign(const Value& value) const {
+        LumoraTrackElement& target = document_->Channel(channel_, onState_).GetTrack(element_);
+        const Value before = Kind::of(target);
+        AllOrNothing([&] { Kind::assign(target, value); }, [&] { Kind::assign(target, before); });
     }
 
     LumoraDocument* document_ = nullptr;
@@ -58,6 +60,7 @@ struct Brightness {
     using Value = int;
     static constexpr std::string_view Prefix = "LumoraBrightness";
     static Value taken(Value value) { return value; }
+    static Value of(const LumoraTrackElement& element) { return element.brightness(); }
     static void assign(LumoraTrackElement& element, Value value) { element.setBrightness(value); }
     static std::string write(Value value) { return std::to_string(value); }
     static Value read(std::string_view text);
@@ -65,6 +68,7 @@ struct Brightness {
 
 struct Brightness2 : Brightness {
     static constexpr std::string_view Prefix = "LumoraBrightness2";
+    static Value of(const LumoraTrackElement& element) { return element.brightness2(); }
     static void assign(LumoraTrackElement& element, Value value) { element.setBrightness2(value); }
 };
 
@@ -72,6 +76,7 @@ struct Function {
     using Value = std::string;
     static constexpr std::string_view Prefix = "LumoraFunction";
     static Value taken(std::string_view value);
+    static const Value& of(const LumoraTrackElement& element) { return element.functionCode(); }
     static void assign(LumoraTrackElement& element, const Value& value) {
         element.setFunctionCode(value);
     }
@@ -83,6 +88,7 @@ struct Time {
     using Value = double;
     static constexpr std::string_view Prefix = "LumoraTime";
     static Value taken(Value value) { return value; }
+    static Value of(const LumoraTrackElement& element) { return element.time(); }
     static void assign(LumoraTrackElement& element, Value value) { element.setTime(value); }
     static std::string write(Value value);
     static Value read(std::string_view text);

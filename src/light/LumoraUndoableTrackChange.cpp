@@ -18,11 +18,22 @@ constexpr std::size_t HeadLength = 2;  // channel and state
 constexpr std::size_t PlainStride = 3; // index, brightness, time
 constexpr std::size_t FullStride = 5;  // and function, brightness2
 
+void insertInto(LumoraTrack& track, const LumoraSegment& segment) {
+    track.InsertTrack(segment.index, segment.time, segment.brightness, segment.function,
+                      segment.brightness2);
+}
+
 bool isFull(std::string_view prefix) {
     return prefix == FullInsertPrefix || prefix == FullRemovePrefix;
 }
 
 } // namespace
+
+LumoraSegment LumoraSegment::of(const LumoraTrack& track, int index) {
+    const LumoraTrackElement& element = track.GetTrack(index);
+    return {index, element.brightness(), element.time(), element.functionCode(),
+            element.brightness2()};
+}
 
 bool LumoraUndoableTrackChange::isPrefix(std::string_view prefix) {
     return prefix == InsertPrefix || prefix == RemovePrefix || isFull(prefix);
@@ -131,15 +142,36 @@ bool LumoraUndoableTrackChange::hasFunctions() const {
 
 void LumoraUndoableTrackChange::insert() const {
     LumoraTrack& track = document_->Channel(channel_, onState_);
-    for (const LumoraSegment& segment : segments_)
-        track.InsertTrack(segment.index, segment.time, segment.brightness, segment.function,
-                          segment.brightness2);
+    const int before = track.GetTrackCount();
+    AllOrNothing(
+        [&] {
+            for (const LumoraSegment& segment : segments_)
+                insertInto(track, segment);
+        },
+        [&] {
+            for (int done = track.GetTrackCount() - before; done > 0; --done)
+                Despite([&] { track.RemoveTrack(indexAt(done)); });
+        });
 }
 
 void LumoraUndoableTrackChange::remove() const {
     LumoraTrack& track = document_->Channel(channel_, onState_);
-    for (auto segment = segments_.rbegin(); segment != segments_.rend(); ++segment)
-        track.RemoveTrack(segment->index);
+    Assert(segments_.back().index <= track.GetTrackCount());
+    const int before = track.GetTrackCount();
+    std::vector<LumoraSegment> removed; // as they were, which a file need not tell
+    removed.reserve(segments_.size());
+    AllOrNothing(
+        [&] {
+            for (int left = count(); left > 0; --left) {
+                removed.push_back(LumoraSegment::of(track, indexAt(left)));
+                track.RemoveTrack(indexAt(left));
+            }
+        },
+        [&] {
+            removed.resize(static_cast<std::size_t>(before - track.GetTrackCount()));
+            for (; !removed.empty(); removed.pop_back())
+                Despite([&] { insertInto(track, removed.back()); });
+        });
 }
 
 } // namespace corvane

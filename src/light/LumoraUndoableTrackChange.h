@@ -12,6 +12,7 @@ struct LumoraSegment {
     std::string function;
     int brightness2 = 0;
 
+    [[nodiscard]] static LumoraSegment of(const LumoraTrack& track, int index);
     bool operator==(const LumoraSegment&) const = default;
 };
 
@@ -40,6 +41,10 @@ class LumoraUndoableTrackChange final : public LumoraUndoableChange {
   private:
     [[nodiscard]] bool isSound() const { return isChannel(channel_) && ascends(); }
     [[nodiscard]] bool fitsInto(int& present) const;
+    /// Of the n-th segment from 1.
+    [[nodiscard]] int indexAt(int n) const {
+        return segments_[static_cast<std::size_t>(n) - 1].index;
+    }
     [[nodiscard]] bool ascends() const;
     [[nodiscard]] bool hasFunctions() const;
     void insert() const;

@@ -18,8 +18,14 @@ class QuillonUndoablePWMChange final : public UndoableChange {
         program_ = &program;
         value_ = value;
     }
-    void Redo() override { program_->AddBlock(value_); }
-    void Undo() override { program_->RemoveBlock(); }
+    void Redo() override {
+        AllOrNothing([this] { program_->AddBlock(value_); }, [this] { program_->RemoveBlock(); });
+    }
+    void Undo() override {
+        const std::uint8_t removed = program_->blocks().Data(program_->blocks().Length());
+        AllOrNothing([this] { program_->RemoveBlock(); },
+                     [this, removed] { program_->AddBlock(removed); });
+    }
     void Serialize(std::string& prefix, std::vector<std::string>& Data) const override {
         prefix = Prefix;
         Data = {std::to_string(value_)};

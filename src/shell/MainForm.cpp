@@ -1,5 +1,6 @@
 #include "shell/MainForm.h"
 
+#include "history/FreezeScope.h"
 #include "history/Journals.h"
 #include "shell/KOFlash.h"
 #include "shell/Recovery.h"
@@ -106,20 +107,35 @@ void MainForm::Initialize(const std::string& fileToOpen) {
 void MainForm::connectJournals() {
     if (place_.journals == nullptr)
         return;
-    connections_.push_back(place_.journals->Failed.connect([this](const std::string& reason) {
-        whyNoJournals_ = reason;
-        tmrTell.setEnabled(true);
-    }));
-    connections_.push_back(tmrTell.Fired.connect([this] {
+    const auto on = [this](auto& event, auto react) {
+        connections_.push_back(event.connect(react));
+    };
+    const std::string folder = place_.journals->folder().string();
+    on(place_.journals->Failed, [this, folder](const std::string& reason) {
+        tellLater("Changes can't be kept safe from a crash, because the folder " + folder +
+                  " can't be written (" + reason +
+                  ").\r\n\r\nMake room on the disk or give yourself the rights, and save often "
+                  "until then.");
+    });
+    on(place_.journals->Replaced, [this, folder] {
+        tellLater("The copy that keeps your changes safe from a crash, in the folder " + folder +
+                  ", was removed or damaged by another program.\r\n\r\nA new one has been made, "
+                  "and nothing is lost. Save the document to be sure.");
+    });
+    on(place_.journals->Begun, [this] { tmrJournals.setEnabled(true); });
+    on(tmrJournals.Fired, [this] { tmrJournals.setEnabled(place_.journals->Look()); });
+    on(tmrTell.Fired, [this] {
         tmrTell.setEnabled(false);
-        place_.dialogs.Message(
-            {ProgramName,
-             "Changes can't be kept safe from a crash, because the folder " +
-                 place_.journals->folder().string() + " can't be written (" + whyNoJournals_ +
-                 ").\r\n\r\nMake room on the disk or give yourself the rights, and save often "
-                 "until then.",
-             MessageBox::Icon::Warning, MessageBox::Buttons::Ok});
-    }));
+        for (const std::string& text : std::exchange(toTell_, {}))
+            place_.dialogs.Message(
+                {ProgramName, text, MessageBox::Icon::Warning, MessageBox::Buttons::Ok});
+    });
+}
+
+/// Once what is going on is over.
+void MainForm::tellLater(std::string text) {
+    toTell_.push_back(std::move(text));
+    tmrTell.setEnabled(true);
 }
 
 void MainForm::OpenFile(const std::string& filename) {
@@ -315,8 +331,13 @@ void MainForm::toggleAutopatch() {
 }
 
 void MainForm::doLayout() {
-    if (history_ != nullptr)
-        history_->Freeze();
+    if (history_ == nullptr)
+        return layOut();
+    const FreezeScope frozen(*history_);
+    layOut();
+}
+
+void MainForm::layOut() {
     if (control() != nullptr) {
         BandPlace place;
         int freeHeight = clientSize_.height;
@@ -332,8 +353,6 @@ void MainForm::doLayout() {
         control()->setSize({clientSize_.width, std::max(0, freeHeight)});
     }
     LayoutChanged.raise();
-    if (history_ != nullptr)
-        history_->Unfreeze();
 }
 
 void MainForm::powerCycle() const {

@@ -73,12 +73,14 @@ class MainForm {
 
     MainMenu menu;
     Timer tmrUpdate{50, true};
-    Timer tmrTell{1, false}; ///< Tells what could not be told in the middle of a change.
+    Timer tmrTell{1, false};       ///< Tells what could not be told in the middle of a change.
+    Timer tmrJournals{500, false}; ///< Looks whether what keeps changes safe is there still.
     AboutForm about;
     DebugForm debugForm;
 
   private:
     void connectJournals();
+    void tellLater(std::string text);
     void connectMenu();
     void swapControl(std::unique_ptr<ProductControl>& current, const std::string& newName);
     void adoptOptionsMenu();
@@ -90,6 +92,7 @@ class MainForm {
     void updateOptionsMenu();
     void toggleAutopatch();
     void doLayout();
+    void layOut();
     void takeKeptSize();
     void keepSize() const;
     void powerCycle() const;
@@ -108,7 +111,7 @@ class MainForm {
     ClipboardCommands* clipboard_ = nullptr;
     History* history_ = nullptr;
     BottomBand* band_ = nullptr;
-    std::string whyNoJournals_;
+    std::vector<std::string> toTell_;
     std::string title_ = ProgramName;
     TwipSize clientSize_{11010, 7770};
     TwipSize usualSize_ = clientSize_;

@@ -1,15 +1,9 @@
 #include "system/AppendedFile.h"
 
-#include <algorithm>
-#include <array>
 #include <cerrno>
-#include <cstring>
 #include <fcntl.h>
-#include <linux/magic.h>
 #include <sys/file.h>
-#include <sys/mman.h>
 #include <sys/stat.h>
-#include <sys/vfs.h>
 #include <unistd.h>
 
 namespace corvane {
@@ -17,9 +11,6 @@ namespace corvane {
 namespace fs = std::filesystem;
 
 namespace {
-
-constexpr std::size_t FirstRoom = 64UL * 1024; // bytes
-constexpr std::size_t MostRoom = 4UL * 1024 * 1024;
 
 bool writeAt(int file, std::string_view bytes, std::size_t at) {
     while (!bytes.empty()) {
@@ -34,14 +25,11 @@ bool writeAt(int file, std::string_view bytes, std::size_t at) {
     return true;
 }
 
-/// Whether room that was set aside on the file's disk stays there, so that writing into it can't
-/// fail later. Not so where each writing of a block takes a new one.
-bool keepsItsRoom(int file) {
-    struct statfs disk {};
-    if (::fstatfs(file, &disk) != 0)
-        return false;
-    constexpr std::array kinds{EXT4_SUPER_MAGIC, XFS_SUPER_MAGIC, TMPFS_MAGIC};
-    return std::find(kinds.begin(), kinds.end(), disk.f_type) != kinds.end();
+/// Whether the file is the one under this name.
+bool stands(const Handle& file, const fs::path& path, struct stat& status) {
+    struct stat named {};
+    return ::fstat(file.get(), &status) == 0 && ::lstat(path.c_str(), &named) == 0 &&
+           named.st_ino == status.st_ino && named.st_dev == status.st_dev;
 }
 
 /// Gives a file without a name, or with one that is only its first, the first free name.
@@ -71,7 +59,8 @@ std::shared_ptr<AppendedFile> AppendedFile::Create(const fs::path& folder, std::
         file = Handle(::mkostemp(firstName.data(), O_CLOEXEC));
     }
     fs::path path;
-    if (file.valid() && writeAt(file.get(), content, 0) && ::flock(file.get(), LOCK_EX) == 0)
+    if (file.valid() && writeAt(file.get(), content, 0) &&
+        ::flock(file.get(), LOCK_EX | LOCK_NB) == 0)
         path = giveName(file, firstName, folder, ending);
     const int problem = errno;
     if (!firstName.empty())
@@ -83,45 +72,6 @@ std::shared_ptr<AppendedFile> AppendedFile::Create(const fs::path& folder, std::
 }
 
 bool AppendedFile::Append(std::string_view line) {
-    if (mapping_ && used_ + line.size() > windowEnd_ && !makeRoom(line.size()))
-        return false;
-    if (!mapping_)
-        return write(line);
-    // The end last: until it is there, the line does not count.
-    char* target = window_ + (used_ - windowStart_);
-    std::memcpy(target, line.data(), line.size() - 1);
-    std::atomic_signal_fence(std::memory_order_seq_cst);
-    target[line.size() - 1] = line.back();
-    used_ += line.size();
-    return true;
-}
-
-/// A call of the system for each line would cost more than all else that is done for it; memory
-/// that is a part of the file goes to the system without one. Its room is set aside on the disk
-/// before, so that it can't run out later.
-bool AppendedFile::makeRoom(std::size_t size) {
-    static const auto page = static_cast<std::size_t>(::sysconf(_SC_PAGESIZE));
-    unmap();
-    const std::size_t start = used_ / page * page;
-    const std::size_t room = std::clamp(used_, FirstRoom, MostRoom);
-    const std::size_t length = (used_ - start + std::max(size, room) + page - 1) / page * page;
-    mapping_ = keepsItsRoom(file_.get());
-    if (!mapping_)
-        return true;
-    if (::fallocate(file_.get(), 0, static_cast<off_t>(start), static_cast<off_t>(length)) != 0)
-        return false;
-    void* window = ::mmap(nullptr, length, PROT_READ | PROT_WRITE, MAP_SHARED | MAP_POPULATE,
-                          file_.get(), static_cast<off_t>(start));
-    mapping_ = window != MAP_FAILED;
-    if (mapping_) {
-        window_ = static_cast<char*>(window);
-        windowStart_ = start;
-        windowEnd_ = start + length;
-    }
-    return true;
-}
-
-bool AppendedFile::write(std::string_view line) {
     if (!writeAt(file_.get(), line, used_)) {
         const int problem = errno;
         static_cast<void>(!::ftruncate(file_.get(), static_cast<off_t>(used_)));
@@ -132,21 +82,29 @@ bool AppendedFile::write(std::string_view line) {
     return true;
 }
 
-void AppendedFile::Sync() const {
-    ::fdatasync(file_.get());
+bool AppendedFile::isUncut() const {
+    struct stat status {};
+    return ::fstat(file_.get(), &status) == 0 && status.st_nlink > 0 &&
+           static_cast<std::size_t>(status.st_size) == used_;
+}
+
+bool AppendedFile::isWhole() const {
+    struct stat status {};
+    return isUncut() && stands(file_, path_, status);
+}
+
+void AppendedFile::Sync() {
+    // Some file systems can't, and say so; that is no problem of this file.
+    if (::fdatasync(file_.get()) != 0 && (errno == EIO || errno == ENOSPC || errno == EDQUOT))
+        syncProblem_ = errno;
     const Handle folder(::open(path_.parent_path().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     ::fsync(folder.get()); // the name
 }
 
 void AppendedFile::Remove() {
-    ::unlink(path_.c_str());
-}
-
-void AppendedFile::unmap() {
-    if (window_ != nullptr)
-        ::munmap(window_, windowEnd_ - windowStart_);
-    window_ = nullptr;
-    windowStart_ = windowEnd_ = 0;
+    struct stat status {};
+    if (stands(file_, path_, status))
+        ::unlink(path_.c_str());
 }
 
 } // namespace corvane

@@ -11,9 +11,10 @@
 
 namespace corvane {
 
-/// A file of this user alone that lines are appended to, many a millisecond. What `Append` has
-/// returned from is with the system and outlives a killed program. Behind the lines there may stand
-/// NULs, which are room for more. The file is locked as long as this lives.
+/// A file of this user alone that lines are appended to. What `Append` has returned from is with
+/// the system and outlives a killed program. The file is locked as long as this lives. It is
+/// written through calls alone: memory that is a part of a file ends the program when another cuts
+/// the file short, or when its disk fails.
 class AppendedFile {
   public:
     /// A new file in the folder, with a name of its own and this ending, which has this content
@@ -22,15 +23,22 @@ class AppendedFile {
     Create(const std::filesystem::path& folder, std::string_view ending, std::string_view content);
     AppendedFile(Handle file, std::filesystem::path path, std::size_t size)
         : file_(std::move(file)), path_(std::move(path)), used_(size) {}
-    ~AppendedFile() { unmap(); }
     AppendedFile(const AppendedFile&) = delete;
     AppendedFile& operator=(const AppendedFile&) = delete;
 
-    /// Appends a line, which ends in a line feed and has no NUL. False, with what stood there as it
-    /// was, if there is no room; `errno` then says why.
+    /// Appends a line. False, with what stood there as it was, if there is no room or the disk
+    /// fails; `errno` then says why.
     [[nodiscard]] bool Append(std::string_view line);
+    /// Whether it still is a file somewhere and as long as what was appended. Costs next to
+    /// nothing.
+    [[nodiscard]] bool isUncut() const;
+    /// The same, and it stands under its name.
+    [[nodiscard]] bool isWhole() const;
     /// Forces all to the disk. Any thread may do that.
-    void Sync() const;
+    void Sync();
+    /// Why the disk did not take what was to be forced to it; 0 if it did.
+    [[nodiscard]] int syncProblem() const { return syncProblem_; }
+    /// Unless another file has taken the name.
     void Remove();
 
     /// Whether it has been marked since `takeMark`; marks it. Cheap, and for two threads.
@@ -38,17 +46,10 @@ class AppendedFile {
     void takeMark() { marked_ = false; }
 
   private:
-    [[nodiscard]] bool makeRoom(std::size_t size);
-    [[nodiscard]] bool write(std::string_view line);
-    void unmap();
-
     Handle file_;
     std::filesystem::path path_;
     std::size_t used_; // bytes
-    bool mapping_ = true;
-    char* window_ = nullptr; // on a part of the file
-    std::size_t windowStart_ = 0;
-    std::size_t windowEnd_ = 0;
+    std::atomic<int> syncProblem_ = 0;
     std::atomic<bool> marked_ = false;
 };
 

@@ -194,6 +194,47 @@ TEST_F(HistoryFiles, AFailedSaveLeavesEverythingAndCountsAsCancelled) {
     EXPECT_EQ(history.Length(), 1);
 }
 
+TEST_F(HistoryFiles, WhatAnotherProgramWroteIsNotLostUnasked) {
+    const std::string theirs = "Notes\t1\t1\t0\t2\nNote\ttheirs\n";
+    Notes other(person, person, files);
+    saveAs("a.note");
+    ASSERT_TRUE(other.history.OpenHistory(folder.path() / "a.note"));
+    notes.add("mine");
+    other.add("theirs");
+    other.history.SaveHistory(); // has it as it was opened
+    EXPECT_TRUE(person.messages.empty());
+    ASSERT_EQ(folder.content("a.note"), theirs);
+
+    history.SaveHistory(); // cancelled
+    ASSERT_EQ(person.messages.size(), 1U);
+    EXPECT_EQ(person.messages[0].yes, "Overwrite");
+    EXPECT_EQ(person.messages[0].no, "Save As");
+    EXPECT_EQ(person.takeMessage(),
+              "Corvane: a.note was changed by another program.\r\n\r\nOverwrite puts your document "
+              "in its place. Save As keeps both.");
+    EXPECT_EQ(folder.content("a.note"), theirs);
+    EXPECT_TRUE(history.SaveDirty());
+
+    person.answers = {Answer::No}; // then the same name, and again, and another
+    person.files = {folder.path() / "a.note", folder.path() / "b.note"};
+    person.answers.push_back(Answer::No);
+    history.SaveHistory();
+    EXPECT_EQ(folder.content("a.note"), theirs);
+    EXPECT_EQ(folder.content("b.note"), "Notes\t1\t1\t0\t2\nNote\tmine\n");
+    EXPECT_FALSE(history.SaveDirty());
+
+    folder.file("b.note", theirs);
+    person.answers = {Answer::Yes};
+    history.SaveHistory();
+    EXPECT_EQ(folder.content("b.note"), "Notes\t1\t1\t0\t2\nNote\tmine\n");
+    std::filesystem::remove(folder.path() / "b.note"); // nothing is there that could be lost
+    person.messages.clear();
+    history.SaveHistory();
+    history.SaveHistory();
+    EXPECT_TRUE(person.messages.empty());
+    EXPECT_TRUE(person.answers.empty());
+}
+
 TEST_F(HistoryFiles, NeedWhatTheProductSets) {
     Notes other(person, person, files);
     other.history.setFilter("");

@@ -155,6 +155,47 @@ TEST_F(JournalsTest, ATornLastLineIsDroppedAndAnythingElseRefuses) {
         EXPECT_EQ(documentOf(bad), "unsound") << bad;
 }
 
+TEST_F(JournalsTest, OneThatIsCutRemovedOrTakenIsBegunAnewAndToldOnce) {
+    int told = 0;
+    const Connection onReplaced = journals.Replaced.connect([&told] { ++told; });
+    EXPECT_FALSE(journals.Look()); // there is nothing to look after
+    notes->add("first");
+    const auto path = [this] { return state / names().at(0); };
+    const std::vector<std::function<void()>> harms{
+        [&] { fs::resize_file(path(), 0); },
+        [&] { fs::resize_file(path(), fs::file_size(path()) - 1); },
+        [&] { fs::remove(path()); },
+        [&] { fs::remove_all(state); },
+        [&] {
+            const fs::path same = path();
+            fs::remove(same);
+            leaveText("another's", same.filename());
+        },
+    };
+    for (const auto& harm : harms) {
+        harm();
+        notes->add("line");
+        notes->history.Undo();
+        EXPECT_TRUE(journals.Look());
+        std::string whole;
+        ASSERT_TRUE(notes->history.Compose(whole));
+        fs::create_directory(folder.path() / "kept");
+        Lines kept;
+        for (const std::string& name : names()) {
+            fs::copy_file(state / name, folder.path() / "kept" / name);
+            kept.push_back(
+                LostJournal(Handle(), (folder.path() / "kept" / name).string(), files).document());
+        }
+        fs::remove_all(folder.path() / "kept");
+        EXPECT_THAT(kept, testing::Contains(whole));
+    }
+    EXPECT_EQ(told, 1);
+    EXPECT_THAT(names(), SizeIs(2)); // nobody else's file has gone
+    saveAs("a.note");
+    EXPECT_FALSE(journals.Look());
+    EXPECT_THAT(names(), SizeIs(1));
+}
+
 TEST_F(JournalsTest, NobodyTakesWhatAnotherHolds) {
     notes->add("a");
     Journals second(state, files);

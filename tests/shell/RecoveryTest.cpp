@@ -210,5 +210,23 @@ TEST_F(RecoveryTest, AJournalThatCantBeWrittenIsToldOnceWhenTheChangeIsOver) {
     EXPECT_FALSE(form->tmrTell.Enabled());
 }
 
+TEST_F(RecoveryTest, AJournalThatIsGoneIsNoticedAndTold) {
+    start(desk.folder.file("a.relay", "Pactor\t0\t0\t0\t1\n"));
+    EXPECT_FALSE(form->tmrJournals.Enabled()); // there is nothing to look after
+    history().Record(std::make_unique<KODoNothingChange>());
+    ASSERT_TRUE(form->tmrJournals.Enabled());
+    EXPECT_LT(form->tmrJournals.Interval(), 1000);
+    fs::remove(journals.folder() / names().at(0));
+    form->tmrJournals.Fired.raise();
+    EXPECT_THAT(names(), SizeIs(1));
+    form->tmrTell.Fired.raise();
+    const Texts told = questions();
+    ASSERT_THAT(told, SizeIs(1));
+    EXPECT_THAT(told[0], testing::HasSubstr("nothing is lost"));
+    form->menu.mnuFileSave.choose();
+    form->tmrJournals.Fired.raise();
+    EXPECT_FALSE(form->tmrJournals.Enabled());
+}
+
 } // namespace
 } // namespace corvane

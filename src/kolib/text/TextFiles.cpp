@@ -1,6 +1,7 @@
 #include "kolib/text/TextFiles.h"
 
 #include "base/Assert.h"
+#include "base/ContentMark.h"
 
 namespace corvane {
 
@@ -21,6 +22,7 @@ int TextFiles::SerReadLoad(const std::string& path) {
     case FileDoor::ReadResult::Done:
         break;
     }
+    mark_ = ContentMark(bytes);
     std::optional<TextLines> lines = TextLines::parse(std::move(bytes));
     if (!lines)
         return Failed;
@@ -56,7 +58,16 @@ void TextFiles::SerWriteAddLine() {
 }
 
 int TextFiles::SerWriteSave(const std::string& path) {
-    return writable_ && files_.ReplaceWhole(path, written_) ? Done : Failed;
+    if (!writable_ || !files_.ReplaceWhole(path, written_))
+        return Failed;
+    mark_ = ContentMark(written_);
+    return Done;
+}
+
+std::string TextFiles::FileMark(const std::string& path) {
+    std::string bytes;
+    return files_.ReadWhole(path, bytes) == FileDoor::ReadResult::Done ? ContentMark(bytes)
+                                                                       : std::string();
 }
 
 } // namespace corvane

@@ -25,11 +25,15 @@ class TextFiles final : public KOText {
     void SerWriteAddLine() override;
     [[nodiscard]] int SerWriteSave(const std::string& path) override;
 
+    [[nodiscard]] std::string FileMark(const std::string& path) override;
+    [[nodiscard]] const std::string& Mark() const override { return mark_; }
+
   private:
     FileDoor& files_;
     TextLines lines_;
     std::vector<std::string> line_;
     std::string written_;
+    std::string mark_;
     bool writable_ = true; // all that was added is text
 };
 

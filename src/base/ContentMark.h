@@ -1,0 +1,18 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace corvane {
+
+/// A short text that stands for a content: another content has almost surely another one. Never
+/// empty.
+[[nodiscard]] inline std::string ContentMark(std::string_view bytes) {
+    std::uint64_t sum = 14695981039346656037U; // FNV-1a
+    for (const char c : bytes)
+        sum = (sum ^ static_cast<unsigned char>(c)) * 1099511628211U;
+    return std::to_string(bytes.size()) + "-" + std::to_string(sum);
+}
+
+} // namespace corvane
