@@ -1,6 +1,7 @@
 #include "light/LumoraScrollableTracks.h"
 
 #include "base/Assert.h"
+#include "history/FreezeScope.h"
 
 #include <algorithm>
 #include <cmath>
@@ -150,18 +151,45 @@ void LumoraScrollableTracks::contentChanged(int trackIndex) {
 }
 
 void LumoraScrollableTracks::setTimeScale(float scale) {
-    timeScale_ = scale;
+    timeScale_ = withinWidth(scale);
     for (const Place& p : tracks_)
         p.editor->rearrange();
-    const auto widest = static_cast<float>(widestTrack());
-    constexpr auto most = static_cast<float>(TwipsPerPixel * MostPixels);
-    if (widest > most) {
-        const float fitting = timeScale_ * most / widest;
-        if (fitting != timeScale_)
-            return setTimeScale(fitting);
-    }
     updateScroll();
     LayoutChanged.raise();
+}
+
+double LumoraScrollableTracks::widestAt(float scale) const {
+    double widest = 0;
+    for (const Place& p : tracks_)
+        if (p.visible)
+            widest = std::max(widest, p.editor->ContentWidthAt(scale));
+    return widest;
+}
+
+/// The scale, or one at which the widest track is just not too wide.
+float LumoraScrollableTracks::withinWidth(float scale) const {
+    constexpr double most = TwipsPerPixel * MostPixels;
+    constexpr int mostSteps = 8; // a few are enough, unless roundings make up most of the width
+    for (int step = 0; step < mostSteps; ++step) {
+        const double widest = widestAt(scale);
+        if (widest <= most)
+            return scale;
+        const float narrower = static_cast<float>(scale * most / widest);
+        if (narrower == scale)
+            return scale;
+        scale = narrower;
+    }
+    // A segment is rounded up by half a twip at most, and one of less than that has no width.
+    constexpr double noWidth = 0.49 / LumoraTrackElement::MaxTime;
+    for (const Place& p : tracks_) {
+        const double seconds =
+            p.visible ? p.editor->ContentWidthAt(HighestScale) / HighestScale : 0;
+        const double roundings = p.editor->track().GetTrackCount() / 2.0 + 1;
+        if (seconds > 0)
+            scale = std::min(scale,
+                             static_cast<float>(std::max((most - roundings) / seconds, noWidth)));
+    }
+    return scale;
 }
 
 float LumoraScrollableTracks::ClampZoom(float value) {
@@ -169,17 +197,15 @@ float LumoraScrollableTracks::ClampZoom(float value) {
 }
 
 void LumoraScrollableTracks::ZoomIn() {
-    history_.Freeze();
+    const FreezeScope frozen(history_);
     setTimeScale(ClampZoom(2 * timeScale_));
     FocusOnSelection();
-    history_.Unfreeze();
 }
 
 void LumoraScrollableTracks::ZoomOut() {
-    history_.Freeze();
+    const FreezeScope frozen(history_);
     setTimeScale(ClampZoom(timeScale_ / 2));
     FocusOnSelection();
-    history_.Unfreeze();
 }
 
 void LumoraScrollableTracks::ZoomToDefault() {
@@ -189,18 +215,29 @@ void LumoraScrollableTracks::ZoomToDefault() {
 
 void LumoraScrollableTracks::ZoomToFit() {
     fitWhenSized_ = width_ == 0;
-    const int contentWidth = widestTrack();
-    if (contentWidth <= 0 || fitWhenSized_)
+    if (widestAt(timeScale_) <= 0 || fitWhenSized_)
         return;
-    const float fitting = std::floor(
-        ClampZoom(static_cast<float>(width_) * timeScale_ / static_cast<float>(contentWidth)));
+    const float fitting = fittingScale();
     if (fitting == timeScale_)
         return;
-    history_.Freeze();
+    const FreezeScope frozen(history_);
     setTimeScale(fitting);
-    if (width_ < widestTrack())
-        ZoomToFit();
-    history_.Unfreeze();
+}
+
+/// The scale at which the widest track fills the room, or as near to it as the limits allow. Widths
+/// are rounded segment by segment, so that the first one worked out may be a little too wide.
+float LumoraScrollableTracks::fittingScale() const {
+    float scale = timeScale_;
+    for (bool first = true;; first = false) {
+        const double widest = widestAt(scale);
+        if (widest <= 0 || (!first && widest <= width_))
+            return scale;
+        const float fitting = withinWidth(std::floor(
+            ClampZoom(static_cast<float>(width_ * static_cast<double>(scale) / widest))));
+        if (first ? fitting == scale : fitting >= scale)
+            return scale;
+        scale = fitting;
+    }
 }
 
 void LumoraScrollableTracks::ZoomAbout(float factor, int x) {
@@ -231,13 +268,11 @@ void LumoraScrollableTracks::Show(int trackIndex, int elementIndex) {
 void LumoraScrollableTracks::FocusOn(int trackIndex, int elementIndex, Moved moved) {
     if (trackIndex == 0 || elementIndex == 0)
         return;
-    history_.Freeze();
+    const FreezeScope frozen(history_);
     Show(trackIndex, elementIndex);
-    history_.QuickUnfreeze();
+    const ThawScope shown(history_);
     takeFocus(trackIndex);
     track(trackIndex).FocusOn(elementIndex, moved);
-    history_.QuickFreeze();
-    history_.Unfreeze();
 }
 
 void LumoraScrollableTracks::FocusOnSelection() {

@@ -100,6 +100,9 @@ class LumoraScrollableTracks {
     [[nodiscard]] const Place& place(int index) const;
     [[nodiscard]] Place& place(int index);
     [[nodiscard]] int widestTrack() const;
+    [[nodiscard]] double widestAt(float scale) const;
+    [[nodiscard]] float withinWidth(float scale) const;
+    [[nodiscard]] float fittingScale() const;
     void stack();
     void updateScrollUnit(int contentWidth);
     void updateScroll();

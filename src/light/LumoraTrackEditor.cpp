@@ -4,6 +4,7 @@
 #include "light/LumoraScrollableTracks.h"
 
 #include <algorithm>
+#include <limits>
 
 namespace corvane {
 
@@ -65,11 +66,18 @@ void LumoraTrackEditor::rearrange(int fromIndex) const {
         rights_.resize(known);
 }
 
-int LumoraTrackEditor::widthOf(int index) const {
+int LumoraTrackEditor::widthOf(int index, float scale) const {
     const LumoraTrackElement& element = track_.GetTrack(index);
     const bool worked = block_ != nullptr && &block_->element() == &element;
-    return RoundToInteger(static_cast<double>(set_.TimeScale()) *
+    return RoundToInteger(static_cast<double>(scale) *
                           (worked ? block_->shownTime() : element.time()));
+}
+
+double LumoraTrackEditor::ContentWidthAt(float scale) const {
+    double width = 0;
+    for (int index = 1; index <= track_.GetTrackCount(); ++index)
+        width += widthOf(index, scale);
+    return width;
 }
 
 int LumoraTrackEditor::rightOf(int index) const {
@@ -77,7 +85,8 @@ int LumoraTrackEditor::rightOf(int index) const {
         return 0;
     while (static_cast<int>(rights_.size()) < index) {
         const int left = rights_.empty() ? 0 : rights_.back();
-        rights_.push_back(left + widthOf(static_cast<int>(rights_.size()) + 1));
+        const int width = widthOf(static_cast<int>(rights_.size()) + 1, set_.TimeScale());
+        rights_.push_back(left + std::min(width, std::numeric_limits<int>::max() - left));
     }
     return rights_[static_cast<std::size_t>(index) - 1];
 }

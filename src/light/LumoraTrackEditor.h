@@ -34,7 +34,10 @@ class LumoraTrackEditor {
     /// The segment's selection is to be marked on the screen.
     [[nodiscard]] bool isMarked(int index) const;
 
+    /// Limited to what an integer holds.
     [[nodiscard]] int ContentWidth() const { return rightOf(track_.GetTrackCount()); }
+    /// What it would be, without that limit, at another scale.
+    [[nodiscard]] double ContentWidthAt(float scale) const;
     [[nodiscard]] int GetTrackLeft(int index) const { return rightOf(index - 1); }
     [[nodiscard]] int GetTrackWidth(int index) const { return rightOf(index) - rightOf(index - 1); }
     /// The segment at a distance from the track's beginning; 0 outside.
@@ -63,7 +66,7 @@ class LumoraTrackEditor {
 
   private:
     [[nodiscard]] int rightOf(int index) const;
-    [[nodiscard]] int widthOf(int index) const;
+    [[nodiscard]] int widthOf(int index, float scale) const;
     void clickRule(int index, Moved moved);
     void setFocus(int index);
     void MyMessenger_MessageReceived(std::string_view message, const void* sender,

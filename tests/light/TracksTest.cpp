@@ -1,3 +1,4 @@
+#include "history/FreezeScope.h"
 #include "support/LightBench.h"
 
 #include <gmock/gmock.h>
@@ -90,6 +91,34 @@ TEST_F(TracksTest, ZoomWithinTheirLimits) {
     EXPECT_GT(track(1).ContentWidth(), 8500);
     EXPECT_EQ(LumoraScrollableTracks::ClampZoom(1e30F), 307200);
     EXPECT_EQ(LumoraScrollableTracks::ClampZoom(-1), 18.75);
+}
+
+TEST_F(TracksTest, NoLengthIsTooMuchToZoom) {
+    // Where roundings up and down make up little and much of the width, and beyond all limits.
+    for (const auto& [count, seconds] :
+         {std::pair(5500, 2.5), std::pair(13000, 1.3), std::pair(30000, 0.03),
+          std::pair(300000, 2.5), std::pair(600000, 2.5)}) {
+        {
+            const FreezeScope frozen(history);
+            LumoraTrack& track = document.track(1);
+            while (track.GetTrackCount() > 0)
+                track.RemoveTrack(track.GetTrackCount());
+            for (int i = 0; i < count; ++i)
+                track.AddTrack(seconds, 50);
+        }
+        for (const auto zoom :
+             {&LumoraScrollableTracks::ZoomToFit, &LumoraScrollableTracks::ZoomIn,
+              &LumoraScrollableTracks::ZoomToDefault, &LumoraScrollableTracks::ZoomToFit,
+              &LumoraScrollableTracks::ZoomOut}) {
+            (tracks.*zoom)();
+            EXPECT_LE(this->track(1).ContentWidth(), 15 * 16383) << count << " of " << seconds;
+            EXPECT_GT(tracks.TimeScale(), 0);
+        }
+        tracks.ZoomToFit();
+        const float fitting = tracks.TimeScale();
+        tracks.ZoomToFit();
+        EXPECT_EQ(tracks.TimeScale(), fitting) << count << " of " << seconds;
+    }
 }
 
 TEST_F(TracksTest, ZoomAboutThePointer) {
