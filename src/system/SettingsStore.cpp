@@ -6,8 +6,10 @@
 #include "system/UserFolders.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <fcntl.h>
 #include <sys/file.h>
+#include <thread>
 
 namespace corvane {
 
@@ -100,12 +102,23 @@ SettingKeys SettingsStore::read() {
     return std::move(read.keys);
 }
 
-Handle SettingsStore::acquire() const {
+Handle SettingsStore::acquire() {
+    constexpr std::chrono::milliseconds step{5};
     if (!MakePrivateFolder(folder_))
         return {};
-    Handle lock(::open((folder_ / "settings.lock").c_str(), O_CREAT | O_RDWR | O_CLOEXEC, 0600));
-    if (lock.valid())
-        ::flock(lock.get(), LOCK_EX);
+    Handle lock(::open((folder_ / "settings.lock").c_str(),
+                       O_CREAT | O_RDWR | O_CLOEXEC | O_NONBLOCK, 0600));
+    if (!lock.valid())
+        return {};
+    std::chrono::milliseconds left = impatient_ ? step : Patience;
+    while (::flock(lock.get(), LOCK_EX | LOCK_NB) != 0) {
+        left -= step;
+        impatient_ = left <= left.zero();
+        if (impatient_ || (errno != EWOULDBLOCK && errno != EINTR))
+            return {};
+        std::this_thread::sleep_for(step);
+    }
+    impatient_ = false;
     return lock;
 }
 

@@ -3,6 +3,7 @@
 #include "base/FileDoor.h"
 #include "base/Handle.h"
 
+#include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <map>
@@ -37,10 +38,14 @@ struct ReadSettings {
 /// The user's settings in one file, which several running programs may share. Each reading sees
 /// the file as it is then; each change is made under a lock and replaces the file whole. Of a
 /// damaged file a copy is kept under another name, and what can be read counts.
+/// A lock that another program does not let go makes a change fail, and costs no more than the
+/// patience: what is asked for next does not wait again, until the lock could be had.
 class SettingsStore {
   public:
     /// The folder is made when something is first written.
     SettingsStore(std::filesystem::path folder, FileDoor& files);
+
+    std::chrono::milliseconds Patience{500};
 
     [[nodiscard]] SettingKeys read();
     /// Lets `change` work on the current settings and writes them if they differ then. False if
@@ -59,10 +64,11 @@ class SettingsStore {
     [[nodiscard]] std::filesystem::path file() const { return folder_ / "settings"; }
 
   private:
-    [[nodiscard]] Handle acquire() const;
+    [[nodiscard]] Handle acquire();
 
     std::filesystem::path folder_;
     FileDoor& files_;
+    bool impatient_ = false;
 };
 
 } // namespace corvane
