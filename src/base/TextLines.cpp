@@ -109,6 +109,11 @@ std::optional<TextLines> TextLines::parse(std::string bytes) {
     for (std::size_t at = 0; at < bytes.size();) {
         const std::size_t feed = bytes.find('\n', at);
         const std::size_t end = feed == std::string::npos ? bytes.size() : feed + 1;
+        if (end - at >= MostArguments && // with fewer characters there can't be more
+            std::count(bytes.begin() + static_cast<std::ptrdiff_t>(at),
+                       bytes.begin() + static_cast<std::ptrdiff_t>(end),
+                       '\t') >= static_cast<std::ptrdiff_t>(MostArguments))
+            return std::nullopt;
         if (!plain && !isSoundLine(withoutEnd(std::string_view(bytes).substr(at, end - at))))
             return std::nullopt;
         lines.starts_.push_back(at);
@@ -135,6 +140,8 @@ void TextLines::read(std::size_t line, std::vector<std::string>& arguments) cons
 }
 
 bool TextLines::append(std::string& target, const std::vector<std::string>& arguments) {
+    if (arguments.size() > MostArguments)
+        return false;
     const std::size_t before = target.size();
     for (std::size_t i = 0; i < arguments.size(); ++i) {
         if (i > 0)
@@ -151,7 +158,7 @@ bool TextLines::append(std::string& target, const std::vector<std::string>& argu
 bool TextLines::append(std::string& target, const std::string& first,
                        const std::vector<std::string>& others) {
     const std::size_t before = target.size();
-    if (escape(first, target)) {
+    if (others.size() < MostArguments && escape(first, target)) {
         target += '\t';
         if (append(target, others)) {
             if (others.empty())

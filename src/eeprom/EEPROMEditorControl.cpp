@@ -69,7 +69,7 @@ int EEPROMEditorControl::indexOf(const void* entry) const {
         return slot.entry.get() == entry;
     });
     Assert(place != slots_.end());
-    return static_cast<int>(place - slots_.begin()) + 1;
+    return static_cast<int>(std::distance(slots_.begin(), place)) + 1;
 }
 
 int EEPROMEditorControl::rowOf(const EEPROMEntry& entry) const {
@@ -78,15 +78,14 @@ int EEPROMEditorControl::rowOf(const EEPROMEntry& entry) const {
 }
 
 void EEPROMEditorControl::addEntry(int index) {
-    slots_.insert(slots_.begin() + (index - 1), Slot{++lastId_, false, nullptr});
+    slots_.insert(static_cast<std::size_t>(index) - 1, Slot{++lastId_, false, nullptr});
     rows_.clear();
     arrangementChanged();
 }
 
 void EEPROMEditorControl::removeEntry(int index) {
-    const auto place = slots_.begin() + (index - 1);
-    const std::unique_ptr<EEPROMEntry> leaving = std::move(place->entry);
-    slots_.erase(place);
+    const std::unique_ptr<EEPROMEntry> leaving =
+        slots_.take(static_cast<std::size_t>(index) - 1).entry;
     rows_.clear();
     if (leaving != nullptr)
         EntryLeaving.raise(*leaving);
@@ -126,10 +125,11 @@ void EEPROMEditorControl::rearrange() {
     arrangementDue_ = false;
     EntryArrangement arrangement = Arrange(document);
     rows_ = std::move(arrangement.order);
-    for (std::size_t i = 0; i < slots_.size(); ++i) {
-        slots_[i].conflicts = arrangement.conflicts[i];
-        if (slots_[i].entry != nullptr)
-            slots_[i].entry->setAddressConflicts(slots_[i].conflicts);
+    std::size_t i = 0;
+    for (Slot& slot : slots_) {
+        slot.conflicts = arrangement.conflicts[i++];
+        if (slot.entry != nullptr)
+            slot.entry->setAddressConflicts(slot.conflicts);
     }
     nameOverlaps();
     updateScrolling();

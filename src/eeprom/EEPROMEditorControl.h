@@ -103,7 +103,7 @@ class EEPROMEditorControl final : public ProductControl {
         bool conflicts = false;
         std::unique_ptr<EEPROMEntry> entry; // once asked for
     };
-    std::vector<Slot> slots_;
+    BlockSequence<Slot> slots_;
     int lastId_ = 0;
     std::vector<int> rows_;
     bool frozen_ = false;

@@ -43,13 +43,13 @@ void KOEEPROMDocument::AddField(int insertBefore, EEPROMVariable variable) {
     const IBinHexTextBoxConverter* type = FindConverter(variable.DataType);
     Assert(type != nullptr);
     variable.DataType = type->Name();
-    entries_.insert(entries_.begin() + (insertBefore - 1), std::move(variable));
+    entries_.insert(static_cast<std::size_t>(insertBefore) - 1, std::move(variable));
     EntryAdded.raise(insertBefore);
 }
 
 void KOEEPROMDocument::RemoveField(int location) {
     Assert(location >= 1 && location <= EntryCount());
-    entries_.erase(entries_.begin() + (location - 1));
+    static_cast<void>(entries_.take(static_cast<std::size_t>(location) - 1));
     EntryRemoved.raise(location);
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/BlockSequence.h"
 #include "eeprom/BinHexTextBoxConverters.h"
 #include "history/History.h"
 
@@ -61,7 +62,7 @@ class KOEEPROMDocument final : public HistoryHost {
   private:
     [[nodiscard]] EEPROMVariable& writable(int index);
 
-    std::vector<EEPROMVariable> entries_;
+    BlockSequence<EEPROMVariable> entries_;
     History history_;
 };
 

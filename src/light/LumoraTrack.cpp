@@ -27,10 +27,13 @@ LumoraTrackElement& LumoraTrack::GetTrack(int index) const {
 }
 
 int LumoraTrack::indexOf(const LumoraTrackElement& element) const {
-    const auto found =
-        std::find_if(elements_.begin(), elements_.end(),
-                     [&element](const auto& candidate) { return candidate.get() == &element; });
-    return found == elements_.end() ? 0 : static_cast<int>(found - elements_.begin()) + 1;
+    int index = 0;
+    for (const auto& candidate : elements_) {
+        ++index;
+        if (candidate.get() == &element)
+            return index;
+    }
+    return 0;
 }
 
 int LumoraTrack::AddTrack(double time, int brightness) {
@@ -44,7 +47,7 @@ int LumoraTrack::InsertTrack(int index, double time, int brightness,
         *this, time == -1 ? 1 : time, brightness == -1 ? 0 : brightness,
         binary_ ? std::string() : functionCode, binary_ || brightness2 == -1 ? 0 : brightness2);
     const bool hasFunction = !element->functionCode().empty();
-    elements_.insert(elements_.begin() + (index - 1), std::move(element));
+    elements_.insert(static_cast<std::size_t>(index) - 1, std::move(element));
     functions_ += hasFunction ? 1 : 0;
     ends_.clear();
     SegmentInserted.raise(index);
@@ -55,7 +58,7 @@ void LumoraTrack::RemoveTrack(int index) {
     Assert(index >= 1 && index <= GetTrackCount());
     const std::exception_ptr failure = SegmentRemoving.tell(index);
     functionChanges(GetTrack(index).functionCode(), {});
-    elements_.erase(elements_.begin() + (index - 1));
+    const auto leaving = elements_.take(static_cast<std::size_t>(index) - 1);
     ends_.clear();
     SegmentRemoved.raise(index);
     if (failure != nullptr)

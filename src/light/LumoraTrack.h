@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/BlockSequence.h"
 #include "base/Event.h"
 #include "light/LumoraTrackElement.h"
 
@@ -66,7 +67,7 @@ class LumoraTrack {
     bool topTrack_;
     bool binary_ = false;
     int lightColor_ = 0xFFFFFF;
-    std::vector<std::unique_ptr<LumoraTrackElement>> elements_;
+    BlockSequence<std::unique_ptr<LumoraTrackElement>> elements_;
     int functions_ = 0; // segments that have one
     // Worked out when they are asked for.
     mutable std::vector<double> ends_; // of the segments, in seconds

@@ -21,9 +21,9 @@ LumoraTrackEditor::LumoraTrackEditor(LumoraScrollableTracks& set, int trackIndex
             setSelectedIndex(index - 1);
         if (block_ != nullptr && &block_->element() == &track_.GetTrack(index))
             block_.reset();
-        selection_.removed(index);
     }));
     connections_.push_back(track.SegmentRemoved.connect([this](int index) {
+        selection_.removed(index);
         rearrange(index);
         set_.contentChanged(trackIndex_);
         selectionChanged();

@@ -3,6 +3,8 @@
 
 #include <gmock/gmock.h>
 
+#include <random>
+
 namespace corvane {
 namespace {
 
@@ -167,6 +169,65 @@ TEST_F(TracksTest, AClickSelectsExtendsOrToggles) {
     desk.keys.ctrl = false;
     editor.press(5); // it has the focus already, and the click counts all the same
     EXPECT_THAT(editor.SelectedIndices(), ElementsAre(5));
+}
+
+TEST(TrackSelection, IsWhatAFlagForEachSegmentWouldBe) {
+    TrackSelection selection;
+    std::vector<bool> flags;
+    std::mt19937 random(5);
+    const auto below = [&random](std::size_t limit) { return static_cast<int>(random() % limit); };
+    for (int i = 0; i < 20000; ++i) {
+        const int size = static_cast<int>(flags.size());
+        const int index = below(flags.size() + 1) + 1;
+        const auto at = flags.begin() + (index - 1);
+        switch (below(size < 12 ? 4 : 8)) {
+        case 0:
+        case 1:
+            selection.inserted(index);
+            flags.insert(at, false);
+            break;
+        case 2:
+            selection.selectOnly(index);
+            std::fill(flags.begin(), flags.end(), false);
+            if (index <= size)
+                flags[static_cast<std::size_t>(index) - 1] = true;
+            break;
+        case 3:
+        case 4:
+        case 5:
+            if (index <= size)
+                *at = !*at;
+            selection.set(index, index <= size && *at);
+            break;
+        case 6:
+            if (index <= size) {
+                selection.removed(index);
+                flags.erase(at);
+            }
+            break;
+        default:
+            if (index <= size && selection.count() > 0) {
+                const auto first = std::find(flags.begin(), flags.end(), true);
+                const auto end = at < first   ? std::find(first, flags.end(), false)
+                                 : at > first ? at + 1
+                                              : std::find(first, flags.end(), false);
+                const auto begin = std::min(first, at);
+                std::fill(flags.begin(), begin, false);
+                std::fill(begin, end, true);
+                std::fill(end, flags.end(), false);
+                selection.extendTo(index);
+            }
+        }
+        std::vector<int> expected;
+        for (std::size_t n = 0; n < flags.size(); ++n) {
+            ASSERT_EQ(selection.isSelected(static_cast<int>(n) + 1), flags[n]);
+            if (flags[n])
+                expected.push_back(static_cast<int>(n) + 1);
+        }
+        ASSERT_EQ(selection.indices(), expected);
+        ASSERT_EQ(selection.count(), static_cast<int>(expected.size()));
+        ASSERT_EQ(selection.first(), expected.empty() ? 0 : expected.front());
+    }
 }
 
 TEST_F(TracksTest, ASelectionLivesInOneTrack) {
