@@ -235,7 +235,7 @@ void LumoraControl::changeTab() {
     if (std::exchange(simulating_, IsSimulating()) != simulating_) {
         simulator.Reset();
         loadSimulator();
-        simulatorControl.redraw(); // colours may have changed meanwhile
+        simulatorControl.refresh(); // much may have changed meanwhile
     }
     Update();
     doLayout();
@@ -249,6 +249,7 @@ void LumoraControl::doLayout() {
         button->setEnabled(withTracks, noTracks);
     TracksFrame.setVisible(withTracks);
     SimulatorFrame.setVisible(IsSimulating());
+    simulatorControl.setShown(IsSimulating());
     simulatorControl.setAutoUpdate(IsSimulating());
     if (!IsSimulating())
         simulatorControl.cancelDrag();

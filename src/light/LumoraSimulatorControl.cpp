@@ -27,6 +27,10 @@ std::string lensName(int channel) {
     return "Lens " + std::to_string(channel);
 }
 
+std::string imageName(int channel) {
+    return channel == 0 ? BackgroundName : lightName(channel);
+}
+
 /// Half of what is left beside something centred.
 int margin(int room, int size) {
     return (room - size) / 2;
@@ -52,6 +56,12 @@ LumoraSimulatorControl::LumoraSimulatorControl(const Surroundings& surroundings)
     };
     on(with_.document.SettingChanged,
        [this](std::string_view name, int channel) { settingChanged(name, channel); });
+    History& history = with_.document.HistoryObject();
+    on(history.Freezing, [this] { ++frozen_; });
+    on(history.Unfreezing, [this](bool) {
+        --frozen_;
+        catchUp();
+    });
     on(with_.simulator.BrightnessChanged, [this](int channel) { updateLight(channel); });
     on(UpdateTimer.Fired, [this] { tick(); });
     on(SlowMotionCheck.Click,
@@ -84,6 +94,7 @@ std::size_t LumoraSimulatorControl::place(int Channel) {
 }
 
 void LumoraSimulatorControl::refresh() {
+    due_.clear();
     drag_ = 0;
     for (int channel = 0; channel <= LumoraDocument::ChannelCount; ++channel)
         loadImages(channel);
@@ -95,7 +106,28 @@ void LumoraSimulatorControl::setButtonFace(KORgbValue color) {
     refresh();
 }
 
+/// What nobody sees is not worked out, and in a burst of changes only the last one counts: a file
+/// may hold hundreds of large pictures.
 void LumoraSimulatorControl::settingChanged(std::string_view name, int channel) {
+    if (!name.starts_with("Sim "))
+        return;
+    due_.emplace(name, channel);
+    catchUp();
+}
+
+void LumoraSimulatorControl::setShown(bool shown) {
+    shown_ = shown;
+    catchUp();
+}
+
+void LumoraSimulatorControl::catchUp() {
+    if (frozen_ > 0 || !shown_)
+        return;
+    for (const auto& [name, channel] : std::exchange(due_, {}))
+        show(name, channel);
+}
+
+void LumoraSimulatorControl::show(std::string_view name, int channel) {
     if (name == Settings::BackgroundColorName) {
         showBackground();
     } else if (name == Settings::BackgroundImageName) {
@@ -114,11 +146,23 @@ void LumoraSimulatorControl::settingChanged(std::string_view name, int channel) 
     }
 }
 
-/// Decodes a picture of the document once, so that a frame only copies it.
+/// Decodes a picture of the document once, so that a frame only copies it, and one that several
+/// lights have once for all.
 void LumoraSimulatorControl::loadImages(int Channel) {
-    with_.images.LoadImage(Channel == 0 ? settings().backgroundImage()
-                                        : settings().lightImage(Channel));
-    with_.images.CacheImage(Channel == 0 ? BackgroundName : lightName(Channel));
+    const auto own = static_cast<std::size_t>(Channel);
+    const std::string& text =
+        Channel == 0 ? settings().backgroundImage() : settings().lightImage(Channel);
+    const auto same = std::find(decoded_.begin(), decoded_.end(), text);
+    if (same == decoded_.begin() + Channel && !text.empty())
+        return;
+    if (text.empty())
+        with_.images.ResetImage();
+    else if (same != decoded_.end())
+        with_.images.UncacheImage(imageName(static_cast<int>(same - decoded_.begin())));
+    else
+        with_.images.LoadImage(text);
+    with_.images.CacheImage(imageName(Channel));
+    decoded_[own] = text;
 }
 
 // The canvas

@@ -6,6 +6,8 @@
 #include "light/LumoraOptions.h"
 #include "light/LumoraSimulator.h"
 
+#include <set>
+
 namespace corvane {
 
 /// The picture on the "Simulator" tab: a background, and a light for each channel that can be
@@ -48,6 +50,8 @@ class LumoraSimulatorControl {
 
     void Resize(int width, int height);
     [[nodiscard]] int CanvasHeight() const { return height_; }
+    /// Whether the picture is seen. What is not seen is not worked out.
+    void setShown(bool shown);
     /// Whether the clock runs. When it begins to, all tracks begin anew.
     [[nodiscard]] bool AutoUpdate() const { return UpdateTimer.Enabled(); }
     void setAutoUpdate(bool run);
@@ -55,8 +59,6 @@ class LumoraSimulatorControl {
     void setButtonFace(KORgbValue color);
     /// Takes everything from the document.
     void refresh();
-    /// Draws everything as it is now.
-    void redraw() { showBackground(); }
     void redrawLight(int Channel) { updateLight(Channel); }
 
     // Dragging, by the pointer's place within the light.
@@ -98,6 +100,8 @@ class LumoraSimulatorControl {
         return with_.document.simulator();
     }
     void settingChanged(std::string_view name, int channel);
+    void show(std::string_view name, int channel);
+    void catchUp();
     void loadImages(int Channel);
     void showBackground();
     void positionLight(int Channel);
@@ -111,6 +115,10 @@ class LumoraSimulatorControl {
     void tick();
 
     Surroundings with_;
+    bool shown_ = false;
+    int frozen_ = 0;
+    std::set<std::pair<std::string, int>> due_; // settings that changed and were not shown
+    std::array<std::string, LumoraDocument::ChannelCount + 1> decoded_; // texts of the images
     int width_ = 0;
     int height_ = 0;
     Patch background_;

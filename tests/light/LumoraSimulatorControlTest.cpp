@@ -43,6 +43,49 @@ class SimulatorControl : public testing::Test, public LightBench {
     }
 };
 
+/// Counts what is decoded.
+class CountedImages final : public QtImages {
+  public:
+    int decoded = 0;
+
+    bool LoadImage(const std::string& text) override {
+        ++decoded;
+        return QtImages::LoadImage(text);
+    }
+};
+
+TEST_F(SimulatorControl, DecodesWhatIsSeenAndOnceWhatIsTheSame) {
+    CountedImages images;
+    const Workplace& at = desk.place;
+    const Workplace place{at.link,  at.device, at.products, at.modes,   at.clock,
+                          at.pause, at.debug,  at.debugger, at.dialogs, at.pointer,
+                          at.text,  images,    at.programs, at.registry};
+    LumoraControl own(place, desk.keys);
+    std::string file = "Lumora\t302\t302\t0\t2\n";
+    for (int i = 0; i < 300; ++i) {
+        const std::string picture = pictureText(plain(2 + i, 3, 0xFF0000FFU));
+        file +=
+            "LumoraText\t" + std::to_string(1 + i % 6) + "\tSim Light Image\t\t" + picture + "\n";
+    }
+    const std::string last = pictureText(plain(40, 30, 0xFF00FF00U));
+    for (const char* light : {"1", "4"})
+        file += "LumoraText\t" + std::string(light) + "\tSim Light Image\t\t" + last + "\n";
+    const std::string path = desk.folder.file("a.lumora", file);
+    ASSERT_TRUE(own.document.HistoryObject().OpenHistory(path));
+    EXPECT_EQ(images.decoded, 0); // nobody looks
+    own.TabStrip1.select(SimulatorTab);
+    EXPECT_EQ(images.decoded, 5); // one of the six lights has the same as another
+    EXPECT_EQ(own.simulatorControl.light(4).width, 40);
+    EXPECT_EQ(own.simulatorControl.light(6).width, 301);
+    own.document.HistoryObject().Undo();
+    own.document.HistoryObject().Redo();
+    EXPECT_EQ(images.decoded, 5); // another light has it still
+    ASSERT_TRUE(own.document.HistoryObject().SaveDirty());
+    desk.person.answers = {Answer::No};
+    ASSERT_TRUE(own.document.HistoryObject().OpenHistory(path));
+    EXPECT_EQ(images.decoded, 10);
+}
+
 TEST_F(SimulatorControl, TheLightsStandOnACircleAtFirst) {
     EXPECT_EQ(document.Data(0, "Sim Light Position [All]"),
               "75,130;-75,130;-150,0;-75,-130;75,-130;150,0");

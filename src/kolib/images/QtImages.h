@@ -8,7 +8,7 @@
 namespace corvane {
 
 /// Pictures over the toolkit's image readers.
-class QtImages final : public KOImages {
+class QtImages : public KOImages {
   public:
     QtImages();
 
