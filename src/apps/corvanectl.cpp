@@ -236,12 +236,24 @@ int main(int argc, char** argv) {
     CLI::App* reading = app.add_subcommand("read", "Print bytes of the product's EEPROM");
     reading->add_option("ADDRESS", address)->required()->check(CLI::Range(0, lastAddress));
     reading->add_option("LENGTH", length)->required()->check(CLI::Range(1, lastAddress + 1));
-    reading->callback([&] { result = ReadMemory(Session(options).program(), address, length); });
+    // The product would go on at its first byte.
+    const auto requireEnd = [](const char* what, int start, std::size_t count) {
+        if (static_cast<std::size_t>(start) + count > lastAddress + 1)
+            throw CLI::ValidationError(what, "Some of these bytes would lie beyond address " +
+                                                 std::to_string(lastAddress));
+    };
+    reading->callback([&] {
+        requireEnd("LENGTH", address, static_cast<std::size_t>(length));
+        result = ReadMemory(Session(options).program(), address, length);
+    });
     CLI::App* writing =
         app.add_subcommand("write", "Write bytes into the product's EEPROM, and verify them");
     writing->add_option("ADDRESS", address)->required()->check(CLI::Range(0, lastAddress));
     writing->add_option("BYTE", bytes)->required()->check(CLI::Range(0, 255));
-    writing->callback([&] { result = WriteMemory(Session(options).program(), address, bytes); });
+    writing->callback([&] {
+        requireEnd("BYTE", address, bytes.size());
+        result = WriteMemory(Session(options).program(), address, bytes);
+    });
 
     try {
         app.parse(argc, argv);

@@ -9,6 +9,7 @@ namespace corvane {
 namespace {
 
 constexpr int Yellow = 65535;
+constexpr int Red = 255;
 
 int limited(int number) {
     return std::clamp(number, 0, EEPROMVariable::MaxNumber);
@@ -19,7 +20,7 @@ int limited(int number) {
 EEPROMEntry::EEPROMEntry(std::string name) : name_(std::move(name)) {
     txtAddress.setText(std::to_string(address_));
     txtLength.setText(std::to_string(length_));
-    showConflicts(false);
+    showMarks();
     txtComments.setToolTipText("What the variable is for");
     ctlContents.cmbDataType.setToolTipText("The form in which the value is shown and typed");
     RemoveButton.setToolTipText("Remove this variable from the list");
@@ -51,15 +52,19 @@ void EEPROMEntry::setComments(const std::string& comments) {
     txtComments.setText(comments);
 }
 
-void EEPROMEntry::showConflicts(bool conflicts) {
-    const auto tint = conflicts ? std::optional(Yellow) : std::nullopt;
-    const char* overlap = "\r\nThese bytes belong to another variable too";
+void EEPROMEntry::showMarks() {
+    const std::pair marks(conflicts_, isBeyondEnd());
+    if (std::exchange(marks_, marks) == marks)
+        return;
+    const auto tint = marks.first    ? std::optional(Yellow)
+                      : marks.second ? std::optional(Red)
+                                     : std::nullopt;
+    std::string why = marks.first ? "\r\nThese bytes belong to another variable too" : "";
+    why += marks.second ? "\r\nThere are no bytes beyond address 65535" : "";
     txtAddress.setTint(tint);
-    txtAddress.setToolTipText(std::string("Number of the first byte, 0 to 65535") +
-                              (conflicts ? overlap : ""));
+    txtAddress.setToolTipText("Number of the first byte, 0 to 65535" + why);
     txtLength.setTint(tint);
-    txtLength.setToolTipText(std::string("Number of bytes, 0 to 65535") +
-                             (conflicts ? overlap : ""));
+    txtLength.setToolTipText("Number of bytes, 0 to 65535" + why);
 }
 
 void EEPROMEntry::setNumber(int& member, TextBox& box, int value) {
@@ -69,11 +74,12 @@ void EEPROMEntry::setNumber(int& member, TextBox& box, int value) {
     box.setText(std::to_string(member));
 }
 
-void EEPROMEntry::validateNumber(int& member, TextBox& box, std::string_view message) const {
+void EEPROMEntry::validateNumber(int& member, TextBox& box, std::string_view message) {
     const int typed = limited(ReadInteger(box.Text()));
     if (typed != member) {
         send(message, typed); // before, since the change takes its old value from what is there
         member = typed;
+        showMarks();
     }
     box.setText(std::to_string(member));
 }

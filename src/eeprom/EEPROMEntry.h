@@ -21,9 +21,15 @@ class EEPROMEntry {
 
     [[nodiscard]] int Address() const { return address_; }
     /// Limited to 0 to 65535, like the length.
-    void setAddress(int address) { setNumber(address_, txtAddress, address); }
+    void setAddress(int address) {
+        setNumber(address_, txtAddress, address);
+        showMarks();
+    }
     [[nodiscard]] int Length() const { return length_; } ///< bytes
-    void setLength(int length) { setNumber(length_, txtLength, length); }
+    void setLength(int length) {
+        setNumber(length_, txtLength, length);
+        showMarks();
+    }
     [[nodiscard]] const std::string& Comments() const { return comments_; }
     void setComments(const std::string& comments);
     [[nodiscard]] const ByteString& DataValue() const { return ctlContents.DataValue(); }
@@ -33,8 +39,12 @@ class EEPROMEntry {
     /// Another variable has some of the same bytes.
     [[nodiscard]] bool AddressConflicts() const { return conflicts_; }
     void setAddressConflicts(bool conflicts) {
-        if (conflicts != conflicts_)
-            showConflicts(conflicts_ = conflicts);
+        conflicts_ = conflicts;
+        showMarks();
+    }
+    /// Some of its bytes lie beyond the last address that there can be.
+    [[nodiscard]] bool isBeyondEnd() const {
+        return address_ + length_ > EEPROMVariable::MaxNumber + 1;
     }
 
     TextBox txtAddress;
@@ -45,9 +55,9 @@ class EEPROMEntry {
 
   private:
     static void setNumber(int& member, TextBox& box, int value);
-    void validateNumber(int& member, TextBox& box, std::string_view message) const;
+    void validateNumber(int& member, TextBox& box, std::string_view message);
     void validateComments();
-    void showConflicts(bool conflicts);
+    void showMarks();
     void send(std::string_view message, MessageValue value) const;
 
     std::string name_;
@@ -56,6 +66,7 @@ class EEPROMEntry {
     int length_ = 1;
     std::string comments_;
     bool conflicts_ = false;
+    std::optional<std::pair<bool, bool>> marks_; // that show: conflict, beyond the end
     std::vector<Connection> connections_;
 };
 

@@ -183,6 +183,14 @@ TEST_F(BenchProgram, ProgramsVariablesAndReadsThemBack) {
     EXPECT_EQ(asked.errors, "corvanectl: address 0: 1 bytes supplied in a 2 byte field. Pad the "
                             "end with zeros?\n");
     EXPECT_EQ(ctl({"read", "65535", "1"}).output, "7\n");
+    for (const auto& beyond : {std::vector<std::string>{"write", "65535", "9", "9"},
+                               {"read", "65535", "2"},
+                               {"read", "1", "65536"}}) {
+        const Ran refused = ctl(beyond); // the product would go on at its first byte
+        EXPECT_EQ(refused.status, 2);
+        EXPECT_NE(refused.errors.find("beyond address 65535"), std::string::npos);
+        EXPECT_EQ(refused.output, "");
+    }
     EXPECT_EQ(ctl({"read", "0", "2"}).output, "1 255\n");
     EXPECT_EQ(ctl({"program", file, "--yes"}).output, "Programmed.\n");
     EXPECT_EQ(ctl({"read-settings", "eeprom", file, folder.path() / "b.ko_eeprom"}).status, 0);

@@ -113,6 +113,20 @@ TEST_F(EEPROMEditor, RowsStandByAddressAndOverlapsAreMarked) {
     EXPECT_EQ(control.Entry(5).Address(), 5);
 }
 
+TEST_F(EEPROMEditor, AVariableBeyondTheEndIsMarked) {
+    add(65534, 2);
+    EXPECT_FALSE(control.Entry(1).isBeyondEnd());
+    enter(control.Entry(1).txtLength, "3");
+    EXPECT_EQ(control.Entry(1).txtLength.Tint(), 255);
+    EXPECT_NE(control.Entry(1).txtAddress.ToolTipText().find("beyond address 65535"),
+              std::string::npos);
+    add(65535, 2); // and overlaps it, which shows as ever
+    EXPECT_EQ(control.Entry(1).txtLength.Tint(), 65535);
+    control.Entry(2).RemoveButton.press();
+    enter(control.Entry(1).txtAddress, "65533");
+    EXPECT_EQ(control.Entry(1).txtLength.Tint(), std::nullopt);
+}
+
 TEST_F(EEPROMEditor, ConflictsAreThoseOfAllPairs) {
     std::mt19937 random(3);
     for (int round = 0; round < 60; ++round) {
