@@ -9,6 +9,7 @@
 #include "apps/support/SafeOutput.h"
 #include "base/Assert.h"
 #include "base/Product.h"
+#include "kolib/devices/VirtualLinkSource.h"
 #include "system/File.h"
 
 #include <CLI/CLI.hpp>
@@ -98,6 +99,12 @@ int listDevices(const Options& options) {
     return ExitStatus::Done;
 }
 
+void tellOfHiddenLinks() {
+    const std::string problem = VirtualLinkSource::ProblemWith(VirtualLinkSource::userFolder());
+    if (!problem.empty())
+        static_cast<void>(Fail(problem));
+}
+
 int identify(const Options& options) {
     Session session(options);
     Program& program = session.program();
@@ -145,7 +152,10 @@ int main(int argc, char** argv) {
 
     app.add_subcommand("devices", "List the links that are plugged in: index, description, "
                                   "manufacturer, manufacturer ID, serial number")
-        ->callback([&] { result = listDevices(options); });
+        ->callback([&] {
+            result = listDevices(options);
+            tellOfHiddenLinks();
+        });
     app.add_subcommand("identify", "Print name, device type and firmware of the product")
         ->callback([&] { result = identify(options); });
 

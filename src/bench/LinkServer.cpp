@@ -32,6 +32,13 @@ const sockaddr* generic(const sockaddr_un& address) {
     return reinterpret_cast<const sockaddr*>(&address);
 }
 
+/// Something that is no link, and not this program's to remove.
+bool isInTheWay(const std::filesystem::path& path) {
+    std::error_code error;
+    const auto status = std::filesystem::symlink_status(path, error);
+    return std::filesystem::exists(status) && !std::filesystem::is_socket(status);
+}
+
 } // namespace
 
 LinkServer::LinkServer(VirtualLink& link, std::filesystem::path folder, std::string name)
@@ -91,6 +98,8 @@ bool LinkServer::somebodyListens() const {
 std::string LinkServer::plugIn() {
     if (somebodyListens())
         return "A link of this name is plugged in already. Choose another with --name.";
+    if (isInTheWay(socketPath_))
+        return "'" + socketPath_.string() + "' is no link. Choose another name with --name.";
     // Made under another name first: whoever sees the link's name finds somebody listening.
     const std::filesystem::path hidden = folder_ / (".new" + std::to_string(::getpid()));
     ::unlink(hidden.c_str());
@@ -111,7 +120,8 @@ void LinkServer::unplug() {
         return;
     ::close(listener_);
     listener_ = -1;
-    ::unlink(socketPath_.c_str());
+    if (!isInTheWay(socketPath_))
+        ::unlink(socketPath_.c_str());
     for (Connection& connection : connections_)
         connection.ended = true;
     dropEnded();

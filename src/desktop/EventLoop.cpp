@@ -8,6 +8,9 @@
 #include <QMessageBox>
 #include <QPointer>
 
+#include <cstdlib>
+#include <filesystem>
+#include <iostream>
 #include <utility>
 
 namespace corvane {
@@ -61,9 +64,30 @@ bool isPressElsewhere(QObject* receiver, const QEvent& event) {
             return false; // its own menu, say
     return true;
 }
+
+std::string programName;
+
+/// Where there is no desktop the toolkit says so at length and aborts, which looks like a crash.
+void hearWhileStarting(QtMsgType type, const QMessageLogContext& context, const QString& text) {
+    if (type == QtFatalMsg) {
+        std::cerr << programName
+                  << ": There is no desktop to show a window on. Start it within one.\n";
+        std::_Exit(EXIT_FAILURE);
+    }
+    if (!QByteArrayView(context.category).startsWith("qt.qpa"))
+        std::cerr << qFormatLogMessage(type, context, text).toStdString() << '\n';
+}
+
+int& afterHearing(int& argc, char** argv) {
+    programName = argc > 0 ? std::filesystem::path(argv[0]).filename().string() : "corvane";
+    qInstallMessageHandler(hearWhileStarting);
+    return argc;
+}
 } // namespace
 
-DesktopApplication::DesktopApplication(int& argc, char** argv) : QApplication(argc, argv) {
+DesktopApplication::DesktopApplication(int& argc, char** argv)
+    : QApplication(afterHearing(argc, argv), argv) {
+    qInstallMessageHandler(nullptr);
     setStyle(new Look);
 }
 

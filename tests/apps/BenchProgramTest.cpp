@@ -54,6 +54,32 @@ TEST_F(BenchProgram, AVirtualLinkThatAnotherProgramHoldsIsCalledBusy) {
     EXPECT_EQ(ctl({"identify"}).status, 0);
 }
 
+TEST_F(BenchProgram, LeavesAloneWhatIsNoLink) {
+    const std::string precious = folder.file("keep.link", "precious");
+    Process bench("corvane-bench", {"eeprom", "--name", "keep"});
+    EXPECT_EQ(bench.wait(), 1);
+    EXPECT_THAT(bench.errors(), HasSubstr("Choose another name with --name."));
+    EXPECT_EQ(folder.content("keep.link"), "precious");
+}
+
+TEST_F(BenchProgram, DevicesTellsWhyItDoesNotLookForVirtualLinks) {
+    EXPECT_EQ(ctl({"devices"}).errors, "");
+    std::filesystem::permissions(folder.path(), std::filesystem::perms(0755));
+    EXPECT_THAT(ctl({"devices"}).errors,
+                HasSubstr("Try: chmod 700 " + folder.path().string() + "\n"));
+}
+
+TEST_F(BenchProgram, TheWindowTellsInASentenceThatThereIsNoDesktop) {
+    for (const auto& [name, value] : {std::pair("QT_QPA_PLATFORM", "xcb"), std::pair("DISPLAY", ""),
+                                      std::pair("WAYLAND_DISPLAY", "")})
+        ::setenv(name, value, 1);
+    Process window("corvane", {});
+    EXPECT_EQ(window.wait(), 1);
+    EXPECT_EQ(window.errors(),
+              "corvane: There is no desktop to show a window on. Start it within one.\n");
+    ::setenv("QT_QPA_PLATFORM", "offscreen", 1);
+}
+
 TEST_F(BenchProgram, WrongUsageIsToldApartFromFailure) {
     for (const std::vector<std::string>& arguments : std::vector<std::vector<std::string>>{
              {}, {"frobnicate"}, {"identify", "--device", "-1"}, {"identify", "--device"}}) {

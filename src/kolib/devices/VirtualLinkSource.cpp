@@ -33,6 +33,16 @@ std::filesystem::path VirtualLinkSource::userFolder() {
     return "/tmp/corvane-bench-" + std::to_string(::geteuid());
 }
 
+std::string VirtualLinkSource::ProblemWith(const std::filesystem::path& folder) {
+    std::error_code error;
+    if (!std::filesystem::exists(std::filesystem::symlink_status(folder, error)) ||
+        IsPrivateFolder(folder))
+        return {};
+    const std::string path = folder.string();
+    return "Virtual links are not listed, because " + path +
+           " is not a folder that is yours and closed to others. Try: chmod 700 " + path;
+}
+
 bool VirtualLinkSource::refresh() {
     if ((watch_ < 0 && watchFolder()) || folderChanged())
         lookIntoFolder();

@@ -18,6 +18,8 @@ class VirtualLinkSource final : public LinkSource {
 
     /// Where virtual links of this user are, whether or not the folder exists.
     [[nodiscard]] static std::filesystem::path userFolder();
+    /// Why links in the folder are not listed, and what to do; empty if they are.
+    [[nodiscard]] static std::string ProblemWith(const std::filesystem::path& folder);
 
     [[nodiscard]] bool refresh() override;
     [[nodiscard]] bool pending() const override;
