@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace corvane {
 
@@ -23,6 +24,20 @@ struct MessageBox {
 };
 
 enum class Answer { Ok, Yes, No, Cancel };
+
+/// A question about a list, of which a person picks some, with a button that goes on with these.
+struct ListQuestion {
+    struct Item {
+        std::string text;
+        bool picked = false;
+        bool pickable = true;
+    };
+
+    std::string title;
+    std::string text;
+    std::vector<Item> items;
+    std::string button;
+};
 
 /// The answer of a box that is closed without a choice.
 [[nodiscard]] constexpr Answer DismissedAnswer(MessageBox::Buttons buttons) {
@@ -55,6 +70,11 @@ class Dialogs {
     [[nodiscard]] virtual std::optional<int> PickColor(int initial, const std::string& title) = 0;
     [[nodiscard]] virtual std::optional<std::string>
     Input(const std::string& prompt, const std::string& title, const std::string& initial) = 0;
+
+    /// Which items were picked; nothing if the person would rather not answer.
+    [[nodiscard]] virtual std::optional<std::vector<bool>> PickFromList(const ListQuestion&) {
+        return std::nullopt;
+    }
 
     /// A short sound: that of an error, or that of a plain report.
     virtual void Beep(bool error) = 0;

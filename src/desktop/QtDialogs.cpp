@@ -1,6 +1,7 @@
 #include "desktop/QtDialogs.h"
 
 #include "desktop/EventLoop.h"
+#include "desktop/ListDialog.h"
 #include "desktop/Theme.h"
 
 #include <QAbstractButton>
@@ -145,6 +146,14 @@ std::optional<std::string> QtDialogs::Input(const std::string& prompt, const std
                                                QString::fromStdString(prompt), QLineEdit::Normal,
                                                QString::fromStdString(initial), &accepted);
     return accepted ? std::optional(text.toStdString()) : std::nullopt;
+}
+
+std::optional<std::vector<bool>> QtDialogs::PickFromList(const ListQuestion& question) {
+    const UsualPointer pointer(*this);
+    ListDialog dialog(question, parent());
+    if (dialog.exec() != QDialog::Accepted)
+        return std::nullopt;
+    return dialog.picked();
 }
 
 void QtDialogs::Beep(bool) {

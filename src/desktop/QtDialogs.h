@@ -27,6 +27,8 @@ class QtDialogs final : public Dialogs, public BusyPointer {
     std::optional<int> PickColor(int initial, const std::string& title) override;
     std::optional<std::string> Input(const std::string& prompt, const std::string& title,
                                      const std::string& initial) override;
+    [[nodiscard]] std::optional<std::vector<bool>>
+    PickFromList(const ListQuestion& question) override;
     void Beep(bool error) override;
     void set(bool busy) override;
     [[nodiscard]] bool isBusy() const { return busy_; }

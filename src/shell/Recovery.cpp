@@ -6,30 +6,56 @@
 #include "system/File.h"
 
 #include <algorithm>
+#include <array>
+#include <ctime>
 
 namespace corvane {
+
+namespace {
+
+std::string LocalTime(std::int64_t seconds) {
+    const std::time_t time = seconds;
+    std::tm parts{};
+    ::localtime_r(&time, &parts);
+    std::array<char, 32> text{};
+    return {text.data(), std::strftime(text.data(), text.size(), "%Y-%m-%d %H:%M", &parts)};
+}
+
+} // namespace
 
 void Recovery::Offer() {
     if (place_.journals == nullptr)
         return;
-    for (const LostJournal& lost : place_.journals->Lost())
-        offer(lost);
-}
-
-void Recovery::offer(const LostJournal& lost) {
-    if (!lost.isSound()) {
-        place_.dialogs.ShowError(History::NotUnderstood);
-        lost.SetAside();
+    std::vector<LostJournal> lost = place_.journals->Lost();
+    std::vector<const LostJournal*> sound;
+    std::vector<const LostJournal*> damaged;
+    for (const LostJournal& journal : lost) {
+        if (!journal.isSound())
+            damaged.push_back(&journal);
+        else if (journal.isNothingLost())
+            journal.Remove();
+        else if (productOf(journal) != nullptr) // the others are offered where they are at home
+            sound.push_back(&journal);
+    }
+    if (damaged.empty() && sound.size() < 2) {
+        for (const LostJournal* journal : sound)
+            take(*journal, wanted(*journal));
         return;
     }
-    if (lost.isNothingLost())
-        return lost.Remove();
-    // A program for other products offers it where it is at home.
-    const KOProductProfile* product = place_.products.ByTypeCode(lost.TypeCode());
-    if (product == nullptr)
-        return;
-    if (wanted(lost))
-        giveBack(lost, product->Class);
+    const std::optional<std::vector<bool>> picked = pick(sound, damaged);
+    for (const LostJournal* journal : damaged)
+        journal->SetAside();
+    for (std::size_t i = 0; picked && i < sound.size(); ++i)
+        take(*sound[i], (*picked)[i]);
+}
+
+const KOProductProfile* Recovery::productOf(const LostJournal& lost) const {
+    return place_.products.ByTypeCode(lost.TypeCode());
+}
+
+void Recovery::take(const LostJournal& lost, bool wanted) {
+    if (wanted)
+        giveBack(lost, productOf(lost)->Class);
     else
         lost.SetAside();
 }
@@ -43,6 +69,36 @@ bool Recovery::wanted(const LostJournal& lost) const {
                                        name + "?",
                                    MessageBox::Icon::Question, MessageBox::Buttons::YesNo}) ==
            Answer::Yes;
+}
+
+/// One question for all of them. Which of the sound ones are wanted; nothing to ask later again.
+std::optional<std::vector<bool>>
+Recovery::pick(const std::vector<const LostJournal*>& sound,
+               const std::vector<const LostJournal*>& damaged) const {
+    ListQuestion question{
+        "Corvane",
+        "Corvane did not close properly. Which changes would you like to get "
+        "back?\r\nThose that are not ticked, and those that are damaged, are kept "
+        "for a week in " +
+            place_.journals->folder().string() + ".",
+        {},
+        "Get Back"};
+    for (const LostJournal* journal : sound) {
+        const std::string name = journal->documentPath().empty()
+                                     ? "New document (" + productOf(*journal)->Name + ")"
+                                     : KOIOFilename(journal->documentPath());
+        question.items.push_back({name + ", " + LocalTime(journal->Time()) + ", " +
+                                      std::to_string(journal->Length()) + " changes",
+                                  journal == sound.back()}); // the last one, which is the newest
+    }
+    for (const LostJournal* journal : damaged)
+        question.items.push_back(
+            {"Damaged: " + journal->Name() + ", " + LocalTime(journal->Time()), false, false});
+    const auto picked = place_.dialogs.PickFromList(question);
+    if (!picked)
+        return std::nullopt;
+    return std::vector<bool>(picked->begin(),
+                             picked->begin() + static_cast<std::ptrdiff_t>(sound.size()));
 }
 
 void Recovery::giveBack(const LostJournal& lost, const std::string& className) {

@@ -6,8 +6,8 @@
 
 namespace corvane {
 
-/// Gives back what programs that did not close properly have lost: asks for each document, and
-/// opens those that the person wants in the control of their product.
+/// Gives back what programs that did not close properly have lost: asks once, for one document or
+/// with a list of them, and opens those that the person wants in the control of their product.
 class Recovery {
   public:
     /// Both must outlive this.
@@ -21,8 +21,12 @@ class Recovery {
     [[nodiscard]] bool ShowControl(const std::string& className);
 
   private:
-    void offer(const LostJournal& lost);
+    [[nodiscard]] const KOProductProfile* productOf(const LostJournal& lost) const;
+    void take(const LostJournal& lost, bool wanted);
     [[nodiscard]] bool wanted(const LostJournal& lost) const;
+    [[nodiscard]] std::optional<std::vector<bool>>
+    pick(const std::vector<const LostJournal*>& sound,
+         const std::vector<const LostJournal*>& damaged) const;
     void giveBack(const LostJournal& lost, const std::string& className);
     [[nodiscard]] History* freeHistory() const;
 

@@ -14,6 +14,8 @@ class Person final : public Dialogs, public BusyPointer {
     std::deque<std::optional<std::string>> files;
     std::deque<std::optional<std::string>> inputs;
     std::deque<std::optional<int>> colors;
+    std::deque<std::optional<std::vector<bool>>> picks;
+    std::vector<ListQuestion> lists;
     std::vector<MessageBox> messages;
     std::vector<std::string> asked; ///< Filters and prompts with what stood there at first.
     std::string beeps;              ///< A letter a sound: r for a report, E for an error.
@@ -50,6 +52,10 @@ class Person final : public Dialogs, public BusyPointer {
                                      const std::string& initial) override {
         asked.push_back(title + ": " + prompt + " " + initial);
         return next(inputs, {});
+    }
+    std::optional<std::vector<bool>> PickFromList(const ListQuestion& question) override {
+        lists.push_back(question);
+        return next(picks, {});
     }
     void Beep(bool error) override { beeps += error ? 'E' : 'r'; }
     void set(bool isBusy) override { busy = isBusy; }
