@@ -1,0 +1,157 @@
+// Every call for files fails once, in turn, while a person works and saves: after each thing that
+// was done the work is on the screen and safe, or the person was told that it is not, once.
+#include "support/FaultyDisk.h"
+
+#include "history/LostJournal.h"
+#include "support/Notes.h"
+#include "support/TemporaryFolder.h"
+#include "system/KORegistry.h"
+
+#include <gmock/gmock.h>
+
+#include <cstring>
+#include <sys/file.h>
+
+namespace corvane {
+namespace {
+
+namespace fs = std::filesystem;
+
+/// A document, its file, its journal and the settings on one disk.
+struct Worker {
+    [[nodiscard]] std::string whole() const {
+        std::string bytes;
+        EXPECT_TRUE(notes.history.Compose(bytes));
+        return bytes;
+    }
+    [[nodiscard]] int told() const { return static_cast<int>(person.messages.size()) + failures; }
+    /// What would come back after a crash.
+    [[nodiscard]] std::string kept() {
+        const fs::path copy = folder.path() / "copy.journal";
+        std::error_code error;
+        for (const auto& entry : fs::directory_iterator(journals.folder(), error))
+            fs::copy_file(entry.path(), copy, fs::copy_options::overwrite_existing);
+        std::string document = LostJournal(Handle(), copy, files).document();
+        fs::remove(copy);
+        return document;
+    }
+    void save() {
+        const std::string before = folder.content("a.note");
+        const bool wasNew = notes.history.savePath().empty();
+        if (wasNew)
+            person.files = {folder.path() / "a.note"};
+        const int toldBefore = told();
+        notes.history.SaveHistory();
+        if (notes.history.SaveDirty()) {
+            EXPECT_EQ(folder.content("a.note"), before); // whole, as it was
+            EXPECT_EQ(told(), toldBefore + 1);
+        } else {
+            EXPECT_EQ(folder.content("a.note"), whole());
+        }
+    }
+    void setting(int value) {
+        bool created = false;
+        const int before = key.CreateKey(RegistryRoot::CurrentUser, "Software\\Test", created)
+                               ? key.Integers("x")
+                               : 0;
+        if (key.Opened())
+            key.setIntegers("x", value);
+        if (key.Opened()) {
+            EXPECT_THAT(key.Integers("x"), testing::AnyOf(before, value));
+        }
+    }
+    void expectSafe() {
+        if (!notes.history.SaveDirty()) {
+            EXPECT_EQ(folder.content("a.note"), whole());
+        } else if (notes.history.isJournalUpToDate()) {
+            EXPECT_EQ(kept(), whole());
+        } else {
+            EXPECT_EQ(told(), 1);
+        }
+        EXPECT_LE(told(), 1);
+    }
+
+    TemporaryFolder folder;
+    Person person;
+    DiskFiles files;
+    SettingsStore store{folder.path() / "config", files};
+    RegistryKey key{store};
+    Journals journals{folder.path() / "journals", files};
+    Notes notes{person, person, files, &journals};
+    int failures = 0;
+    Connection onFailed = journals.Failed.connect([this](const std::string&) { ++failures; });
+};
+
+TEST(FaultyDisk, LosesNothingAtAnyCall) {
+    constexpr std::array calls{"write",  "pwrite", "fsync", "fdatasync",
+                               "rename", "linkat", "flock", "ftruncate"};
+    for (const char* call : calls) {
+        for (int n = 1; n < 40; ++n) {
+            Worker worker;
+            worker.store.Patience = std::chrono::milliseconds(5);
+            worker.journals.RetryAfter = {};
+            bool failed = false;
+            {
+                const FaultyDisk disk(call, n, std::strcmp(call, "flock") == 0 ? EWOULDBLOCK : EIO);
+                const std::vector<std::function<void()>> steps{
+                    [&] { worker.notes.add("one"); },
+                    [&] { worker.notes.history.Undo(); },
+                    [&] { worker.notes.history.Redo(); },
+                    [&] { worker.setting(1); },
+                    [&] { worker.save(); },
+                    [&] { worker.notes.add("two"); },
+                    [&] { static_cast<void>(worker.journals.Look()); },
+                    [&] { worker.setting(2); },
+                    [&] { worker.notes.add("three"); },
+                    [&] { worker.save(); },
+                };
+                for (std::size_t step = 0; step < steps.size(); ++step) {
+                    SCOPED_TRACE(std::string(call) + " " + std::to_string(n) + " at step " +
+                                 std::to_string(step));
+                    steps[step]();
+                    worker.expectSafe();
+                }
+                failed = disk.hasFailed();
+            }
+            // And with a disk that works again all is as if nothing had been.
+            SCOPED_TRACE(std::string(call) + " " + std::to_string(n) + " afterwards");
+            EXPECT_EQ(worker.notes.lines, (std::vector<std::string>{"one", "two", "three"}));
+            worker.notes.add("four");
+            EXPECT_TRUE(worker.notes.history.isJournalUpToDate());
+            EXPECT_EQ(worker.kept(), worker.whole());
+            worker.save();
+            EXPECT_EQ(worker.folder.content("a.note"), worker.whole());
+            worker.setting(3);
+            EXPECT_EQ(worker.key.Integers("x"), 3);
+            EXPECT_LE(worker.told(), 1);
+            if (!failed)
+                break;
+        }
+    }
+}
+
+TEST(FaultyDisk, ALockThatIsNotLetGoHoldsNobodyUp) {
+    const TemporaryFolder folder;
+    DiskFiles files;
+    SettingsStore store(folder.path() / "config", files);
+    RegistryKey key(store);
+    bool created = false;
+    ASSERT_TRUE(key.CreateKey(RegistryRoot::CurrentUser, "Software\\Test", created));
+    key.setIntegers("x", 1);
+    {
+        const Handle other(
+            ::open((folder.path() / "config" / "settings.lock").c_str(), O_RDWR | O_CLOEXEC));
+        ASSERT_EQ(::flock(other.get(), LOCK_EX), 0);
+        key.setIntegers("x", 2); // waits a little, and no more after that
+        EXPECT_EQ(key.Integers("x"), 1);
+        store.Patience = std::chrono::hours(1);
+        for (int i = 0; i < 20; ++i)
+            key.setIntegers("x", 3);
+        EXPECT_EQ(key.Integers("x"), 1);
+    }
+    key.setIntegers("x", 4);
+    EXPECT_EQ(key.Integers("x"), 4);
+}
+
+} // namespace
+} // namespace corvane

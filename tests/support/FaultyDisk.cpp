@@ -1,0 +1,89 @@
+#include "support/FaultyDisk.h"
+
+#include <atomic>
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/syscall.h>
+#include <unistd.h>
+
+namespace corvane {
+
+namespace {
+
+std::atomic<const char*> faulty = nullptr;
+std::atomic<int> left = 0;
+std::atomic<int> problem = 0;
+
+bool fails(const char* call) {
+    const char* wanted = faulty;
+    if (wanted == nullptr || std::strcmp(wanted, call) != 0 || --left != 0)
+        return false;
+    errno = problem;
+    return true;
+}
+
+} // namespace
+
+FaultyDisk::FaultyDisk(const char* call, int n, int error) {
+    left = n;
+    problem = error;
+    faulty = call;
+}
+
+FaultyDisk::~FaultyDisk() {
+    faulty = nullptr;
+}
+
+bool FaultyDisk::hasFailed() const {
+    return left <= 0;
+}
+
+} // namespace corvane
+
+// These stand in for those of the C library, which the program would call otherwise.
+// NOLINTBEGIN(*-vararg)
+extern "C" {
+
+ssize_t write(int file, const void* bytes, size_t count) {
+    return file > STDERR_FILENO && corvane::fails("write")
+               ? -1
+               : ::syscall(SYS_write, file, bytes, count);
+}
+
+ssize_t pwrite(int file, const void* bytes, size_t count, off_t at) {
+    return corvane::fails("pwrite") ? -1 : ::syscall(SYS_pwrite64, file, bytes, count, at);
+}
+
+int fsync(int file) {
+    return corvane::fails("fsync") ? -1 : static_cast<int>(::syscall(SYS_fsync, file));
+}
+
+int fdatasync(int file) {
+    return corvane::fails("fdatasync") ? -1 : static_cast<int>(::syscall(SYS_fdatasync, file));
+}
+
+int ftruncate(int file, off_t length) noexcept {
+    return corvane::fails("ftruncate") ? -1
+                                       : static_cast<int>(::syscall(SYS_ftruncate, file, length));
+}
+
+int rename(const char* from, const char* to) noexcept {
+    return corvane::fails("rename")
+               ? -1
+               : static_cast<int>(::syscall(SYS_renameat, AT_FDCWD, from, AT_FDCWD, to));
+}
+
+int linkat(int fromFolder, const char* from, int toFolder, const char* to, int flags) noexcept {
+    return corvane::fails("linkat")
+               ? -1
+               : static_cast<int>(::syscall(SYS_linkat, fromFolder, from, toFolder, to, flags));
+}
+
+int flock(int file, int operation) noexcept {
+    return corvane::fails("flock") ? -1 : static_cast<int>(::syscall(SYS_flock, file, operation));
+}
+
+} // extern "C"
+// NOLINTEND(*-vararg)
