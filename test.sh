@@ -42,9 +42,14 @@ step "the fuzzers, $fuzz_seconds seconds each"
 fuzz_one() {
   local name; name=$(basename "$1")
   local own=build/checks/fuzz/$name
+  local begin=fuzz/corpus/${name#fuzz-} words=fuzz/dictionaries/${name#fuzz-}.dict
+  local with=()
   mkdir -p "$own/corpus"
+  [ -f "$words" ] && with+=("-dict=$words")
+  with+=("$own/corpus")
+  [ -d "$begin" ] && with+=("$begin")
   if ! "$1" -max_total_time="$fuzz_seconds" -timeout=10 -rss_limit_mb=2048 -verbosity=0 \
-      -print_final_stats=0 -artifact_prefix="$own/" "$own/corpus" >"$own/log" 2>&1; then
+      -print_final_stats=0 -artifact_prefix="$own/" "${with[@]}" >"$own/log" 2>&1; then
     cat "$own/log"
     return 1
   fi
