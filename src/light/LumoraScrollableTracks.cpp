@@ -30,9 +30,8 @@ LumoraScrollableTracks::LumoraScrollableTracks(LumoraDocument& document, Dialogs
     connections_.push_back(HScroll.Moved.connect([this] { takeOffset(); }));
     connections_.push_back(history_.Freezing.connect([this] { ++frozen_; }));
     connections_.push_back(history_.Unfreezing.connect([this](bool) {
-        --frozen_;
-        if (frozen_ == 0 && scrollStale_)
-            updateScroll();
+        if (--frozen_ == 0)
+            catchUp();
     }));
 }
 
@@ -147,7 +146,21 @@ void LumoraScrollableTracks::contentChanged(int trackIndex) {
         scrollStale_ = true;
     else
         updateScroll();
-    TrackLookChanged.raise(trackIndex);
+    lookChanged(trackIndex);
+}
+
+void LumoraScrollableTracks::lookChanged(int trackIndex) {
+    place(trackIndex).lookStale = frozen_ > 0;
+    if (frozen_ == 0)
+        TrackLookChanged.raise(trackIndex);
+}
+
+void LumoraScrollableTracks::catchUp() {
+    if (scrollStale_)
+        updateScroll();
+    for (int index = 1; index <= TrackCount(); ++index)
+        if (std::exchange(place(index).lookStale, false))
+            TrackLookChanged.raise(index);
 }
 
 void LumoraScrollableTracks::setTimeScale(float scale) {

@@ -86,6 +86,8 @@ class LumoraScrollableTracks {
     // For the tracks alone.
     void takeFocus(int trackIndex);
     void contentChanged(int trackIndex);
+    /// Tells it, for a burst of changes once at its end.
+    void lookChanged(int trackIndex);
     [[nodiscard]] Dialogs& dialogs() const { return dialogs_; }
     [[nodiscard]] const KOKeyboard& keyboard() const { return keyboard_; }
 
@@ -95,6 +97,7 @@ class LumoraScrollableTracks {
         bool visible = false;
         int top = 0;
         int height = 0;
+        bool lookStale = false;
     };
 
     [[nodiscard]] const Place& place(int index) const;
@@ -106,6 +109,7 @@ class LumoraScrollableTracks {
     void stack();
     void updateScrollUnit(int contentWidth);
     void updateScroll();
+    void catchUp();
     void takeOffset();
 
     LumoraDocument& document_;

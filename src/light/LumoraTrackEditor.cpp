@@ -19,8 +19,10 @@ LumoraTrackEditor::LumoraTrackEditor(LumoraScrollableTracks& set, int trackIndex
     connections_.push_back(track.SegmentRemoving.connect([this](int index) {
         if (index == SelectedIndex() && index == track_.GetTrackCount())
             setSelectedIndex(index - 1);
-        if (block_ != nullptr && &block_->element() == &track_.GetTrack(index))
+        if (block_ != nullptr && &block_->element() == &track_.GetTrack(index)) {
             block_.reset();
+            set_.TrackLookChanged.raise(trackIndex_); // at once: whoever shows it lets it go
+        }
     }));
     connections_.push_back(track.SegmentRemoved.connect([this](int index) {
         selection_.removed(index);
@@ -165,7 +167,7 @@ void LumoraTrackEditor::clickRule(int index, Moved moved) {
 }
 
 void LumoraTrackEditor::selectionChanged() const {
-    set_.TrackLookChanged.raise(trackIndex_);
+    set_.lookChanged(trackIndex_);
     if (selected_)
         set_.SelectionChanged.raise();
 }
