@@ -3,6 +3,7 @@
 #include "base/Assert.h"
 #include "base/Numbers.h"
 #include "base/Text.h"
+#include "base/TextLines.h"
 
 #include <algorithm>
 
@@ -132,6 +133,11 @@ bool LumoraUndoableTrackChange::ascends() const {
                               [](const LumoraSegment& a, const LumoraSegment& b) {
                                   return a.index >= b.index;
                               }) == segments_.end();
+}
+
+bool LumoraUndoableTrackChange::fitsALine() const {
+    const std::size_t stride = hasFunctions() ? FullStride : PlainStride;
+    return 1 + HeadLength + segments_.size() * stride <= TextLines::MostArguments;
 }
 
 bool LumoraUndoableTrackChange::hasFunctions() const {

@@ -39,7 +39,8 @@ class LumoraUndoableTrackChange final : public LumoraUndoableChange {
     [[nodiscard]] bool isApplicable() const override;
 
   private:
-    [[nodiscard]] bool isSound() const { return isChannel(channel_) && ascends(); }
+    [[nodiscard]] bool isSound() const { return isChannel(channel_) && ascends() && fitsALine(); }
+    [[nodiscard]] bool fitsALine() const;
     [[nodiscard]] bool fitsInto(int& present) const;
     /// Of the n-th segment from 1.
     [[nodiscard]] int indexAt(int n) const {

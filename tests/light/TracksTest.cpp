@@ -123,6 +123,22 @@ TEST_F(TracksTest, NoLengthIsTooMuchToZoom) {
     }
 }
 
+TEST_F(TracksTest, WhatNoLineOfAFileCouldHoldIsRefused) {
+    std::vector<LumoraSegment> segments;
+    for (int index = 1; index <= 200000; ++index)
+        segments.push_back({index, 50, 1, "P", 0});
+    auto change = std::make_unique<LumoraUndoableTrackChange>();
+    change->InitializeGroup(document, true, 1, false, segments);
+    EXPECT_FALSE(history.Record(std::move(change)));
+    EXPECT_EQ(desk.person.takeMessage(), std::string("Error: ") + History::NotRecorded);
+    EXPECT_EQ(history.Length(), 0);
+    EXPECT_EQ(document.track(1).GetTrackCount(), 0);
+    segments.pop_back();
+    LumoraUndoableTrackChange fitting;
+    fitting.InitializeGroup(document, true, 1, false, segments);
+    EXPECT_TRUE(fitting.isApplicable());
+}
+
 TEST_F(TracksTest, ZoomAboutThePointer) {
     fill(1, std::vector<int>(20, 50));
     tracks.scrollTo(12000);
