@@ -8,8 +8,8 @@ namespace corvane {
 
 namespace {
 
-constexpr int Yellow = 65535;
-constexpr int Red = 255;
+constexpr int ConflictTint = 65535; // yellow
+constexpr int BeyondTint = 255;     // red
 
 int limited(int number) {
     return std::clamp(number, 0, EEPROMVariable::MaxNumber);
@@ -56,8 +56,8 @@ void EEPROMEntry::showMarks() {
     const std::pair marks(conflicts_, isBeyondEnd());
     if (std::exchange(marks_, marks) == marks)
         return;
-    const auto tint = marks.first    ? std::optional(Yellow)
-                      : marks.second ? std::optional(Red)
+    const auto tint = marks.first    ? std::optional(ConflictTint)
+                      : marks.second ? std::optional(BeyondTint)
                                      : std::nullopt;
     std::string why = marks.first ? "\r\nThese bytes belong to another variable too" : "";
     why += marks.second ? "\r\nThere are no bytes beyond address 65535" : "";

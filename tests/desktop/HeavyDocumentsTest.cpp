@@ -1,8 +1,8 @@
 // Documents of a size that nobody makes by hand, in the real window: opened, zoomed, scrolled,
 // undone and saved in a time that grows little faster than they do, and in so much memory.
-#include "pwm/QuillonControl.h"
 #include "support/HeavyDocuments.h"
 
+#include "pwm/QuillonControl.h"
 #include "support/ProductWindow.h"
 
 #include <QTabBar>
@@ -45,7 +45,7 @@ class MemoryBound {
 };
 
 /// Seconds that this program has computed.
-double worked() {
+double secondsComputed() {
     timespec time{};
     ::clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
     return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) / 1e9;
@@ -78,7 +78,7 @@ class HeavyDocumentsIn : public ProductWindow {
     /// What a person does with it. How long that took.
     double workOn(const HeavyDocument& document) {
         const std::string path = desk.folder.file("heavy." + document.extension, document.file());
-        const double start = worked();
+        const double start = secondsComputed();
         whenShown<QFileDialog>([&path](QFileDialog& dialog) {
             dialog.findChild<QLineEdit*>("fileNameEdit")->setText(QString::fromStdString(path));
             QTest::keyClick(&dialog, Qt::Key_Return);
@@ -106,7 +106,7 @@ class HeavyDocumentsIn : public ProductWindow {
             }
         QTest::keyClick(&window, Qt::Key_S, Qt::ControlModifier);
         EXPECT_FALSE(form.HistoryObject()->SaveDirty());
-        return worked() - start;
+        return secondsComputed() - start;
     }
     void turnWheel(int delta) {
         const QPoint middle = window.view()->rect().center();

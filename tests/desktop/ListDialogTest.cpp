@@ -11,14 +11,14 @@
 namespace corvane {
 namespace {
 
-const ListQuestion Question{"Corvane",
+const ListQuestion LostOnes{"Corvane",
                             "Which changes would you like to get back?\r\nThe others are kept.",
                             {{"landing.lumora, 2026-03-01 17:20, 12 changes", true},
                              {"New document (Pactor), 2026-03-01 17:21, 2 changes"},
                              {"Damaged: 1-3.journal, 2026-03-01 17:22", false, false}},
                             "Get Back"};
 
-void press(const ListDialog& dialog, const char* caption) {
+void pressIn(const ListDialog& dialog, const char* caption) {
     for (QPushButton* button : dialog.findChildren<QPushButton*>())
         if (button->text() == caption)
             return QTest::mouseClick(button, Qt::LeftButton);
@@ -35,13 +35,13 @@ TEST(ListDialogTest, APersonTicksWithTheKeyboard) {
         QTest::keyClick(list, Qt::Key_Space);
         QTest::keyClick(list, Qt::Key_Down);
         QTest::keyClick(list, Qt::Key_Space);
-        press(dialog, "Get Back");
+        pressIn(dialog, "Get Back");
     });
-    EXPECT_EQ(dialogs.PickFromList(Question), (std::vector<bool>{false, true, false}));
-    whenShown<ListDialog>([](ListDialog& dialog) { press(dialog, "Get Back"); });
-    EXPECT_EQ(dialogs.PickFromList(Question), (std::vector<bool>{true, false, false}));
+    EXPECT_EQ(dialogs.PickFromList(LostOnes), (std::vector<bool>{false, true, false}));
+    whenShown<ListDialog>([](ListDialog& dialog) { pressIn(dialog, "Get Back"); });
+    EXPECT_EQ(dialogs.PickFromList(LostOnes), (std::vector<bool>{true, false, false}));
     whenShown<ListDialog>([](ListDialog& dialog) { QTest::keyClick(&dialog, Qt::Key_Escape); });
-    EXPECT_EQ(dialogs.PickFromList(Question), std::nullopt);
+    EXPECT_EQ(dialogs.PickFromList(LostOnes), std::nullopt);
 }
 
 } // namespace

@@ -132,7 +132,7 @@ void editMuch(Document& document, Random& random) {
 }
 
 template<class Document>
-void act(Document& document, Random& random) {
+void actOn(Document& document, Random& random) {
     History& history = document.HistoryObject();
     const int choice = random.below(8);
     if (choice < 2 && history.CanUndo())
@@ -147,8 +147,9 @@ void act(Document& document, Random& random) {
 
 template<class Document>
 class FailingChange : public testing::Test {};
-using Documents = testing::Types<LumoraDocument, PactorDocument, KOEEPROMDocument, QuillonProgram>;
-TYPED_TEST_SUITE(FailingChange, Documents);
+using SabotagedDocuments =
+    testing::Types<LumoraDocument, PactorDocument, KOEEPROMDocument, QuillonProgram>;
+TYPED_TEST_SUITE(FailingChange, SabotagedDocuments);
 
 TYPED_TEST(FailingChange, LeavesWhatWasOrWhatWouldBe) {
     constexpr unsigned Seeds = 5;
@@ -164,7 +165,7 @@ TYPED_TEST(FailingChange, LeavesWhatWasOrWhatWouldBe) {
                 const std::string before = core.whole();
                 core.saboteur.failAt(step);
                 try {
-                    act(core.document, same);
+                    actOn(core.document, same);
                 } catch (const Sabotage&) {
                     ++failed;
                 }
@@ -192,7 +193,7 @@ TYPED_TEST(FailingChange, LeavesADocumentThatIsLeftWithoutEnd) {
         Sabotaged<TypeParam> core;
         Random random(3);
         for (int i = 0; i < 12; ++i)
-            act(core.document, random);
+            actOn(core.document, random);
         core.person.answers = {Answer::No};
         core.saboteur.failAt(step);
         try {

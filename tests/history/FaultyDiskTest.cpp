@@ -18,7 +18,7 @@ namespace {
 namespace fs = std::filesystem;
 
 /// A document, its file, its journal and the settings on one disk.
-struct Worker {
+struct DiskWorker {
     [[nodiscard]] std::string whole() const {
         std::string bytes;
         EXPECT_TRUE(notes.history.Compose(bytes));
@@ -87,7 +87,7 @@ TEST(FaultyDisk, LosesNothingAtAnyCall) {
                                "rename", "linkat", "flock", "ftruncate"};
     for (const char* call : calls) {
         for (int n = 1; n < 40; ++n) {
-            Worker worker;
+            DiskWorker worker;
             worker.store.Patience = std::chrono::milliseconds(5);
             worker.journals.RetryAfter = {};
             bool failed = false;

@@ -12,32 +12,32 @@ namespace corvane {
 
 namespace {
 
-std::atomic<const char*> faulty = nullptr;
-std::atomic<int> left = 0;
-std::atomic<int> problem = 0;
+std::atomic<const char*> faultyCall = nullptr;
+std::atomic<int> callsLeft = 0;
+std::atomic<int> faultError = 0;
 
-bool fails(const char* call) {
-    const char* wanted = faulty;
-    if (wanted == nullptr || std::strcmp(wanted, call) != 0 || --left != 0)
+bool callFails(const char* call) {
+    const char* wanted = faultyCall;
+    if (wanted == nullptr || std::strcmp(wanted, call) != 0 || --callsLeft != 0)
         return false;
-    errno = problem;
+    errno = faultError;
     return true;
 }
 
 } // namespace
 
 FaultyDisk::FaultyDisk(const char* call, int n, int error) {
-    left = n;
-    problem = error;
-    faulty = call;
+    callsLeft = n;
+    faultError = error;
+    faultyCall = call;
 }
 
 FaultyDisk::~FaultyDisk() {
-    faulty = nullptr;
+    faultyCall = nullptr;
 }
 
 bool FaultyDisk::hasFailed() const {
-    return left <= 0;
+    return callsLeft <= 0;
 }
 
 } // namespace corvane
@@ -47,42 +47,44 @@ bool FaultyDisk::hasFailed() const {
 extern "C" {
 
 ssize_t write(int file, const void* bytes, size_t count) {
-    return file > STDERR_FILENO && corvane::fails("write")
+    return file > STDERR_FILENO && corvane::callFails("write")
                ? -1
                : ::syscall(SYS_write, file, bytes, count);
 }
 
 ssize_t pwrite(int file, const void* bytes, size_t count, off_t at) {
-    return corvane::fails("pwrite") ? -1 : ::syscall(SYS_pwrite64, file, bytes, count, at);
+    return corvane::callFails("pwrite") ? -1 : ::syscall(SYS_pwrite64, file, bytes, count, at);
 }
 
 int fsync(int file) {
-    return corvane::fails("fsync") ? -1 : static_cast<int>(::syscall(SYS_fsync, file));
+    return corvane::callFails("fsync") ? -1 : static_cast<int>(::syscall(SYS_fsync, file));
 }
 
 int fdatasync(int file) {
-    return corvane::fails("fdatasync") ? -1 : static_cast<int>(::syscall(SYS_fdatasync, file));
+    return corvane::callFails("fdatasync") ? -1 : static_cast<int>(::syscall(SYS_fdatasync, file));
 }
 
 int ftruncate(int file, off_t length) noexcept {
-    return corvane::fails("ftruncate") ? -1
-                                       : static_cast<int>(::syscall(SYS_ftruncate, file, length));
+    return corvane::callFails("ftruncate")
+               ? -1
+               : static_cast<int>(::syscall(SYS_ftruncate, file, length));
 }
 
 int rename(const char* from, const char* to) noexcept {
-    return corvane::fails("rename")
+    return corvane::callFails("rename")
                ? -1
                : static_cast<int>(::syscall(SYS_renameat, AT_FDCWD, from, AT_FDCWD, to));
 }
 
 int linkat(int fromFolder, const char* from, int toFolder, const char* to, int flags) noexcept {
-    return corvane::fails("linkat")
+    return corvane::callFails("linkat")
                ? -1
                : static_cast<int>(::syscall(SYS_linkat, fromFolder, from, toFolder, to, flags));
 }
 
 int flock(int file, int operation) noexcept {
-    return corvane::fails("flock") ? -1 : static_cast<int>(::syscall(SYS_flock, file, operation));
+    return corvane::callFails("flock") ? -1
+                                       : static_cast<int>(::syscall(SYS_flock, file, operation));
 }
 
 } // extern "C"
