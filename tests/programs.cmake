@@ -8,3 +8,5 @@ add_test(NAME end_to_end_test
 add_test(NAME at_the_edges_test
          COMMAND ${PROGRAM_TESTS}/end-to-end/at-the-edges.sh ${CMAKE_RUNTIME_OUTPUT_DIRECTORY})
 set_tests_properties(package_test end_to_end_test at_the_edges_test PROPERTIES TIMEOUT 300)
+
+include(${PROGRAM_TESTS}/updates/programs.cmake)

@@ -2,7 +2,7 @@
 #include "apps/support/UpdateSettings.h"
 #include "desktop/EventLoop.h"
 #include "desktop/QtDialogs.h"
-#include "kolib/update/Minisign.h"
+#include "kolib/update/Versions.h"
 #include "system/DiskFiles.h"
 #include "system/KORegistry.h"
 #include "system/Programs.h"
@@ -11,29 +11,70 @@
 
 #include <QProcess>
 
-#include <fstream>
-#include <sstream>
+#include <chrono>
+#include <thread>
+#include <unistd.h>
 
 namespace {
 
 using namespace corvane;
 
-std::string contentOf(const std::filesystem::path& path) {
-    std::ostringstream content;
-    content << std::ifstream(path, std::ios::binary).rdbuf();
-    return content.str();
+std::string whatIsWrong(const DownloadFolder& folder, const UpdateSource& source,
+                        const UpdateManifest& update) {
+    if (!IsNewer(update.version, source.version).value_or(false) && source.installedWhole())
+        return update.version + " is not newer than " + source.version;
+    const auto key = Minisign::readKey(source.key);
+    const Handle package = folder.openToRead(DownloadFolder::Package);
+    return key ? WhatIsWrongWith(package.get(), folder.signatureText(), update, *key)
+               : "this build of Corvane has no updates";
 }
 
-bool isOurs(const UpdateSource& source) {
-    const auto key = Minisign::readKey(source.key);
-    const auto signature = Minisign::readSignature(contentOf(source.signature()));
-    return key && signature && Minisign::verifyFile(*key, *signature, source.package());
+/// As bytes, not as a path: what is installed is what is handed over here.
+void handOver(QProcess& process, const std::string& signature, int package) {
+    const auto write = [&process](const char* bytes, qint64 count) {
+        return process.write(bytes, count) == count && process.waitForBytesWritten(-1);
+    };
+    std::vector<char> piece(1U << 16U);
+    if (!write(signature.data(), static_cast<qint64>(signature.size())))
+        return;
+    for (ssize_t count = 0; (count = ::read(package, piece.data(), piece.size())) > 0;)
+        if (!write(piece.data(), count))
+            return;
 }
 
 /// With the dialog of the system that asks for the password of somebody who may.
-bool install(const UpdateSource& source) {
-    return QProcess::execute("pkexec",
-                             {"dpkg", "--install", QString::fromStdString(source.package())}) == 0;
+InstallOutcome install(const DownloadFolder& folder, const std::string& programs,
+                       const UpdateManifest& update) {
+    using Kind = InstallOutcome::Kind;
+    constexpr int dismissed = 126;
+    constexpr int notAllowed = 127;
+    const Handle package = folder.openToRead(DownloadFolder::Package);
+    std::string signature = folder.signatureText();
+    if (!signature.ends_with('\n'))
+        signature += '\n';
+    QProcess process;
+    process.start("pkexec", {QString::fromStdString(programs + "corvane-install-update"),
+                             QString::fromStdString(update.version)});
+    if (!process.waitForStarted())
+        return {Kind::NotNow, "the rights can't be asked for, since pkexec is not installed"};
+    handOver(process, signature, package.get());
+    process.closeWriteChannel();
+    process.waitForFinished(-1);
+    const std::string said = process.readAllStandardError().trimmed().toStdString();
+    if (process.exitStatus() != QProcess::NormalExit)
+        return {Kind::Interrupted, "the installation was interrupted"};
+    switch (process.exitCode()) {
+    case 0:
+        return {};
+    case 1:
+        return {Kind::Refused, said};
+    case dismissed:
+        return {Kind::NotNow, "no password was given"};
+    case notAllowed:
+        return {Kind::NotNow, "the rights were not given"};
+    default:
+        return {Kind::NotNow, said};
+    }
 }
 
 } // namespace
@@ -44,13 +85,23 @@ int main(int argc, char** argv) {
     DiskFiles files;
     SettingsStore settings(ConfigurationFolder(), files);
     const KORegistry registry(settings);
+    UpdateRecordFile record(source.records, files);
+    DownloadFolder folder(source.folder);
     QtDialogs dialogs;
-    UpdateInstaller({registry, dialogs, source.package(), source.signature(),
-                     [&source] { return isOurs(source); }, [&source] { return install(source); }})
+    SystemPrograms programs;
+    UpdateInstaller({registry, dialogs, record,
+                     [&](const UpdateManifest& update) {
+                         std::string wrong;
+                         return folder.open(wrong) ? whatIsWrong(folder, source, update) : wrong;
+                     },
+                     [&](const UpdateManifest& update) {
+                         return install(folder, programs.ProgramDirectory(), update);
+                     },
+                     [&] { folder.clear(); },
+                     [] { std::this_thread::sleep_for(std::chrono::milliseconds(100)); }})
         .run();
     std::string arguments;
     for (int i = 1; i < argc; ++i)
         (arguments += i > 1 ? " " : "") += argv[i];
-    SystemPrograms programs;
     return programs.Start(programs.ProgramDirectory() + "corvane", arguments) ? 0 : 1;
 }

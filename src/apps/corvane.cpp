@@ -10,7 +10,7 @@
 #include "shell/Startup.h"
 #include "shell/WindowSizes.h"
 #include "system/UserFolders.h"
-#include "update/SoftwareUpdateBand.h"
+#include "update/UpdateStatusForm.h"
 
 #include <iostream>
 #include <thread>
@@ -82,20 +82,24 @@ int main(int argc, char** argv) {
     const QtKeyboard keyboard;
     const ProductControls controls(place, keyboard);
     Application application(program.programs, dialogs);
-    const UpdateSource source = OwnUpdateSource();
-    QtUpdates updates(source);
+    UpdateSource source = OwnUpdateSource();
+    const bool hasUpdates = !source.url.empty();
+    source.tell = [&program](const std::string& line) { program.debug.DebugWriteLine(line); };
+    QtUpdates updates(std::move(source), program.files);
     SoftwareUpdateBand band(updates, program.registry, program.clock);
+    UpdateStatusForm updateStatus(updates, band);
     SettingsStore windows(StateFolder() / "windows", program.files);
     WindowSizes sizes(windows);
     MainForm form(place, controls, application);
     form.setBand(band);
-    if (source.url.empty())
+    if (!hasUpdates)
         form.setNoUpdates();
     form.setWindowSizes(sizes);
     LinkStatus status(program.link);
     const LinkWatch watch(program.link, program.device);
     MainWindow window(form, status);
     window.setBand(band);
+    window.setUpdateStatus(updateStatus);
     dialogs.setParent(&window);
     InstanceDoor door(channel, window, [&form](const std::string& path) { form.OpenFile(path); });
     const Connection onEnding = application.Ending.connect([&] {

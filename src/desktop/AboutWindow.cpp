@@ -3,6 +3,7 @@
 #include "desktop/Binders.h"
 #include "desktop/PictureButton.h"
 #include "desktop/Theme.h"
+#include "desktop/Widgets.h"
 
 #include <QKeyEvent>
 #include <QMouseEvent>
@@ -67,6 +68,9 @@ AboutWindow::AboutWindow(AboutForm& form, QWidget* parent) : QDialog(parent), fo
     Bind(product, form.ProductLabel);
     auto* version = new QLabel(this);
     Bind(version, form.VersionLabel);
+    QLabel* news = MakeLabel(form.NewsLabel, this);
+    news->setWordWrap(true);
+    news->setAlignment(Qt::AlignCenter);
     auto* site = new HyperlinkLabel(form.Site, this);
     auto* ok = new QPushButton(this);
     Bind(ok, form.OKButton);
@@ -78,7 +82,7 @@ AboutWindow::AboutWindow(AboutForm& form, QWidget* parent) : QDialog(parent), fo
                                3 * Theme::Spacing);
     layout->setSpacing(Theme::Spacing);
     layout->addWidget(logo, 0, Qt::AlignHCenter);
-    for (QLabel* label : {product, version, static_cast<QLabel*>(site)})
+    for (QLabel* label : {product, version, news, static_cast<QLabel*>(site)})
         layout->addWidget(label, 0, Qt::AlignHCenter);
     layout->addSpacing(Theme::Spacing);
     layout->addWidget(ok, 0, Qt::AlignHCenter);

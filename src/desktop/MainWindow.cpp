@@ -7,6 +7,7 @@
 #include "desktop/Theme.h"
 #include "desktop/Twips.h"
 #include "desktop/UpdateBandView.h"
+#include "desktop/UpdateStatusWindow.h"
 #include "desktop/Views.h"
 
 #include <QCloseEvent>
@@ -146,6 +147,20 @@ void MainWindow::setBand(SoftwareUpdateBand& band) {
     band_ = new UpdateBandView(band, area_);
     band_->fitTo(area_->width());
     place();
+}
+
+void MainWindow::setUpdateStatus(UpdateStatusForm& status) {
+    form_.menu.mnuHelpCheckForUpdatesNow.setEnabled(status.HasUpdates());
+    connections_.push_back(
+        form_.menu.mnuHelpCheckForUpdatesNow.Click.connect([&status] { status.show(); }));
+    connections_.push_back(
+        form_.about.Shown.connect([this, &status] { form_.about.setNews(status.News()); }));
+    connections_.push_back(form_.Closed.connect([&status] { status.close(); }));
+    connections_.push_back(status.Shown.connect([this, &status] {
+        auto* window = new UpdateStatusWindow(status, this);
+        window->setAttribute(Qt::WA_DeleteOnClose);
+        window->show();
+    }));
 }
 
 void MainWindow::place() {

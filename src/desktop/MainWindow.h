@@ -12,6 +12,7 @@ namespace corvane {
 
 class SoftwareUpdateBand;
 class UpdateBandView;
+class UpdateStatusForm;
 
 /// The main window's looks: a menu bar with a sign of the link at its right end, and the view of
 /// the product control on show. Form and status must outlive it.
@@ -22,6 +23,8 @@ class MainWindow final : public QMainWindow {
 
     /// Shows the band where the form wants it. It must outlive the window.
     void setBand(SoftwareUpdateBand& band);
+    /// Lets the menu and the about box tell how it stands with updates. It must outlive the window.
+    void setUpdateStatus(UpdateStatusForm& status);
 
     [[nodiscard]] QWidget* view() const { return view_; }
 

@@ -24,6 +24,7 @@ UpdateBandView::UpdateBandView(SoftwareUpdateBand& band, QWidget* parent)
     choiceRow->setSpacing(Theme::Spacing / 2);
     choiceRow->addWidget(MakeToolButton(band.YesButton, choice));
     choiceRow->addWidget(MakeToolButton(band.NoButton, choice));
+    choiceRow->addWidget(MakeToolButton(band.SkipButton, choice));
     BindWidget(choice, band.YesNoButtons);
     auto* buttonRow = new QHBoxLayout(buttons_);
     buttonRow->setContentsMargins(0, 0, 0, 0);

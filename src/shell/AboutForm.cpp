@@ -41,6 +41,12 @@ AboutForm::AboutForm(const Application& application)
       onOk_(OKButton.Click.connect([this] { close(); })) {
     Logo.setToolTipText("Open the maker's web site");
     OKButton.setToolTipText("Close this window");
+    NewsLabel.setVisible(false);
+}
+
+void AboutForm::setNews(const std::string& text) {
+    NewsLabel.setCaption(text);
+    NewsLabel.setVisible(!text.empty());
 }
 
 void AboutForm::show() {

@@ -47,6 +47,7 @@ class AboutForm final {
 
     Label ProductLabel{ProgramName};
     Label VersionLabel{std::string("Version: ") + ProgramVersion};
+    Label NewsLabel; ///< That no news of versions has come for long; shows only then.
     Button Logo;
     HyperlinkControl Site;
     Button OKButton{"OK"};
@@ -56,6 +57,8 @@ class AboutForm final {
     /// Opens it, or brings it to the front.
     void show();
     void close();
+    /// Empty if there is nothing to tell.
+    void setNews(const std::string& text);
 
   private:
     bool open_ = false;

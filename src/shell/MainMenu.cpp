@@ -9,6 +9,8 @@ MainMenu::MainMenu() {
     for (MenuItem* item : {&mnuFileMRUSeparator, &mnuOptions, &mnuOptionsAutopatch})
         item->setVisible(false);
     mnuFileNew.setToolTipText("Begin a new document");
+    mnuHelpCheckForUpdatesNow.setEnabled(false, "This build of Corvane looks for no new versions.");
+    mnuHelpCheckForUpdatesNow.setToolTipText("Look for a new version, and tell how it stands");
     mnuHelpTroubleshootingPowerCycle.setToolTipText(
         "Take the power from what hangs on the link, and give it back");
 }
@@ -45,6 +47,7 @@ std::vector<MenuPlace> MainMenu::layout() {
         {&mnuOptions, std::move(options), nullptr},
         {&mnuHelp,
          {{&mnuHelpTroubleshooting, std::move(troubleshooting), nullptr},
+          {&mnuHelpCheckForUpdatesNow, {}, nullptr},
           {&mnuHelpAbout, {}, nullptr}},
          nullptr},
     };

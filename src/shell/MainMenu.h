@@ -45,6 +45,7 @@ struct MainMenu {
     MenuItem mnuHelpTroubleshootingRestartCorvane{""};
     MenuItem mnuHelpTroubleshootingRestartCorvaneInDebugMode{"In &Debug Mode"};
     MenuItem mnuHelpTroubleshootingRestartCorvaneNormally{"&Normally"};
+    MenuItem mnuHelpCheckForUpdatesNow{"Check for Updates &Now"};
     MenuItem mnuHelpAbout{"&About..."};
 };
 

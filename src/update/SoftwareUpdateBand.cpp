@@ -15,6 +15,8 @@ enum State {
     Failed = 6
 };
 
+constexpr const char* Mark = "Update"; // for what installs it
+
 constexpr float Speed = 100.0F * 15;      // twips a second: 100 pixels
 constexpr float Nearly = 0.0001F;         // so that a whole number is not cut to the one below
 constexpr std::size_t LongestLog = 32000; // characters
@@ -37,6 +39,7 @@ SoftwareUpdateBand::SoftwareUpdateBand(KOUpdates& client, const KORegistry& regi
     : client_(client), registry_(registry), frames_(clock) {
     YesButton.setToolTipText("Fetch the new version in the background");
     NoButton.setToolTipText("Ask again at the next start");
+    SkipButton.setToolTipText("Do not ask again about this version");
     DetailsButton.setToolTipText("What is new in that version");
     RestartButton.setToolTipText("Ask to save what is open, and install the new version");
     RestartButton.setVisible(false);
@@ -55,17 +58,42 @@ SoftwareUpdateBand::SoftwareUpdateBand(KOUpdates& client, const KORegistry& regi
         setState(Downloading);
         SoftwareUpdateTimer.setEnabled(poll());
     });
-    on(NoButton.Click, [this] { setState(Nothing); });
+    on(NoButton.Click, [this] { decline(false); });
+    on(SkipButton.Click, [this] { decline(true); });
     on(RestartButton.Click, [this] { RestartRequested.raise(); });
     on(DetailsButton.Click, [this] {
         detailsShown_ = !detailsShown_;
         DetailsButton.setCaption(detailsShown_ ? "<< Details" : "Details >>");
         slide();
     });
+    setMark(false); // until this run knows that a package lies there
     if (KOOptions(registry).AutopatchEnabled()) {
         client_.UC_Begin();
         SoftwareUpdateTimer.setEnabled(true);
     }
+}
+
+void SoftwareUpdateBand::CheckNow() {
+    if (state_ != Nothing)
+        return;
+    lastClientState_ = KOUpdates::Working;
+    client_.UC_BeginNow();
+    SoftwareUpdateTimer.setEnabled(true);
+}
+
+void SoftwareUpdateBand::decline(bool forGood) {
+    client_.UC_Decline(forGood);
+    setState(Nothing);
+}
+
+void SoftwareUpdateBand::setMark(bool marked) const {
+    if (!marked && !registry_.OpenSettingsForReading())
+        return; // no settings, no mark
+    auto key = registry_.OpenSettingsForWriting();
+    if (key && marked)
+        key->setIntegers(Mark, 1);
+    else if (key)
+        key->DeleteValue(Mark);
 }
 
 int SoftwareUpdateBand::DesiredTop() const {
@@ -97,10 +125,10 @@ bool SoftwareUpdateBand::poll() {
     lastClientState_ = state;
     if (state == KOUpdates::Failed && state_ != Nothing)
         setState(Failed);
-    if (state == KOUpdates::Available) {
+    if (state == KOUpdates::Available || state == KOUpdates::Downloaded)
         ChangeLogText.setCaption(firstCharacters(client_.UC_GetChangeLog(), LongestLog));
+    if (state == KOUpdates::Available)
         setState(Offered);
-    }
     if (state == KOUpdates::Downloaded)
         setState(Ready);
     return false;
@@ -108,9 +136,8 @@ bool SoftwareUpdateBand::poll() {
 
 void SoftwareUpdateBand::setState(int state) {
     if (state == Ready) {
-        auto key = registry_.OpenSettingsForWriting();
-        if (key)
-            key->setIntegers("Update", 1); // a mark for what installs it
+        if (registry_.OpenSettingsForWriting())
+            setMark(true);
         else
             state = Failed;
     }

@@ -28,6 +28,8 @@ class SoftwareUpdateBand final : public BottomBand {
     [[nodiscard]] int BandState() const { return state_; }
     [[nodiscard]] int DesiredTop() const override;
     [[nodiscard]] int DesiredHeight() const override;
+    /// Looks for a new version now, also for one that is to be skipped, unless one is at hand.
+    void CheckNow();
     /// Slides to this height.
     void setDesiredHeight(int height);
     /// What the region that always shows needs for its text at the present width, in twips.
@@ -40,6 +42,7 @@ class SoftwareUpdateBand final : public BottomBand {
     Frame YesNoButtons;
     Button YesButton{"Yes"};
     Button NoButton{"No"};
+    Button SkipButton{"Skip This Version"}; ///< Beside them, and shows with them.
     Button DetailsButton{"Details >>"};
     Button RestartButton{"Restart"};
     Frame DetailsRegion; ///< Shows while the band is higher than its main region.
@@ -48,6 +51,8 @@ class SoftwareUpdateBand final : public BottomBand {
   private:
     [[nodiscard]] bool poll();
     void setState(int state);
+    void decline(bool forGood);
+    void setMark(bool marked) const;
     void showState();
     void setWanted(bool wanted);
     void slide();

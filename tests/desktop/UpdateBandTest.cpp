@@ -1,6 +1,9 @@
+#include "desktop/AboutWindow.h"
 #include "desktop/UpdateBandView.h"
+#include "support/Hands.h"
 #include "support/ProductWindow.h"
 #include "system/SystemClock.h"
+#include "update/UpdateStatusForm.h"
 
 #include <QLabel>
 #include <QPlainTextEdit>
@@ -17,7 +20,12 @@ struct OfferingClient final : KOUpdates {
     std::string UC_GetChangeLog() const override {
         return "Version 2.22\n\n- Lights fade more smoothly.\n- A link is found sooner.";
     }
+    void UC_BeginNow() override { state = Available; }
     void UC_DownloadUpdate() override { state = Working; }
+    void UC_Decline(bool forGood) override { standing.skipped = forGood; }
+    UpdateStanding UC_GetStanding() const override { return standing; }
+
+    UpdateStanding standing{UpdateStanding::State::Offered, "2.22", 0, false, "", 31};
 };
 
 class UpdateWindow : public ProductWindow {
@@ -31,11 +39,14 @@ class UpdateWindow : public ProductWindow {
     OfferingClient client;
     SystemClock clock;
     std::unique_ptr<SoftwareUpdateBand> band;
+    std::unique_ptr<UpdateStatusForm> updateStatus;
 
     void SetUp() override {
         band = std::make_unique<SoftwareUpdateBand>(client, desk.registry, clock);
         form.setBand(*band);
         window.setBand(*band);
+        updateStatus = std::make_unique<UpdateStatusForm>(client, *band);
+        window.setUpdateStatus(*updateStatus);
         const auto mark = opened_.find(' ');
         if (opened_.empty())
             open({});
@@ -87,6 +98,46 @@ TEST_F(UpdateWindow, SlidesInShowsItsDetailsAndLeadsToARestart) {
     EXPECT_FALSE(window.isVisible());
     ASSERT_EQ(desk.programs.started.size(), 1U);
     EXPECT_EQ(desk.programs.started[0], "/opt/corvane/Corvane.exe|");
+}
+
+TEST_F(UpdateWindow, IsToldByTheMenuHowItStandsAndSkipsForGood) {
+    const auto choose = [this](const MenuItem& item) {
+        EXPECT_TRUE(Hands::choose(*window.menuBar(), {&form.menu.mnuHelp, &item}, true));
+    };
+    choose(form.menu.mnuHelpCheckForUpdatesNow);
+    auto* told = window.findChild<QDialog*>("updateStatus");
+    ASSERT_TRUE(told != nullptr && QTest::qWaitForWindowExposed(told));
+    const auto says = [&told](const char* text) {
+        for (const QLabel* label : told->findChildren<QLabel*>())
+            if (label->isVisible() && label->text().contains(text))
+                return true;
+        return false;
+    };
+    EXPECT_TRUE(says("Version 2.22 is available."));
+    EXPECT_TRUE(says("for 31 days"));
+    shoot(*told, "update-status");
+    client.standing.state = UpdateStanding::State::Failed;
+    client.standing.why =
+        "https://updates.example/corvane.json could not be fetched: Host not found";
+    EXPECT_TRUE(QTest::qWaitFor([&] { return says("Host not found"); })); // while it is open
+    shoot(*told, "update-status-failed");
+    QTest::keyClick(told, Qt::Key_Escape);
+    EXPECT_FALSE(told->isVisible());
+
+    EXPECT_TRUE(QTest::qWaitFor([&] { return band->BandState() == 1; }, 10000));
+    EXPECT_TRUE(slidTo(SoftwareUpdateBand::MainHeight));
+    pressIn("Skip This Version");
+    EXPECT_TRUE(client.standing.skipped);
+    EXPECT_TRUE(slidTo(0));
+
+    choose(form.menu.mnuHelpAbout);
+    auto* about = window.findChild<AboutWindow*>();
+    ASSERT_TRUE(about != nullptr && QTest::qWaitForWindowExposed(about));
+    bool found = false;
+    for (const QLabel* label : about->findChildren<QLabel*>())
+        found = found || (label->isVisible() && label->text().contains("for 31 days"));
+    EXPECT_TRUE(found);
+    shoot(*about, "about-without-news");
 }
 
 class NarrowUpdateWindow : public UpdateWindow {

@@ -24,6 +24,15 @@ person() {
 
 desktop-file-validate "$share"/applications/*.desktop
 appstreamcli validate --no-net "$share"/metainfo/*.xml >"$tmp/log" || { cat "$tmp/log"; exit 1; }
+python3 - "$share"/polkit-1/actions/*.policy "$root" <<'PYTHON' || fail "the prompt's program is not there"
+import os, sys, xml.etree.ElementTree
+action = xml.etree.ElementTree.parse(sys.argv[1]).find("action")
+assert action.find("message").text == "Install an update of Corvane ($(command_line))"
+assert os.access(sys.argv[2] + action.find("annotate").text, os.X_OK)
+PYTHON
+# Nothing of a toolkit runs as root.
+ldd "$root/usr/lib/corvane/corvane-install-update" >"$tmp/libraries"
+! grep -qi libqt "$tmp/libraries" || fail "the privileged side has grown"
 update-mime-database "$share/mime" 2>/dev/null
 update-desktop-database "$share/applications"
 

@@ -1,8 +1,10 @@
 #include "support/Desk.h"
-#include "update/SoftwareUpdateBand.h"
 #include "update/UpdateInstaller.h"
+#include "update/UpdateStatusForm.h"
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
+
+#include <algorithm>
 
 namespace corvane {
 namespace {
@@ -12,8 +14,10 @@ struct ScriptedClient final : KOUpdates {
     int state = Working;
     std::string log;
     std::string calls;
+    UpdateStanding standing;
 
     void UC_Begin() override { calls += 'b'; }
+    void UC_BeginNow() override { calls += 'n'; }
     void UC_Reset() override { calls += 'r'; }
     int UC_GetState() const override { return state; }
     std::string UC_GetChangeLog() const override { return log; }
@@ -21,6 +25,8 @@ struct ScriptedClient final : KOUpdates {
         calls += 'd';
         state = Working;
     }
+    void UC_Decline(bool forGood) override { calls += forGood ? 's' : 'x'; }
+    UpdateStanding UC_GetStanding() const override { return standing; }
 };
 
 class UpdateBand : public testing::Test {
@@ -121,6 +127,60 @@ TEST_F(UpdateBand, WithoutAPlaceForTheMarkItFails) {
     EXPECT_EQ(band->BandState(), 6);
 }
 
+TEST_F(UpdateBand, TheMarkStandsOnlyWhileTheBandSaysSo) {
+    poll(KOUpdates::Downloaded);
+    EXPECT_EQ(mark(), 1);
+    make(false); // the next start
+    EXPECT_EQ(mark(), 0);
+    std::filesystem::remove_all(desk.folder.path() / "config");
+    SoftwareUpdateBand none(client, desk.registry, desk.bench.clock);
+    EXPECT_FALSE(desk.registry.OpenSettingsForReading()); // a mark that is not there makes no key
+}
+
+TEST_F(UpdateBand, NoIsForThisRunAndSkippingForGood) {
+    poll(KOUpdates::Available);
+    EXPECT_EQ(band->SkipButton.Caption(), "Skip This Version");
+    band->NoButton.press();
+    EXPECT_EQ(client.calls, "bx");
+    EXPECT_EQ(band->BandState(), 0);
+    band->CheckNow();
+    poll(KOUpdates::Available);
+    EXPECT_EQ(band->BandState(), 1);
+    band->CheckNow(); // what is on offer already is not looked for
+    band->SkipButton.press();
+    EXPECT_EQ(client.calls, "bxns");
+    EXPECT_EQ(band->BandState(), 0);
+}
+
+TEST_F(UpdateBand, WhoeverAsksIsToldHowItStands) {
+    using State = UpdateStanding::State;
+    UpdateStatusForm form(client, *band);
+    form.show();
+    EXPECT_EQ(client.calls, "bn");
+    std::vector<std::string> texts;
+    for (int state = static_cast<int>(State::Off); state <= static_cast<int>(State::Failed);
+         ++state) {
+        client.standing = {static_cast<State>(state), "2.22", 43, false, "no way there", 29};
+        form.LookTimer.Fired.raise();
+        texts.push_back(form.StatusLabel.Caption());
+        EXPECT_FALSE(form.NewsLabel.Visible());
+    }
+    EXPECT_EQ(texts[static_cast<std::size_t>(State::Newest)],
+              "Corvane 2.21 is the newest version.");
+    EXPECT_THAT(texts[static_cast<std::size_t>(State::Downloading)], testing::HasSubstr("43 %"));
+    EXPECT_THAT(texts.back(), testing::HasSubstr("no way there"));
+    std::sort(texts.begin(), texts.end());
+    // One text for each, but that looking and being about to look are the same.
+    EXPECT_EQ(std::unique(texts.begin(), texts.end()) - texts.begin(), 8);
+    client.standing.daysWithoutNews = 30;
+    form.LookTimer.Fired.raise();
+    EXPECT_THAT(form.NewsLabel.Caption(), testing::HasSubstr("for 30 days"));
+    EXPECT_TRUE(form.NewsLabel.Visible());
+    EXPECT_EQ(band->BandState(), 0); // never in the band
+    client.standing.state = State::Off;
+    EXPECT_EQ(form.News(), "");
+}
+
 TEST_F(UpdateBand, ALongLogIsCutBetweenCharacters) {
     for (int i = 0; i < 33000; ++i)
         client.log += "ä";
@@ -178,56 +238,106 @@ TEST_F(UpdateBand, DetailsOpenTheBandAndComeBackWithIt) {
 
 class Installing : public testing::Test {
   protected:
+    using State = UpdateRecord::State;
+    using Kind = InstallOutcome::Kind;
+
     Desk desk;
-    bool ours = true;
-    bool works = true;
+    UpdateRecordFile file{desk.folder.path() / "records", desk.files};
+    std::string wrong;
+    InstallOutcome outcome;
     std::string done;
 
+    void SetUp() override {
+        UpdateRecord record;
+        record.state = State::Ready;
+        record.manifest = R"({"version": "2.22", "notes": "", "url": "https://h/p.deb", "size": 1,
+            "issued": "2026-01-01T00:00:00Z", "expires": "2026-02-01T00:00:00Z", "sha256": ")" +
+                          std::string(64, 'a') + R"("})";
+        ASSERT_TRUE(file.save(record));
+    }
     bool install(bool marked = true) {
         if (marked)
             desk.registry.OpenSettingsForWriting()->setIntegers("Update", 1);
-        const std::filesystem::path package = desk.folder.file("p", "package");
-        const std::filesystem::path signature = desk.folder.file("s", "signature");
-        const bool installed = UpdateInstaller({desk.registry, desk.person, package, signature,
-                                                [&] {
-                                                    done += "v";
-                                                    return ours;
-                                                },
-                                                [&] {
-                                                    done += "i";
-                                                    return works;
-                                                }})
-                                   .run();
+        const bool installed =
+            UpdateInstaller({desk.registry, desk.person, file, [&](auto&) { return wrong; },
+                             [&](auto&) {
+                                 done += file.load().state == State::Installing ? "i" : "?";
+                                 return outcome;
+                             },
+                             [&] { done += "c"; }, [&] { done += "w"; }})
+                .run();
         if (marked) {
             EXPECT_EQ(desk.registry.OpenSettingsForReading()->Integers("Update"), 0);
-            EXPECT_FALSE(std::filesystem::exists(package));
-            EXPECT_FALSE(std::filesystem::exists(signature));
-        } else {
-            EXPECT_TRUE(std::filesystem::exists(package));
         }
         return installed;
     }
 };
 
-TEST_F(Installing, WhatIsVerifiedIsInstalledAndForgotten) {
+TEST_F(Installing, EachOutcomeIsToldAndNoted) {
     EXPECT_FALSE(install(false));
     EXPECT_EQ(done, "");
-    EXPECT_TRUE(install());
-    EXPECT_EQ(done, "vi");
+    struct {
+        std::string wrong;
+        InstallOutcome outcome;
+        std::string done;
+        State state;
+        std::string told;
+    } const cases[] = {
+        {"", {Kind::Interrupted, "cut"}, "i", State::Installing, "(cut)"},
+        {"", {Kind::NotNow, "no password was given"}, "i", State::Ready, "is kept"},
+        {"", {Kind::Refused, "older"}, "ic", State::Nothing, "(older)"},
+        {"changed", {}, "c", State::Nothing, "damaged, and was not installed (changed)"},
+        {"", {}, "ic", State::Nothing, ""},
+    };
+    for (const auto& one : cases) {
+        SetUp();
+        done.clear();
+        wrong = one.wrong;
+        outcome = one.outcome;
+        EXPECT_EQ(install(), one.told.empty()) << one.told;
+        EXPECT_EQ(done, one.done) << one.told;
+        EXPECT_EQ(file.load().state, one.state) << one.told;
+        EXPECT_THAT(desk.person.takeMessage(), testing::HasSubstr(one.told));
+    }
+    EXPECT_FALSE(install()); // marked, but nothing is ready
     EXPECT_EQ(desk.person.takeMessage(), "");
 }
 
-TEST_F(Installing, WhatIsNotOursIsNotRun) {
-    ours = false;
+TEST_F(Installing, WaitsForWhoIsAtWorkButNotForEver) {
+    UpdateRecordFile other{desk.folder.path() / "records", desk.files};
+    ASSERT_TRUE(other.acquire());
     EXPECT_FALSE(install());
-    EXPECT_EQ(done, "v");
-    EXPECT_NE(desk.person.takeMessage().find("damaged"), std::string::npos);
+    EXPECT_EQ(done, std::string(100, 'w'));
+    other.release();
+    EXPECT_TRUE(install());
 }
 
-TEST_F(Installing, AFailureIsToldAndTheOldVersionGoesOn) {
-    works = false;
-    EXPECT_FALSE(install());
-    EXPECT_NE(desk.person.takeMessage().find("could not be installed"), std::string::npos);
+TEST(UpdateRecordFile, KeepsAllAndSurvivesDamage) {
+    TemporaryFolder folder;
+    DiskFiles files;
+    const UpdateRecordFile file(folder.path(), files);
+    UpdateRecord record;
+    record.issued = 1'700'000'000;
+    record.looked = record.since = 1'700'000'001;
+    record.skipped = "2.22";
+    record.why = "a \"reason\"";
+    ASSERT_TRUE(file.save(record));
+    const UpdateRecord read = file.load();
+    EXPECT_EQ(read.issued, record.issued);
+    EXPECT_EQ(read.looked, record.looked);
+    EXPECT_EQ(read.skipped, record.skipped);
+    EXPECT_EQ(read.why, record.why);
+    EXPECT_EQ(read.daysWithoutNews(record.issued + 30 * 86400), 30);
+    EXPECT_EQ(read.daysWithoutNews(0), 0); // a clock that was set back
+    for (const char* damaged : {"", "{", "[1]", R"({"state": "ready", "issued": 7})"}) {
+        folder.file("state", damaged);
+        EXPECT_EQ(file.load().state, UpdateRecord::State::Nothing) << damaged;
+        EXPECT_EQ(file.load().issued, 0) << damaged;
+    }
+    for (int i = 0; i < 60; ++i)
+        file.log(std::string(2000, 'x') + "\nthat is meant to look like another line");
+    EXPECT_LT(folder.content("log").size(), 65536U);
+    EXPECT_THAT(folder.content("log"), testing::Not(testing::HasSubstr("\nthat")));
 }
 
 } // namespace

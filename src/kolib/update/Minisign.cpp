@@ -3,8 +3,8 @@
 #include <sodium.h>
 
 #include <algorithm>
-#include <fstream>
-#include <sstream>
+#include <cerrno>
+#include <unistd.h>
 #include <vector>
 
 namespace corvane::Minisign {
@@ -67,6 +67,21 @@ const unsigned char* unsignedBytes(std::string_view bytes) {
     return reinterpret_cast<const unsigned char*>(bytes.data());
 }
 
+/// Hands over all of an open file piece by piece. False if it can't be read to its end.
+template<class Take>
+bool eachPiece(int descriptor, Take take) {
+    std::vector<char> piece(1U << 16U);
+    for (off_t at = 0;;) {
+        const ssize_t count = ::pread(descriptor, piece.data(), piece.size(), at);
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count <= 0)
+            return count == 0;
+        take(std::string_view(piece.data(), static_cast<std::size_t>(count)));
+        at += count;
+    }
+}
+
 } // namespace
 
 std::optional<PublicKey> readKey(std::string_view text) {
@@ -109,27 +124,35 @@ bool verify(const PublicKey& key, const Signature& signature, std::string_view b
     return isSigned(key, signature.signature, hash.data(), hash.size());
 }
 
-bool verifyFile(const PublicKey& key, const Signature& signature, const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
-    if (!file)
-        return false;
+bool verifyFile(const PublicKey& key, const Signature& signature, int descriptor) {
     if (!signature.prehashed) {
-        std::ostringstream all;
-        all << file.rdbuf();
-        return !file.bad() && verify(key, signature, all.str());
+        std::string all;
+        return eachPiece(descriptor, [&all](std::string_view piece) { all += piece; }) &&
+               verify(key, signature, all);
     }
     crypto_generichash_state state;
     crypto_generichash_init(&state, nullptr, 0, HashLength);
-    std::vector<char> piece(1U << 16U);
-    while (file) {
-        file.read(piece.data(), static_cast<std::streamsize>(piece.size()));
-        const auto count = static_cast<std::size_t>(file.gcount());
-        crypto_generichash_update(&state, unsignedBytes({piece.data(), count}), count);
-    }
     std::array<std::uint8_t, HashLength> hash{};
+    const bool read = eachPiece(descriptor, [&state](std::string_view piece) {
+        crypto_generichash_update(&state, unsignedBytes(piece), piece.size());
+    });
     crypto_generichash_final(&state, hash.data(), hash.size());
-    return !file.bad() && isWhole(key, signature) &&
+    return read && isWhole(key, signature) &&
            isSigned(key, signature.signature, hash.data(), hash.size());
+}
+
+std::string sha256Of(int descriptor) {
+    crypto_hash_sha256_state state;
+    crypto_hash_sha256_init(&state);
+    std::array<std::uint8_t, crypto_hash_sha256_BYTES> hash{};
+    const bool read = eachPiece(descriptor, [&state](std::string_view piece) {
+        crypto_hash_sha256_update(&state, unsignedBytes(piece), piece.size());
+    });
+    crypto_hash_sha256_final(&state, hash.data());
+    std::string digits(2 * hash.size() + 1, '\0');
+    sodium_bin2hex(digits.data(), digits.size(), hash.data(), hash.size());
+    digits.pop_back();
+    return read ? digits : std::string();
 }
 
 } // namespace corvane::Minisign

@@ -31,9 +31,12 @@ struct Signature {
 
 /// Whether these bytes carry this key's signature.
 [[nodiscard]] bool verify(const PublicKey& key, const Signature& signature, std::string_view bytes);
-/// The same for a file, whatever its size. False also for a file that can't be read.
-[[nodiscard]] bool verifyFile(const PublicKey& key, const Signature& signature,
-                              const std::string& path);
+/// The same for an open file from its beginning, whatever its size. False also for a file that
+/// can't be read.
+[[nodiscard]] bool verifyFile(const PublicKey& key, const Signature& signature, int descriptor);
+/// The SHA-256 of an open file from its beginning, as 64 hexadecimal digits in lower case. Empty
+/// for a file that can't be read.
+[[nodiscard]] std::string sha256Of(int descriptor);
 
 } // namespace Minisign
 

@@ -1,56 +1,93 @@
 #include "kolib/update/QtUpdates.h"
 
-#include <QHostAddress>
-#include <QTimer>
-
-#include <fstream>
+#include "kolib/update/Versions.h"
 
 namespace corvane {
 
 namespace {
 
 constexpr qint64 ManifestLimit = 256 * 1024; // bytes
-constexpr qint64 SignatureLimit = 4 * 1024;
-constexpr int MostRedirects = 5;
-constexpr int Partial = 206;
 
-bool mayBeAsked(const QUrl& url) {
-    if (url.scheme() == "https")
-        return !url.host().isEmpty();
-    return url.scheme() == "http" &&
-           (url.host() == "localhost" || QHostAddress(url.host()).isLoopback());
-}
-
-QUrl withSuffix(QUrl url) {
-    url.setPath(url.path() + ".minisig");
-    return url;
-}
+using State = UpdateRecord::State;
 
 std::string_view textOf(const QByteArray& bytes) {
     return {bytes.constData(), static_cast<std::size_t>(bytes.size())};
 }
 
-int statusOf(const QNetworkReply& reply) {
-    return reply.attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
-}
-
 } // namespace
+
+QtUpdates::QtUpdates(UpdateSource source, FileDoor& files)
+    : source_(std::move(source)),
+      file_(source_.records, files),
+      folder_(source_.folder),
+      key_(Minisign::readKey(source_.key)) {}
 
 QtUpdates::~QtUpdates() {
     UC_Reset();
     verifier_.waitForDone();
 }
 
-void QtUpdates::UC_Begin() {
+void QtUpdates::begin(bool asked) {
     UC_Reset();
-    key_ = Minisign::readKey(source_.key);
-    const QUrl url(QString::fromStdString(source_.url));
-    if (!key_ || !mayBeAsked(url)) {
+    begun_ = true;
+    asked_ = asked;
+    if (!key_ || !MayBeAsked(QUrl(QString::fromStdString(source_.url)))) {
         state_ = Failed;
         return;
     }
+    elsewhere_ = !file_.acquire();
+    if (elsewhere_) {
+        log("another Corvane is at work on updates");
+        state_ = NothingNew;
+        return;
+    }
+    record_ = file_.load();
+    record_.why.clear();
+    if (record_.since <= 0)
+        record_.since = source_.now();
+    takeUpRecord();
+}
+
+void QtUpdates::takeUpRecord() {
+    const auto update = record_.update();
+    offer_ = update.value_or(UpdateManifest());
+    const bool newer = update && IsNewer(update->version, source_.version).value_or(false);
+    if (record_.state == State::Installing) {
+        // Whoever was at it has ended, or the lock would not be ours.
+        const bool goesOn =
+            newer || (offer_.version == source_.version && !source_.installedWhole());
+        log(goesOn ? "the installation of " + offer_.version + " was interrupted"
+                   : offer_.version + " is installed");
+        if (goesOn)
+            record_.state = State::Ready;
+    } else if (!newer) {
+        record_.state = State::Nothing; // it has come another way
+    }
+    std::string whyNot;
+    if (record_.state == State::Ready && folder_.open(whyNot))
+        return inspect(DownloadFolder::Package, folder_.signatureText(),
+                       [this](const std::string& wrong) {
+                           ready_ = wrong.empty();
+                           if (!ready_) {
+                               log("what was fetched is deleted: " + wrong);
+                               folder_.clear();
+                               record_.state = State::Nothing;
+                           }
+                           fetchManifest();
+                       });
+    if (update && !newer && folder_.open(whyNot))
+        folder_.clear();
+    if (record_.state != State::Downloading)
+        record_.state = State::Nothing;
+    fetchManifest();
+}
+
+void QtUpdates::fetchManifest() {
+    if (!note(record_.state))
+        return;
+    const QUrl url(QString::fromStdString(source_.url));
     fetchSmall(url, ManifestLimit, [this, url](const QByteArray& manifest) {
-        fetchSmall(withSuffix(url), SignatureLimit,
+        fetchSmall(SignatureOf(url), SignatureLimit,
                    [this, manifest](const QByteArray& signature) { adopt(manifest, signature); });
     });
 }
@@ -58,7 +95,9 @@ void QtUpdates::UC_Begin() {
 void QtUpdates::UC_Reset() {
     ++run_;
     state_ = Working;
-    manifest_ = {};
+    offer_ = {};
+    ready_ = false;
+    fetching_ = false;
     part_.close();
     if (reply_ != nullptr) {
         reply_->disconnect(this);
@@ -67,176 +106,129 @@ void QtUpdates::UC_Reset() {
     }
 }
 
-QNetworkReply* QtUpdates::get(const QUrl& url, std::int64_t from) {
-    QNetworkRequest request(url);
-    request.setTransferTimeout(source_.stallTime);
-    request.setMaximumRedirectsAllowed(MostRedirects);
-    request.setAttribute(QNetworkRequest::RedirectPolicyAttribute,
-                         QNetworkRequest::UserVerifiedRedirectPolicy);
-    // What arrives is what is signed, and not what it could be unpacked to.
-    request.setRawHeader("Accept-Encoding", "identity");
-    if (from > 0)
-        request.setRawHeader("Range", "bytes=" + QByteArray::number(qint64{from}) + "-");
-    QNetworkReply* reply = network_.get(request);
-    reply_ = reply;
-    connect(reply, &QNetworkReply::redirected, this, [reply](const QUrl& target) {
-        if (mayBeAsked(target))
-            Q_EMIT reply->redirectAllowed();
-        else
-            reply->abort();
-    });
-    return reply;
-}
-
-void QtUpdates::fetchSmall(const QUrl& url, qint64 limit, Then then) {
-    QNetworkReply* reply = get(url, 0);
-    reply->setReadBufferSize(limit + 1);
-    QTimer::singleShot(source_.wholeTime, reply, [reply] { reply->abort(); });
-    connect(reply, &QNetworkReply::readyRead, this, [reply, limit] {
-        if (reply->bytesAvailable() > limit)
-            reply->abort();
-    });
-    connect(reply, &QNetworkReply::finished, this, [this, reply, limit, then = std::move(then)] {
-        reply->deleteLater();
-        const QByteArray bytes =
-            reply->error() == QNetworkReply::NoError ? reply->readAll() : QByteArray();
-        if (bytes.isEmpty() || bytes.size() > limit)
-            return fail();
-        then(bytes);
-    });
-}
-
 void QtUpdates::adopt(const QByteArray& bytes, const QByteArray& signatureBytes) {
     const auto signature = Minisign::readSignature(textOf(signatureBytes));
     if (!signature || !Minisign::verify(*key_, *signature, textOf(bytes)))
-        return fail();
+        return noManifest("the manifest is not signed by us");
     const auto manifest = UpdateManifest::read(textOf(bytes));
-    if (!manifest || !mayBeAsked(QUrl(QString::fromStdString(manifest->url))))
-        return fail();
-    if (!IsNewer(manifest->version, source_.version).value_or(false)) {
-        state_ = NothingNew;
+    if (!manifest || !MayBeAsked(QUrl(QString::fromStdString(manifest->url))))
+        return noManifest("the manifest is unsound");
+    const std::string wrong = whatIsWrongWith(*manifest, signature->trustedComment);
+    if (!wrong.empty())
+        return noManifest(wrong);
+    record_.issued = manifest->issued;
+    record_.looked = source_.now();
+    settle(*manifest, bytes.toStdString());
+}
+
+std::string QtUpdates::whatIsWrongWith(const UpdateManifest& manifest,
+                                       const std::string& comment) const {
+    if (comment != manifest.manifestComment())
+        return "the manifest's signature is that of \"" + comment + "\" and not of \"" +
+               manifest.manifestComment() + "\"";
+    if (manifest.issued < record_.issued)
+        return "the manifest of " + WriteUtc(manifest.issued) + " is older than the last one, of " +
+               WriteUtc(record_.issued);
+    // A clock may be set back, but not to before a moment at which it was right: the manifest that
+    // was taken then held at that time.
+    if (manifest.expires <= std::max(source_.now(), record_.looked))
+        return "the manifest holds no longer than until " + WriteUtc(manifest.expires);
+    return {};
+}
+
+void QtUpdates::settle(const UpdateManifest& manifest, const std::string& text) {
+    const auto old = record_.update();
+    const bool same = old && old->version == manifest.version && old->sha256 == manifest.sha256;
+    if (ready_ && same) {
+        if (note(State::Ready))
+            state_ = Downloaded;
         return;
     }
-    manifest_ = *manifest;
-    state_ = Available;
+    const bool goesOn = same && record_.state == State::Downloading;
+    std::string whyNot;
+    if (!same && old && folder_.open(whyNot))
+        folder_.clear(); // the newest manifest decides
+    ready_ = false;
+    record_.manifest = text;
+    offer_ = manifest;
+    if (!IsNewer(manifest.version, source_.version).value_or(false)) {
+        log("no newer version than " + source_.version);
+        if (note(State::Nothing))
+            state_ = NothingNew;
+    } else if (manifest.version == record_.skipped && !asked_) {
+        log(manifest.version + " is there, and to be skipped");
+        if (note(State::Nothing))
+            state_ = NothingNew;
+    } else if (goesOn) {
+        startDownload();
+    } else if (note(State::Offered)) {
+        log(manifest.version + " is there");
+        state_ = Available;
+    }
 }
 
 void QtUpdates::UC_DownloadUpdate() {
+    if (state_ == Available)
+        startDownload();
+}
+
+void QtUpdates::UC_Decline(bool forGood) {
     if (state_ != Available)
         return;
-    state_ = Working;
-    retriesLeft_ = source_.retries;
-    std::error_code error;
-    std::filesystem::create_directories(source_.folder, error);
-    // A part of another package is of no use.
-    const std::filesystem::path named = source_.folder / "update.name";
-    const std::string name = manifest_.version + " " + manifest_.url;
-    std::string present;
-    std::getline(std::ifstream(named), present);
-    if (present != name)
-        removeFiles();
-    std::ofstream(named) << name << '\n';
-    part_.setFileName(QString::fromStdString(partFile()));
-    if (!part_.open(QIODevice::ReadWrite | QIODevice::Append))
-        return fail();
-    resumeDownload();
+    if (forGood)
+        record_.skipped = offer_.version;
+    log(offer_.version + (forGood ? " is not wanted" : " is not wanted now"));
+    if (note(State::Nothing))
+        state_ = NothingNew;
 }
 
-void QtUpdates::resumeDownload() {
-    if (part_.size() > manifest_.size)
-        return fail();
-    const QUrl url(QString::fromStdString(manifest_.url));
-    if (part_.size() == manifest_.size) {
-        part_.close();
-        return fetchSmall(withSuffix(url), SignatureLimit,
-                          [this](const QByteArray& signature) { checkPackage(signature); });
-    }
-    QNetworkReply* reply = get(url, part_.size());
-    connect(reply, &QNetworkReply::metaDataChanged, this, [this, reply] {
-        // A server that does not know of parts begins at the beginning.
-        if (statusOf(*reply) / 100 == 2 && statusOf(*reply) != Partial)
-            part_.resize(0);
-        // And one that begins elsewhere is of no use.
-        const QByteArray range = "bytes " + QByteArray::number(part_.size()) + "-";
-        if (statusOf(*reply) == Partial && !reply->rawHeader("Content-Range").startsWith(range))
-            part_.resize(manifest_.size + 1);
-    });
-    connect(reply, &QNetworkReply::readyRead, this, [this, reply] { receive(*reply); });
-    connect(reply, &QNetworkReply::finished, this, [this, reply] { ended(*reply); });
-}
-
-void QtUpdates::receive(QNetworkReply& reply) {
-    const int status = statusOf(reply);
-    if (status != Partial && status / 100 != 2)
-        return; // the text of a failure
-    const QByteArray bytes = reply.readAll();
-    if (part_.size() + bytes.size() > manifest_.size || part_.write(bytes) != bytes.size() ||
-        !part_.flush()) {
-        reply.disconnect(this);
-        reply.abort();
-        reply.deleteLater();
-        return fail();
-    }
-    if (!bytes.isEmpty())
-        retriesLeft_ = source_.retries;
-}
-
-void QtUpdates::ended(QNetworkReply& reply) {
-    reply.deleteLater();
-    receive(reply);
-    if (state_ == Failed)
-        return;
-    const bool broken = reply.error() != QNetworkReply::NoError;
-    if (!broken)
-        return part_.size() == manifest_.size ? resumeDownload() : fail();
-    // A server that has spoken has meant it; a connection may break.
-    if (statusOf(reply) >= 400 || retriesLeft_-- == 0)
-        return fail();
-    QTimer::singleShot(source_.retryTime, this, [this, run = run_] {
-        if (run == run_)
-            resumeDownload();
-    });
-}
-
-void QtUpdates::checkPackage(const QByteArray& bytes) {
-    const auto signature = Minisign::readSignature(textOf(bytes));
-    if (!signature)
-        return fail();
-    const auto verified = [this, run = run_, bytes](bool sound) {
-        if (run != run_)
-            return;
-        std::error_code error;
-        if (sound) {
-            std::filesystem::rename(partFile(), source_.package(), error);
-            std::error_code left; // one that stays is of no consequence
-            std::filesystem::remove(source_.folder / "update.name", left);
-        }
-        std::ofstream file(source_.signature(), std::ios::binary);
-        file << textOf(bytes);
-        if (!sound || error || !file.flush())
-            return fail();
-        state_ = Downloaded;
-    };
-    // A large package takes its time, which the window has not.
-    verifier_.start(
-        [this, verified, signature = *signature, key = *key_, path = partFile().string()] {
-            const bool sound = Minisign::verifyFile(key, signature, path);
-            QMetaObject::invokeMethod(
-                this, [verified, sound] { verified(sound); }, Qt::QueuedConnection);
-        });
-}
-
-void QtUpdates::fail() {
-    part_.close();
-    removeFiles();
+bool QtUpdates::note(UpdateRecord::State state) {
+    record_.state = state;
+    if (file_.save(record_))
+        return true;
+    log("how it stands can't be written down");
+    record_.why = "how it stands can't be written down";
     state_ = Failed;
+    return false;
 }
 
-void QtUpdates::removeFiles() const {
-    std::error_code error;
-    for (const std::filesystem::path& file :
-         {partFile(), source_.package(), source_.signature(), source_.folder / "update.name"})
-        std::filesystem::remove(file, error);
+void QtUpdates::log(const std::string& line) const {
+    source_.tell("Update: " + line + ".");
+    if (!elsewhere_)
+        file_.log(line);
+}
+
+void QtUpdates::noManifest(const std::string& why) {
+    record_.why = why;
+    log(why);
+    if (note(record_.state))
+        state_ = ready_ ? Downloaded : Failed;
+}
+
+UpdateStanding QtUpdates::UC_GetStanding() const {
+    using Shown = UpdateStanding::State;
+    UpdateStanding standing;
+    standing.version = offer_.version;
+    standing.skipped = !offer_.version.empty() && record_.skipped == offer_.version;
+    standing.why = record_.why;
+    standing.daysWithoutNews = record_.daysWithoutNews(source_.now());
+    if (!key_ || source_.url.empty())
+        standing.state = Shown::Off;
+    else if (!begun_)
+        standing.state = Shown::Unknown;
+    else if (elsewhere_)
+        standing.state = Shown::Elsewhere;
+    else if (fetching_) {
+        standing.state = Shown::Downloading;
+        standing.percent =
+            part_.isOpen() ? static_cast<int>(100 * part_.size() / offer_.size) : 100;
+    } else
+        standing.state = state_ == Working      ? Shown::Looking
+                         : state_ == Available  ? Shown::Offered
+                         : state_ == Downloaded ? Shown::Ready
+                         : state_ == NothingNew ? Shown::Newest
+                                                : Shown::Failed;
+    return standing;
 }
 
 } // namespace corvane

@@ -1,60 +1,59 @@
 #include "kolib/update/UpdateManifest.h"
 
-#include "base/NumberWithin.h"
+#include "base/Text.h"
+#include "kolib/update/UtcTime.h"
+#include "kolib/update/Versions.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>
 
-#include <vector>
+#include <algorithm>
 
 namespace corvane {
 
 namespace {
 
-std::optional<std::vector<int>> numbersOf(std::string_view version) {
-    constexpr int highest = 1000000;
-    constexpr std::size_t most = 4;
-    std::vector<int> numbers;
-    for (bool more = true; more;) {
-        const std::size_t point = version.find('.');
-        more = point != std::string_view::npos;
-        const auto number = NumberWithin<int>(version.substr(0, point), 0, highest);
-        if (!number || numbers.size() == most)
-            return std::nullopt;
-        numbers.push_back(*number);
-        version.remove_prefix(more ? point + 1 : version.size());
-    }
-    while (numbers.size() < most)
-        numbers.push_back(0);
-    return numbers;
+bool isHash(const std::string& text) {
+    constexpr std::size_t digits = 64;
+    return text.size() == digits && text.find_first_not_of("0123456789abcdef") == std::string::npos;
+}
+
+bool isPlainName(const std::string& name) {
+    return !name.empty() && name.front() != '.' &&
+           std::all_of(name.begin(), name.end(), [](unsigned char c) {
+               return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
+                      std::string_view("._+~-").find(static_cast<char>(c)) !=
+                          std::string_view::npos;
+           });
 }
 
 } // namespace
 
 std::optional<UpdateManifest> UpdateManifest::read(std::string_view json) {
-    const QJsonDocument document = QJsonDocument::fromJson(
-        QByteArray::fromRawData(json.data(), static_cast<qsizetype>(json.size())));
-    const QJsonObject object = document.object();
-    const QJsonValue version = object.value("version");
-    const QJsonValue notes = object.value("notes");
-    const QJsonValue url = object.value("url");
+    const QJsonObject object =
+        QJsonDocument::fromJson(
+            QByteArray::fromRawData(json.data(), static_cast<qsizetype>(json.size())))
+            .object();
+    const auto text = [&object](const char* name) {
+        return object.value(QLatin1String(name)).toString().toStdString();
+    };
     const double size = object.value("size").toDouble(0);
-    if (!version.isString() || !notes.isString() || !url.isString() || !(size >= 1) ||
-        !(size <= static_cast<double>(MaxSize)))
+    const auto issued = ReadUtc(text("issued"));
+    const auto expires = ReadUtc(text("expires"));
+    if (!object.value("notes").isString() || !(size >= 1) ||
+        !(size <= static_cast<double>(MaxSize)) || !issued || !expires || *issued >= *expires)
         return std::nullopt;
-    UpdateManifest manifest{version.toString().toStdString(), notes.toString().toStdString(),
-                            url.toString().toStdString(), static_cast<std::int64_t>(size)};
-    if (static_cast<double>(manifest.size) != size || !numbersOf(manifest.version))
+    UpdateManifest manifest{
+        text("version"),           text("notes"), text("url"), static_cast<std::int64_t>(size),
+        LowerCase(text("sha256")), *issued,       *expires};
+    if (static_cast<double>(manifest.size) != size || !isHash(manifest.sha256) ||
+        !isPlainName(manifest.name()) || !IsNewer(manifest.version, "0"))
         return std::nullopt;
     return manifest;
 }
 
-std::optional<bool> IsNewer(std::string_view version, std::string_view than) {
-    const auto a = numbersOf(version);
-    const auto b = numbersOf(than);
-    if (!a || !b)
-        return std::nullopt;
-    return *a > *b;
+std::string UpdateManifest::name() const {
+    return url.substr(url.rfind('/') + 1);
 }
 
 } // namespace corvane

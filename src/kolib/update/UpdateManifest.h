@@ -15,14 +15,20 @@ struct UpdateManifest {
     std::string notes;
     std::string url; ///< Of the package.
     std::int64_t size = 0;
+    std::string sha256;       ///< Of the package, in lower case.
+    std::int64_t issued = 0;  ///< Seconds since 1970.
+    std::int64_t expires = 0; ///< From then on it says nothing any more.
 
     /// Nothing if the text is no such JSON object: a part missing or of another kind, a version
-    /// that is none, or a size out of range.
+    /// that is none, a size out of range, an address without a plain file name at its end, or
+    /// dates that do not follow one another.
     [[nodiscard]] static std::optional<UpdateManifest> read(std::string_view json);
-};
 
-/// Whether a version text, numbers with points between them, is higher than another. Nothing if one
-/// of them is no version.
-[[nodiscard]] std::optional<bool> IsNewer(std::string_view version, std::string_view than);
+    /// The file's name at the end of the address.
+    [[nodiscard]] std::string name() const;
+    /// What the signatures say in their trusted comments.
+    [[nodiscard]] std::string manifestComment() const { return "corvane manifest " + version; }
+    [[nodiscard]] std::string packageComment() const { return "corvane " + version + " " + name(); }
+};
 
 } // namespace corvane
