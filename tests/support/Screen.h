@@ -33,7 +33,7 @@ void whenShown(
     auto* timer = new QTimer(qApp);
     QObject::connect(timer, &QTimer::timeout, timer,
                      [timer, act = std::move(act), before = std::move(before)] {
-                         auto* dialog = qobject_cast<Dialog*>(QApplication::activeModalWidget());
+                         auto* dialog = dynamic_cast<Dialog*>(QApplication::activeModalWidget());
                          if (dialog == nullptr || !dialog->isVisible())
                              return;
                          timer->stop();

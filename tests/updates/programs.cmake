@@ -5,7 +5,7 @@ set(SUPPORT ${PROJECT_SOURCE_DIR}/tests/support)
 add_library(clock-off MODULE ${SUPPORT}/ClockOff.cpp)
 target_link_libraries(clock-off PRIVATE dl)
 set_target_properties(clock-off PROPERTIES PREFIX "" LIBRARY_OUTPUT_DIRECTORY ${UPDATING})
-add_library(corvane_updates_from_file STATIC ${SUPPORT}/UpdatesFromFile.cpp
+add_library(corvane_updates_from_file OBJECT ${SUPPORT}/UpdatesFromFile.cpp
             ${SUPPORT}/TestUpdateSource.cpp)
 target_include_directories(corvane_updates_from_file PRIVATE ${PROJECT_SOURCE_DIR}/tests)
 target_link_libraries(corvane_updates_from_file PUBLIC corvane_updates corvane_root_installer)
