@@ -21,7 +21,7 @@ using namespace corvane;
 
 std::string whatIsWrong(const DownloadFolder& folder, const UpdateSource& source,
                         const UpdateManifest& update) {
-    if (!IsNewer(update.version, source.version).value_or(false) && source.installedWhole())
+    if (IsNewer(source.version, update.version).value_or(true))
         return update.version + " is not newer than " + source.version;
     const auto key = Minisign::readKey(source.key);
     const Handle package = folder.openToRead(DownloadFolder::Package);
@@ -90,6 +90,9 @@ int main(int argc, char** argv) {
     QtDialogs dialogs;
     SystemPrograms programs;
     UpdateInstaller({registry, dialogs, record,
+                     [&](const UpdateManifest& update) {
+                         return update.version == source.version && source.installedWhole();
+                     },
                      [&](const UpdateManifest& update) {
                          std::string wrong;
                          return folder.open(wrong) ? whatIsWrong(folder, source, update) : wrong;

@@ -30,8 +30,12 @@ bool UpdateInstaller::acquire() const {
 }
 
 bool UpdateInstaller::run() {
-    if (!takeMark() || !acquire())
+    if (!takeMark())
         return false;
+    if (!acquire()) {
+        with_.record.log("no update was installed: another Corvane is at work on it");
+        return false;
+    }
     UpdateRecord record = with_.record.load();
     const auto update = record.update();
     bool done = false;
@@ -55,9 +59,11 @@ InstallOutcome UpdateInstaller::install(const UpdateManifest& update, UpdateReco
         record.why = why;
         return with_.record.save(record);
     };
-    const std::string wrong = with_.whatIsWrong(update);
-    InstallOutcome outcome{Kind::Refused, wrong};
-    if (wrong.empty())
+    InstallOutcome outcome;
+    const bool there = with_.isInstalled(update);
+    if (!there)
+        outcome = {Kind::Refused, with_.whatIsWrong(update)};
+    if (!there && outcome.why.empty())
         outcome = note(RecordState::Installing, {})
                       ? with_.install(update)
                       : InstallOutcome{Kind::NotNow, "how it stands can't be written down"};
@@ -72,9 +78,10 @@ InstallOutcome UpdateInstaller::install(const UpdateManifest& update, UpdateReco
 
 void UpdateInstaller::tell(const InstallOutcome& outcome) const {
     if (outcome.kind == Kind::Refused)
-        with_.dialogs.ShowError("The update that was downloaded is damaged, and was not installed "
-                                "(" +
-                                outcome.why + ").\r\n\r\nCorvane will offer it again.");
+        with_.dialogs.ShowError("The update that was downloaded is not one to be installed (" +
+                                outcome.why +
+                                ").\r\n\r\nIt is deleted. Corvane goes on as it is, and looks "
+                                "for a new version again.");
     else
         with_.dialogs.ShowError(
             "The update could not be installed (" + outcome.why +

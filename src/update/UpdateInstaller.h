@@ -30,6 +30,8 @@ class UpdateInstaller {
         const KORegistry& registry;
         Dialogs& dialogs;
         UpdateRecordFile& record;
+        /// Whether it has come another way since.
+        std::function<bool(const UpdateManifest& update)> isInstalled;
         /// What is wrong with the package that lies there; empty if it is good.
         std::function<std::string(const UpdateManifest& update)> whatIsWrong;
         /// Hands the package to the system, which asks for the rights.

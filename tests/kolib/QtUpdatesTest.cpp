@@ -303,6 +303,8 @@ TEST_F(Updates, OneProgramAtATimeIsAtWork) {
 TEST_F(Updates, DaysWithoutNewsAreCountedFromTheNewestManifest) {
     EXPECT_EQ(check(), KOUpdates::Available);
     now += 40 * 86400;
+    client->UC_DownloadUpdate(); // a Yes that comes too late
+    EXPECT_EQ(settled(), KOUpdates::Failed);
     EXPECT_EQ(check(), KOUpdates::Failed); // it has run out
     EXPECT_EQ(client->UC_GetStanding().daysWithoutNews, 40);
     forget(); // and where there was never one, from the first look

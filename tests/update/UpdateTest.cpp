@@ -243,6 +243,7 @@ class Installing : public testing::Test {
 
     Desk desk;
     UpdateRecordFile file{desk.folder.path() / "records", desk.files};
+    bool there = false;
     std::string wrong;
     InstallOutcome outcome;
     std::string done;
@@ -259,7 +260,8 @@ class Installing : public testing::Test {
         if (marked)
             desk.registry.OpenSettingsForWriting()->setIntegers("Update", 1);
         const bool installed =
-            UpdateInstaller({desk.registry, desk.person, file, [&](auto&) { return wrong; },
+            UpdateInstaller({desk.registry, desk.person, file, [&](auto&) { return there; },
+                             [&](auto&) { return wrong; },
                              [&](auto&) {
                                  done += file.load().state == State::Installing ? "i" : "?";
                                  return outcome;
@@ -286,7 +288,7 @@ TEST_F(Installing, EachOutcomeIsToldAndNoted) {
         {"", {Kind::Interrupted, "cut"}, "i", State::Installing, "(cut)"},
         {"", {Kind::NotNow, "no password was given"}, "i", State::Ready, "is kept"},
         {"", {Kind::Refused, "older"}, "ic", State::Nothing, "(older)"},
-        {"changed", {}, "c", State::Nothing, "damaged, and was not installed (changed)"},
+        {"changed", {}, "c", State::Nothing, "not one to be installed (changed)"},
         {"", {}, "ic", State::Nothing, ""},
     };
     for (const auto& one : cases) {
@@ -300,6 +302,11 @@ TEST_F(Installing, EachOutcomeIsToldAndNoted) {
         EXPECT_THAT(desk.person.takeMessage(), testing::HasSubstr(one.told));
     }
     EXPECT_FALSE(install()); // marked, but nothing is ready
+    SetUp();
+    there = true; // it has come another way
+    done.clear();
+    EXPECT_TRUE(install());
+    EXPECT_EQ(done, "c");
     EXPECT_EQ(desk.person.takeMessage(), "");
 }
 
@@ -308,6 +315,7 @@ TEST_F(Installing, WaitsForWhoIsAtWorkButNotForEver) {
     ASSERT_TRUE(other.acquire());
     EXPECT_FALSE(install());
     EXPECT_EQ(done, std::string(100, 'w'));
+    EXPECT_THAT(desk.folder.content("records/log"), testing::HasSubstr("another Corvane is"));
     other.release();
     EXPECT_TRUE(install());
 }

@@ -7,6 +7,7 @@ import json
 import os
 import re
 import socket
+import subprocess
 import sys
 import time
 import traceback
@@ -176,9 +177,9 @@ def a_server_that_never_answers(world):
     world.site.pages["corvane.json"] = lambda page: time.sleep(90)
 
 
-# The package: the person has said Yes.
+# The package: the person says Yes, or has said it in an earlier run.
 
-@attack("package", "is another one than the manifest tells of")
+@attack("band", "is another one than the manifest tells of")
 def another_package_of_ours_of_the_same_size(world):
     files = world.release("2.22")
     other = world.publisher.release(world.site.url, "2.20")
@@ -496,6 +497,25 @@ def an_environment_that_lies(world):
         "TMPDIR": str(false), "IFS": "/", "BASH_ENV": str(false / "dpkg")}
 
 
+@attack("by hand", "2.20 is not newer than 2.21")
+def another_package_where_the_copy_lies_when_the_first_was_killed(world):
+    waits = world.home / "waits"
+    script = f"touch {waits}\nwhile [ -e {waits} ]; do sleep 0.05; done\nexit 1\n"
+    package = world.publisher.package("2.22", f"waiting-{world.homes}", script).read_bytes()
+    first = subprocess.Popen([world.programs / "corvane-install-update", "2.22"],
+                             stdin=subprocess.PIPE, stderr=subprocess.DEVNULL)
+    first.stdin.write(world.publisher.sign(package, "corvane 2.22 corvane_2.22_all.deb") + package)
+    first.stdin.close()
+    eventually("dpkg does not begin", waits.exists)
+    end(first)  # and dpkg goes on
+    status, said = world.helper("2.22", stdin=given(world, "2.22"))
+    waits.unlink()
+    expect(status == 2, f"the helper ended with {status}")
+    expect_says("another installation is under way", said)
+    eventually("dpkg goes on", lambda: world.helper("2.20", stdin=given(world, "2.20"))[0] == 1)
+    return ["2.20"], given(world, "2.20")
+
+
 # How an attack is carried out, and what must hold afterwards.
 
 def carry_out(world, stage, says, function):
@@ -513,13 +533,16 @@ def carry_out(world, stage, says, function):
     if stage == "installing":
         world.update()
         world.await_log(says)
+        asked = len(world.site.requests)
         corvane = world.start("corvane")
-        time.sleep(1)
+        eventually("the program does not go on", lambda: len(world.site.requests) > asked)
     else:
         if stage == "package":
+            world.has_said_yes()
+        elif stage == "band":
             world.open_screen()
-        corvane = world.start("corvane", screen=stage == "package")
-        if stage == "package":
+        corvane = world.start("corvane", screen=stage == "band")
+        if stage == "band":
             world.click_band("Yes")
         world.await_log(says, 160)
     expect(holds(), "what must not be touched was touched")
@@ -537,6 +560,7 @@ def honest_way(world):
     expect(status == 0 and world.installed() == "2.22", f"by hand: {said}")
     world.fresh()
     world.make_ready()
+    world.site.requests.clear()
     world.prompt(f'echo "$@" >{world.home}/asked\nexec env -i "$@"')
     world.start("corvane", screen=True)
     eventually("nobody looks", lambda: len(world.site.requests) >= 2)
@@ -577,7 +601,7 @@ def main():
                 print(f"  held: {stage}, {name} ({time.monotonic() - began:.1f} s)", flush=True)
             except Exception as error:  # each is told, and the next one tried
                 failed += 1
-                print(f"  FAILED: {stage}, {name}: {error}", flush=True)
+                print(f"  FAILED: {stage}, {name}: {error}\n{world.words()}", flush=True)
                 if not isinstance(error, AssertionError):
                     traceback.print_exc()
     print(f"{len(chosen)} attacks, {failed} got through or were not told")

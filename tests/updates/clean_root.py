@@ -67,7 +67,7 @@ class System(Hands):
         self.home.mkdir()
         self.config.mkdir(parents=True)
         (self.config / "settings").write_text(
-            "key\tSoftware\\\\Ortaline Works\\\\Corvane\ninteger\tNoAutopatch\t0\n")
+            "key\tHKEY_CURRENT_USER\\\\Software\\\\Ortaline Works\\\\Corvane\ninteger\tNoAutopatch\t0\n")
         self.within("chown", "-R", "somebody:", "/home/somebody")
         self.site.pages.clear()
         self.site.pages.update(self.files)

@@ -54,8 +54,9 @@ class Publisher:
             run("minisign", "-q", "-G", "-W", "-p", folder / f"{who}.pub", "-s", folder / f"{who}.sec")
         self.key = (folder / "ours.pub").read_text().splitlines()[1]
 
-    def package(self, version, name=None):
-        """A package whose program tells its version. All have the same size in the archive."""
+    def package(self, version, name=None, script=None):
+        """A package whose program tells its version, and which may run a script before that. All
+        others have the same size in the archive."""
         path = self.folder / f"{name or version}.deb"
         if not path.exists():
             tree = self.folder / f"tree-{name or version}"
@@ -66,6 +67,9 @@ class Publisher:
             (tree / "DEBIAN/control").write_text(
                 f"Package: corvane\nVersion: {version}\nArchitecture: all\n"
                 "Maintainer: Nobody <nobody@ortaline.example>\nDescription: for a test\n")
+            if script:
+                (tree / "DEBIAN/preinst").write_text("#!/bin/sh\n" + script)
+                (tree / "DEBIAN/preinst").chmod(0o755)
             run("dpkg-deb", "-Znone", "--root-owner-group", "--build", tree, path)
         return path
 
@@ -210,7 +214,7 @@ class Hands:
         def look():
             found[:] = self.xdotool("search", "--onlyvisible", "--name", name).stdout.split()
             return found
-        eventually(f"there is no window '{name}'", look)
+        eventually(f"there is no window '{name}'", look, 40)
         return found[-1]
 
     def click_band(self, button):
@@ -260,6 +264,7 @@ class World(Hands):
         self.programs = pathlib.Path(programs).resolve()
         super().__init__(pathlib.Path(tempfile.mkdtemp(prefix="corvane-updates-")))
         self.processes = []
+        self.said = (self.folder / "said").open("ab")
         self.publisher = Publisher(self.folder)
         self.clock = self.programs / "clock-off.so"
         self.certificate = self.make_certificate("authority", "localhost")
@@ -293,6 +298,7 @@ class World(Hands):
 
     def fresh(self):
         self.end_all()
+        self.said.truncate(0)
         self.homes += 1
         self.home = self.folder / f"home-{self.homes}"
         (self.home / "run").mkdir(parents=True)
@@ -322,7 +328,7 @@ class World(Hands):
 
     def write_settings(self, marked):
         (self.config / "settings").write_text(
-            "key\tSoftware\\\\Ortaline Works\\\\Corvane\ninteger\tNoAutopatch\t0\n" +
+            "key\tHKEY_CURRENT_USER\\\\Software\\\\Ortaline Works\\\\Corvane\ninteger\tNoAutopatch\t0\n" +
             ("integer\tUpdate\t1\n" if marked else ""))
 
     def prompt(self, script):
@@ -337,6 +343,15 @@ class World(Hands):
         files = self.publisher.release(self.site.url, version, **how)
         self.publish(files)
         return files
+
+    def words(self):
+        """What the programs have said to whoever started them."""
+        return (self.folder / "said").read_text(errors="replace")
+
+    def has_said_yes(self):
+        self.state.mkdir(parents=True)
+        (self.state / "state").write_text(json.dumps(
+            {"state": "downloading", "manifest": self.site.pages["corvane.json"].decode()}))
 
     # What runs.
 
@@ -358,7 +373,7 @@ class World(Hands):
     def start(self, program, *arguments, **how):
         process = subprocess.Popen([str(self.programs / program), *arguments],
                                    env=self.environment(**how), stdin=subprocess.DEVNULL,
-                                   stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+                                   stdout=subprocess.DEVNULL, stderr=self.said)
         self.processes.append(process)
         return process
 

@@ -129,6 +129,10 @@ std::string QtUpdates::whatIsWrongWith(const UpdateManifest& manifest,
     if (manifest.issued < record_.issued)
         return "the manifest of " + WriteUtc(manifest.issued) + " is older than the last one, of " +
                WriteUtc(record_.issued);
+    return whatHasRunOutOf(manifest);
+}
+
+std::string QtUpdates::whatHasRunOutOf(const UpdateManifest& manifest) const {
     // A clock may be set back, but not to before a moment at which it was right: the manifest that
     // was taken then held at that time.
     if (manifest.expires <= std::max(source_.now(), record_.looked))
@@ -168,8 +172,11 @@ void QtUpdates::settle(const UpdateManifest& manifest, const std::string& text) 
 }
 
 void QtUpdates::UC_DownloadUpdate() {
-    if (state_ == Available)
-        startDownload();
+    if (state_ != Available)
+        return;
+    const std::string wrong =
+        whatHasRunOutOf(offer_); // the question may have stood there for weeks
+    wrong.empty() ? startDownload() : fail(wrong);
 }
 
 void QtUpdates::UC_Decline(bool forGood) {

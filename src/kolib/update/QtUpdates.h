@@ -66,6 +66,7 @@ class QtUpdates final : public QObject, public KOUpdates {
     void adopt(const QByteArray& manifest, const QByteArray& signature);
     [[nodiscard]] std::string whatIsWrongWith(const UpdateManifest& manifest,
                                               const std::string& comment) const;
+    [[nodiscard]] std::string whatHasRunOutOf(const UpdateManifest& manifest) const;
     void settle(const UpdateManifest& manifest, const std::string& text);
     void startDownload();
     void resumeDownload();

@@ -138,7 +138,9 @@ RootInstaller::Outcome RootInstaller::install(const std::string& version, int in
 
 RootInstaller::Outcome RootInstaller::openFolder() {
     ::mkdir(room_.folder.c_str(), 0700);
-    folder_ = Handle(::open(room_.folder.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    // Left open to what is run from here, and the lock with it: if this is killed and dpkg goes on
+    // with the copy, nobody else puts another file in its place.
+    folder_ = Handle(::open(room_.folder.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW));
     struct stat status {};
     if (!folder_.valid() || ::fstat(folder_.get(), &status) != 0 || status.st_uid != room_.owner ||
         (status.st_mode & 077U) != 0 || ::geteuid() != room_.owner)
