@@ -323,7 +323,8 @@ def a_package_that_never_comes(world):
 @attack("installing", "2.22 was not installed: the package is not signed by us")
 def a_package_that_changes_while_the_password_is_typed(world):
     world.make_ready()
-    world.prompt(f'printf X | dd of={world.downloads}/update.deb bs=1 seek=1000 conv=notrunc '
+    # Behind what the pipe holds already.
+    world.prompt(f'printf X | dd of={world.downloads}/update.deb bs=1 seek=200000 conv=notrunc '
                  '2>/dev/null\nexec env -i "$@"')
 
 
