@@ -548,7 +548,8 @@ def carry_out(world, stage, says, function):
         world.await_log(says, 160)
     expect(holds(), "what must not be touched was touched")
     if stage != "installing":
-        expect(world.record().get("state", "nothing") == "nothing", f"the record: {world.record()}")
+        eventually(f"the record: {world.record()}",
+                   lambda: world.record().get("state", "nothing") == "nothing", 5)
     expect(corvane.poll() is None, "the program has ended")
     end(corvane)
 
