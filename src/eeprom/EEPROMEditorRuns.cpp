@@ -14,6 +14,17 @@ constexpr const char* FriendlyName = "microcontroller";
 constexpr int AddressSpace = 65536; // bytes; what lies behind would come round to its beginning
 constexpr int LongestPiece = GenericEEPROMProgrammer::MaxRead;
 
+/// Asks within a run, under the usual pointer.
+Answer askWithin(const Workplace& place, const MessageBox& question) {
+    struct Busy {
+        BusyPointer& pointer;
+        ~Busy() { pointer.set(true); }
+    };
+    const Busy again{place.pointer};
+    place.pointer.set(false);
+    return place.dialogs.Message(question);
+}
+
 } // namespace
 
 struct EEPROMEditorControl::RunWords {
@@ -65,13 +76,11 @@ JobOutcome EEPROMEditorControl::mayWrite() {
     if (product.profile == nullptr || product.isOf(ControlClass))
         return {};
     const std::string name = product.name();
-    place_.pointer.set(false);
-    const Answer answer = place_.dialogs.Message(
-        {"Another Product",
-         "The product behind the link is a " + name +
-             ". Variables would overwrite what it needs to work.\r\n\r\nProgram anyway?",
-         MessageBox::Icon::Warning, MessageBox::Buttons::YesNo});
-    place_.pointer.set(true);
+    const Answer answer = askWithin(
+        place_, {"Another Product",
+                 "The product behind the link is a " + name +
+                     ". Variables would overwrite what it needs to work.\r\n\r\nProgram anyway?",
+                 MessageBox::Icon::Warning, MessageBox::Buttons::YesNo});
     if (answer == Answer::Yes)
         return {};
     const JobOutcome outcome{
@@ -134,13 +143,12 @@ void EEPROMEditorControl::fitLength(KOBuffer& buffer, int index) {
         return;
     const char* question =
         buffer.Length() < length ? "Pad the end with zeros?" : "Remove bytes from the end?";
-    place_.pointer.set(false);
-    const Answer answer = place_.dialogs.Message(
-        {"Wrong Length",
-         NameOf(index) + ":\r\n" + std::to_string(buffer.Length()) + " bytes supplied in a " +
-             std::to_string(length) + " byte field.\r\n\r\n" + question,
-         MessageBox::Icon::None, MessageBox::Buttons::YesNo});
-    place_.pointer.set(true);
+    const Answer answer =
+        askWithin(place_, {"Wrong Length",
+                           NameOf(index) + ":\r\n" + std::to_string(buffer.Length()) +
+                               " bytes supplied in a " + std::to_string(length) +
+                               " byte field.\r\n\r\n" + question,
+                           MessageBox::Icon::None, MessageBox::Buttons::YesNo});
     if (answer == Answer::Yes)
         buffer.SetLength(length, 0);
 }

@@ -69,11 +69,11 @@ History::Overwriting History::mayOverwrite(const std::string& path) const {
         {"Corvane",
          KOIOFilename(path) + " was changed by another program.\r\n\r\nOverwrite puts your "
                               "document in its place. Save As keeps both.",
-         MessageBox::Icon::Question, MessageBox::Buttons::YesNoCancel, "Overwrite", "Save As"})) {
+         MessageBox::Icon::Question, MessageBox::Buttons::YesNoCancel, "Save As", "Overwrite"})) {
     case Answer::Yes:
-        return Overwriting::Agreed;
-    case Answer::No:
         return Overwriting::SaveAs;
+    case Answer::No:
+        return Overwriting::Agreed;
     default:
         return Overwriting::Refused;
     }

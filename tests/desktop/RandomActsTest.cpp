@@ -16,10 +16,16 @@ namespace {
 
 class RandomActs : public ProductWindow {
   protected:
-    static constexpr unsigned Seed = 20;
-    Random random{Seed};
+    // For a long walk, or another one.
+    const int acts = fromEnvironment("CORVANE_ACTS", 2000);
+    const int seed = fromEnvironment("CORVANE_SEED", 20);
+    Random random{static_cast<unsigned>(seed)};
     std::optional<Answering> answering;
 
+    static int fromEnvironment(const char* name, int otherwise) {
+        const int value = qEnvironmentVariableIntValue(name);
+        return value > 0 ? value : otherwise;
+    }
     void SetUp() override {
         QApplication::setCursorFlashTime(0); // pictures of the screen are compared
         open(desk.folder.file("acts.lumora",
@@ -118,6 +124,13 @@ class RandomActs : public ProductWindow {
         }
         }
     }
+    /// Memory that is in use.
+    static long megabytes() {
+        long all = 0;
+        long resident = 0;
+        std::ifstream("/proc/self/statm") >> all >> resident;
+        return resident * ::sysconf(_SC_PAGESIZE) >> 20;
+    }
     QImage onScreen() {
         constexpr int rounds = 10; // in which each layout may lead to another
         QImage shown;
@@ -151,10 +164,9 @@ class RandomActs : public ProductWindow {
 };
 
 TEST_F(RandomActs, CanBeSavedAndOpenedAgainAtAnyTime) {
-    constexpr int acts = 2000;
     int longest = 0;
     for (int i = 1; i <= acts; ++i) {
-        SCOPED_TRACE("act " + std::to_string(i) + " of seed " + std::to_string(Seed));
+        SCOPED_TRACE("act " + std::to_string(i) + " of seed " + std::to_string(seed));
         act();
         closeWhatOpened();
         ASSERT_FALSE(HasFailure());
@@ -175,6 +187,8 @@ TEST_F(RandomActs, CanBeSavedAndOpenedAgainAtAnyTime) {
         EXPECT_TRUE(form.HistoryObject()->Compose(ours));
         EXPECT_TRUE(second.form.HistoryObject()->Compose(theirs));
         ASSERT_EQ(theirs, ours);
+        if (i % 1000 == 0)
+            std::printf("%d acts, %zu bytes of changes, %ld MB\n", i, ours.size(), megabytes());
         window.activateWindow();
         answering.emplace(random, std::vector<QString>{CORVANE_EXAMPLES "/light.png"});
     }

@@ -207,24 +207,24 @@ TEST_F(HistoryFiles, WhatAnotherProgramWroteIsNotLostUnasked) {
 
     history.SaveHistory(); // cancelled
     ASSERT_EQ(person.messages.size(), 1U);
-    EXPECT_EQ(person.messages[0].yes, "Overwrite");
-    EXPECT_EQ(person.messages[0].no, "Save As");
+    EXPECT_EQ(person.messages[0].yes, "Save As");
+    EXPECT_EQ(person.messages[0].no, "Overwrite");
     EXPECT_EQ(person.takeMessage(),
               "Corvane: a.note was changed by another program.\r\n\r\nOverwrite puts your document "
               "in its place. Save As keeps both.");
     EXPECT_EQ(folder.content("a.note"), theirs);
     EXPECT_TRUE(history.SaveDirty());
 
-    person.answers = {Answer::No}; // then the same name, and again, and another
+    person.answers = {Answer::Yes}; // then the same name, and again, and another
     person.files = {folder.path() / "a.note", folder.path() / "b.note"};
-    person.answers.push_back(Answer::No);
+    person.answers.push_back(Answer::Yes);
     history.SaveHistory();
     EXPECT_EQ(folder.content("a.note"), theirs);
     EXPECT_EQ(folder.content("b.note"), "Notes\t1\t1\t0\t2\nNote\tmine\n");
     EXPECT_FALSE(history.SaveDirty());
 
     folder.file("b.note", theirs);
-    person.answers = {Answer::Yes};
+    person.answers = {Answer::No};
     history.SaveHistory();
     EXPECT_EQ(folder.content("b.note"), "Notes\t1\t1\t0\t2\nNote\tmine\n");
     std::filesystem::remove(folder.path() / "b.note"); // nothing is there that could be lost
