@@ -6,6 +6,8 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
+#include <algorithm>
+
 namespace corvane {
 
 ListDialog::ListDialog(const ListQuestion& question, QWidget* parent)
@@ -17,15 +19,17 @@ ListDialog::ListDialog(const ListQuestion& question, QWidget* parent)
     list_->setAccessibleName(text->text());
     for (const ListQuestion::Item& item : question.items) {
         auto* row = new QListWidgetItem(QString::fromStdString(item.text), list_);
-        row->setFlags(item.pickable
-                          ? Qt::ItemIsEnabled | Qt::ItemIsSelectable | Qt::ItemIsUserCheckable
-                          : Qt::NoItemFlags);
-        if (item.pickable)
-            row->setCheckState(item.picked ? Qt::Checked : Qt::Unchecked);
+        row->setFlags(Qt::ItemIsEnabled | Qt::ItemIsSelectable); // what can't be picked is read too
+        if (!item.pickable)
+            continue;
+        row->setFlags(row->flags() | Qt::ItemIsUserCheckable);
+        row->setCheckState(item.picked ? Qt::Checked : Qt::Unchecked);
     }
     auto* buttons = new QDialogButtonBox(this);
     buttons->addButton(QString::fromStdString(question.button), QDialogButtonBox::AcceptRole);
-    buttons->addButton("Not Now", QDialogButtonBox::RejectRole);
+    if (std::any_of(question.items.begin(), question.items.end(),
+                    [](const ListQuestion::Item& item) { return item.pickable; }))
+        buttons->addButton("Not Now", QDialogButtonBox::RejectRole);
     connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
     auto* layout = new QVBoxLayout(this);

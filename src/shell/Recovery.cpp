@@ -75,14 +75,20 @@ bool Recovery::wanted(const LostJournal& lost) const {
 std::optional<std::vector<bool>>
 Recovery::pick(const std::vector<const LostJournal*>& sound,
                const std::vector<const LostJournal*>& damaged) const {
+    const std::string folder = place_.journals->folder().string();
     ListQuestion question{
         "Corvane",
-        "Corvane did not close properly. Which changes would you like to get "
-        "back?\r\nThose that are not ticked, and those that are damaged, are kept "
-        "for a week in " +
-            place_.journals->folder().string() + ".",
+        "Corvane did not close properly. Which changes would you like to get back?\r\nThose that "
+        "are not ticked, and those that are damaged, are kept for a week in " +
+            folder + ".",
         {},
         "Get Back"};
+    if (sound.empty()) {
+        question.text = "Corvane did not close properly, and what it kept of your changes is "
+                        "damaged.\r\nIt stays for a week in " +
+                        folder + ".";
+        question.button = "OK";
+    }
     for (const LostJournal* journal : sound) {
         const std::string name = journal->documentPath().empty()
                                      ? "New document (" + productOf(*journal)->Name + ")"

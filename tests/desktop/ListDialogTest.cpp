@@ -42,6 +42,12 @@ TEST(ListDialogTest, APersonTicksWithTheKeyboard) {
     EXPECT_EQ(dialogs.PickFromList(LostOnes), (std::vector<bool>{true, false, false}));
     whenShown<ListDialog>([](ListDialog& dialog) { QTest::keyClick(&dialog, Qt::Key_Escape); });
     EXPECT_EQ(dialogs.PickFromList(LostOnes), std::nullopt);
+    whenShown<ListDialog>([](ListDialog& dialog) {
+        EXPECT_EQ(dialog.findChildren<QPushButton*>().size(), 1);
+        QTest::keyClick(&dialog, Qt::Key_Return);
+    });
+    EXPECT_EQ(dialogs.PickFromList({"Corvane", "Damaged.", {LostOnes.items.back()}, "OK"}),
+              std::vector<bool>{false});
 }
 
 } // namespace

@@ -211,6 +211,10 @@ TEST_F(RecoveryTest, ManyAreOneQuestionWithNamesAndTimes) {
     EXPECT_EQ(form->Title(), "Dervan/Maltrex - " + relayFile + "*");
     start();
     EXPECT_THAT(desk.person.lists, SizeIs(2));
+    std::ofstream(journals.folder() / "3-1.journal") << "no journal\n";
+    start();
+    ASSERT_THAT(desk.person.lists, SizeIs(3));
+    EXPECT_EQ(desk.person.lists[2].button, "OK"); // there is nothing to choose
 }
 
 TEST_F(RecoveryTest, AnUnsoundOneIsRefusedInWordsAndKept) {
