@@ -182,7 +182,7 @@ void EntriesView::paintEvent(QPaintEvent*) {
     bold.setBold(true);
     painter.setFont(bold);
     for (const auto& [entry, row] : shown_)
-        if (entry->AddressConflicts() || !entry->ctlContents.TextIsValid())
+        if (entry->AddressConflicts() || entry->isBeyondEnd() || !entry->ctlContents.TextIsValid())
             painter.drawText(QRect(0, row->y(), RowLeft, RowHeight), Qt::AlignCenter, "!");
 }
 
