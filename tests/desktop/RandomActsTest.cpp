@@ -148,7 +148,13 @@ class RandomActs : public ProductWindow {
         const QImage shown = onScreen();
         for (QWidget* widget : window.findChildren<QWidget*>())
             widget->update();
-        return !shown.isNull() && onScreen() == shown;
+        const QImage anew = onScreen();
+        if (const QString kept = qEnvironmentVariable("CORVANE_SCREENSHOTS");
+            anew != shown && !kept.isEmpty()) {
+            shown.save(kept + "/shown.png");
+            anew.save(kept + "/anew.png");
+        }
+        return !shown.isNull() && anew == shown;
     }
     void closeWhatOpened() {
         while (QWidget* popup = QApplication::activePopupWidget())

@@ -240,6 +240,8 @@ void TracksCanvas::followFocus() {
 void TracksCanvas::placeBoxes() {
     SegmentBlock* present = block();
     if (present != shown_) {
+        if (present == nullptr || shown_ == nullptr)
+            update(); // the frame round all tracks comes or goes
         shown_ = present;
         const bool typing = !hasFocus() && hasFocusInside();
         brightness_.bindTo(present == nullptr ? nullptr : &present->txtBrightness);
