@@ -256,7 +256,10 @@ void Bind(QTabBar* bar, TabStrip& child) {
         bar->addTab(QString::fromStdString(tab.Caption));
     Follow(bar, child, [bar, &child] { bar->setCurrentIndex(child.SelectedIndex() - 1); });
     QObject::connect(bar, &QTabBar::currentChanged, bar, [&child](int index) {
-        CommitFocusedBox(); // before what the box belongs to goes from the screen
+        if (index + 1 == child.SelectedIndex())
+            return; // the control has gone there, and its boxes mean something else already
+        // Before what the box belongs to goes from the screen.
+        CommitFocusedBox();
         child.select(index + 1);
     });
 }

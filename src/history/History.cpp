@@ -159,7 +159,9 @@ void History::Unfreeze() {
 bool History::refused(UndoableChange& next, bool undoing) {
     bool cancel = false;
     FilteringRequested.raise(next, undoing, cancel);
-    return cancel;
+    // What a listener shows may make a box count that was being typed into, which is a change.
+    const int index = undoing ? position_ : position_ + 1;
+    return cancel || index < 1 || index > Length() || &change(index) != &next;
 }
 
 bool History::mayBeLost() {

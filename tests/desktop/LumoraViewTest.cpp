@@ -49,6 +49,26 @@ class LumoraWindow : public ProductWindow {
     std::vector<int> selected() { return control().tracks.track(1).SelectedIndices(); }
 };
 
+TEST_F(LumoraWindow, TheStickBecomesNoSettingOfAChannelThatAnUndoShows) {
+    control().options.record(2, "Trip Point", "20");
+    constexpr int simulator = 9;
+    showTab(simulator);
+    for (QLineEdit* stick : view().findChildren<QLineEdit*>())
+        if (stick->isVisible())
+            Hands::retype(*stick, "43");
+    QTimer agreeing;
+    QObject::connect(&agreeing, &QTimer::timeout, [] {
+        if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget()))
+            QTest::keyClick(box, Qt::Key_Return);
+    });
+    agreeing.start(5);
+    EXPECT_TRUE(
+        Hands::choose(*window.menuBar(), {&form.menu.mnuEdit, &form.menu.mnuEditUndo}, true));
+    EXPECT_EQ(control().ActiveChannel(), 2);
+    EXPECT_EQ(document().HistoryObject().position(), 0);
+    EXPECT_EQ(document().HistoryObject().Length(), 1);
+}
+
 TEST_F(LumoraWindow, AProgramIsDrawnWithMouseAndKeysSavedAndReopened) {
     press("Add"); // 50 percent, 1 s
     ASSERT_TRUE(canvas().brightnessBox().isVisible());

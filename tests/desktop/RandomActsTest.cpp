@@ -145,6 +145,9 @@ class RandomActs : public ProductWindow {
     }
     /// Whether nothing is left on the screen of what was there before.
     bool isPaintedWhole() {
+        constexpr int someTicks = 60; // ms
+        if (dynamic_cast<LumoraControl&>(*form.control()).IsSimulating())
+            QTest::qWait(someTicks);
         const QImage shown = onScreen();
         for (QWidget* widget : window.findChildren<QWidget*>())
             widget->update();

@@ -46,6 +46,18 @@ class HistoryTest : public testing::Test {
     std::vector<Connection> connections;
 };
 
+TEST_F(HistoryTest, AChangeThatComesWhileUndoOrRedoIsLookedAtIsNeitherUndoneNorLost) {
+    const Connection typed = history.FilteringRequested.connect(
+        [this](UndoableChange&, bool, bool&) { notes.add("typed"); });
+    notes.add("a");
+    history.Undo();
+    EXPECT_THAT(notes.lines, ElementsAre("a", "typed"));
+    history.Undo(true);
+    history.Redo();
+    EXPECT_THAT(notes.lines, ElementsAre("a", "typed"));
+    EXPECT_FALSE(history.CanRedo());
+}
+
 TEST_F(HistoryTest, RecordingUndoAndRedoRaiseTheirEventsInOrder) {
     EXPECT_FALSE(history.CanUndo() || history.CanRedo());
     EXPECT_EQ(history.Length(), 0);
