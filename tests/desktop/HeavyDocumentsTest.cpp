@@ -3,6 +3,7 @@
 #include "support/HeavyDocuments.h"
 
 #include "pwm/QuillonControl.h"
+#include "support/Instrumented.h"
 #include "support/ProductWindow.h"
 
 #include <QTabBar>
@@ -14,14 +15,6 @@
 
 namespace corvane {
 namespace {
-
-#if defined(__SANITIZE_ADDRESS__)
-constexpr bool Instrumented = true;
-#elif defined(__has_feature)
-constexpr bool Instrumented = __has_feature(address_sanitizer);
-#else
-constexpr bool Instrumented = false;
-#endif
 
 /// The address space may grow by so much and no more as long as this lives.
 class MemoryBound {
