@@ -2,6 +2,7 @@
 // afterwards is what there was before, or what there would be had nothing failed.
 #include "history/LostJournal.h"
 #include "kolib/text/TextFiles.h"
+#include "support/Instrumented.h"
 #include "support/Person.h"
 #include "support/RandomEdits.h"
 #include "support/TemporaryFolder.h"
@@ -152,7 +153,7 @@ using SabotagedDocuments =
 TYPED_TEST_SUITE(FailingChange, SabotagedDocuments);
 
 TYPED_TEST(FailingChange, LeavesWhatWasOrWhatWouldBe) {
-    constexpr unsigned Seeds = 5;
+    constexpr unsigned Seeds = Instrumented ? 2 : 5;
     constexpr int Acts = 25;
     int failed = 0;
     for (unsigned seed = 1; seed <= Seeds; ++seed) {
