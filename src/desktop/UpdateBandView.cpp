@@ -26,13 +26,13 @@ UpdateBandView::UpdateBandView(SoftwareUpdateBand& band, QWidget* parent)
     choiceRow->addWidget(MakeToolButton(band.NoButton, choice));
     choiceRow->addWidget(MakeToolButton(band.SkipButton, choice));
     BindWidget(choice, band.YesNoButtons);
-    auto* buttonRow = new QHBoxLayout(buttons_);
-    buttonRow->setContentsMargins(0, 0, 0, 0);
-    buttonRow->setSpacing(Theme::Spacing);
-    buttonRow->addStretch();
-    buttonRow->addWidget(choice);
-    buttonRow->addWidget(MakeToolButton(band.RestartButton, buttons_));
-    buttonRow->addWidget(MakeToolButton(band.DetailsButton, buttons_));
+    buttonRow_ = new QBoxLayout(QBoxLayout::LeftToRight, buttons_);
+    buttonRow_->setContentsMargins(0, 0, 0, 0);
+    buttonRow_->setSpacing(Theme::Spacing);
+    buttonRow_->addStretch();
+    buttonRow_->addWidget(choice, 0, Qt::AlignRight);
+    buttonRow_->addWidget(MakeToolButton(band.RestartButton, buttons_), 0, Qt::AlignRight);
+    buttonRow_->addWidget(MakeToolButton(band.DetailsButton, buttons_), 0, Qt::AlignRight);
     row_ = new QBoxLayout(QBoxLayout::LeftToRight, main_);
     row_->setContentsMargins(Theme::Spacing, 0, Theme::Spacing, 0);
     row_->setSpacing(Theme::Spacing);
@@ -61,7 +61,7 @@ UpdateBandView::UpdateBandView(SoftwareUpdateBand& band, QWidget* parent)
     layout->addLayout(details, 1);
     layout->addStretch();
     setAutoFillBackground(true);
-    setBackgroundRole(QPalette::AlternateBase);
+    setBackgroundRole(QPalette::Base); // desktops may leave the other one of their dark colours out
     setObjectName("updateBand");
     hide();
 }
@@ -73,8 +73,12 @@ void UpdateBandView::fitTo(int width) {
     if (width <= 0)
         return;
     // Beside its buttons if the text has room there in the usual height, or else above them.
-    const QSize buttons = buttons_->sizeHint();
+    // And what is asked above the others if they have no room for their words in one row.
     const int wide = width - 2 * Theme::Spacing;
+    buttonRow_->setDirection(QBoxLayout::LeftToRight);
+    if (buttons_->sizeHint().width() > wide)
+        buttonRow_->setDirection(QBoxLayout::TopToBottom);
+    const QSize buttons = buttons_->sizeHint();
     const int beside = wide - buttons.width() - Theme::Spacing;
     const auto heightFor = [this](int room) {
         return room < fontMetrics().averageCharWidth() * 20 ? usual + 1

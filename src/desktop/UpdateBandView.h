@@ -25,6 +25,7 @@ class UpdateBandView final : public QWidget {
     QWidget* main_;
     QLabel* notify_;
     QWidget* buttons_;
+    QBoxLayout* buttonRow_;
     QBoxLayout* row_;
     int fitted_ = 0; // pixels
 };

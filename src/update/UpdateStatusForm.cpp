@@ -36,7 +36,7 @@ std::string textOf(const UpdateStanding& standing) {
     case Standing::Failed:
         break;
     }
-    return "It did not work: " + standing.why + "." + TryElsewhere;
+    return "It did not work: " + standing.why + ".";
 }
 
 } // namespace
@@ -80,8 +80,10 @@ void UpdateStatusForm::close() {
 }
 
 void UpdateStatusForm::look() {
-    StatusLabel.setCaption(textOf(client_.UC_GetStanding()));
+    const UpdateStanding standing = client_.UC_GetStanding();
     const std::string news = News();
+    const bool failed = standing.state == Standing::Failed;
+    StatusLabel.setCaption(textOf(standing) + (failed && news.empty() ? TryElsewhere : ""));
     NewsLabel.setCaption(news);
     NewsLabel.setVisible(!news.empty());
 }

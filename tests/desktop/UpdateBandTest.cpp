@@ -154,6 +154,11 @@ TEST_F(NarrowUpdateWindow, WrapsItsTextAndTheWindowGrowsForIt) {
         EXPECT_GE(text->height(), text->heightForWidth(text->width()))
             << text->text().toStdString();
         EXPECT_GE(view().height(), 40);
+        for (const QPushButton* button : view().findChildren<QPushButton*>())
+            if (button->isVisible()) {
+                EXPECT_GE(button->width(), button->sizeHint().width())
+                    << button->text().toStdString();
+            }
         EXPECT_TRUE(window.view()->rect().isValid());
         EXPECT_GE(window.view()->height(), window.view()->minimumSizeHint().height());
         EXPECT_LE(view().geometry().bottom(), view().parentWidget()->rect().bottom());

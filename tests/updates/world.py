@@ -201,8 +201,10 @@ class Hands:
         with os.fdopen(read) as display:
             self.number = display.readline().strip()
         self.screen.append(subprocess.Popen(["openbox"], env=self.environment_of_screen(),
-                                               stdout=subprocess.DEVNULL,
-                                               stderr=subprocess.DEVNULL))
+                                            stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL))
+        # A window that comes up in the same moment would be lost to both.
+        eventually("the window manager does not start",
+                   lambda: self.xdotool("get_desktop").returncode == 0)
 
     def xdotool(self, *words):
         return subprocess.run(["xdotool", *map(str, words)], env=self.environment_of_screen(),
@@ -214,7 +216,7 @@ class Hands:
         def look():
             found[:] = self.xdotool("search", "--onlyvisible", "--name", name).stdout.split()
             return found
-        eventually(f"there is no window '{name}'", look, 40)
+        eventually(f"there is no window '{name}'", look)
         return found[-1]
 
     def click_band(self, button):

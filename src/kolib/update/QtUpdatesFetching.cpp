@@ -10,25 +10,30 @@ namespace {
 
 constexpr int MostRedirects = 5;
 constexpr int Partial = 206;
+constexpr int FirstFault = 400;                  // of the answers that tell of one
 constexpr const char* WhyAborted = "whyAborted"; // of a request, if we did
 
 using State = UpdateRecord::State;
 
+int statusOf(const QNetworkReply& reply) {
+    return reply.attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
+}
+
 /// What became of a request that failed, for the log.
 std::string faultOf(const QNetworkReply& reply) {
-    const QString own = reply.property(WhyAborted).toString();
+    QString why = reply.property(WhyAborted).toString();
+    if (why.isEmpty() && statusOf(reply) >= FirstFault)
+        why = QString("the server answers %1").arg(statusOf(reply));
+    if (why.isEmpty())
+        why = reply.errorString();
     return reply.url().toString(QUrl::RemoveUserInfo | QUrl::RemoveQuery).toStdString() +
-           " could not be fetched: " + (own.isEmpty() ? reply.errorString() : own).toStdString();
+           " could not be fetched: " + why.toStdString();
 }
 
 /// Ends a request for a reason of our own.
 void abortFor(QNetworkReply& reply, const QString& why) {
     reply.setProperty(WhyAborted, why);
     reply.abort();
-}
-
-int statusOf(const QNetworkReply& reply) {
-    return reply.attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
 }
 
 } // namespace
@@ -152,7 +157,7 @@ void QtUpdates::ended(QNetworkReply& reply) {
         return part_.size() == offer_.size ? resumeDownload()
                                            : fail("the package is shorter than the manifest says");
     // A server that has spoken has meant it; a connection may break.
-    const bool spoken = statusOf(reply) >= 400 || reply.property(WhyAborted).isValid() ||
+    const bool spoken = statusOf(reply) >= FirstFault || reply.property(WhyAborted).isValid() ||
                         reply.error() == QNetworkReply::SslHandshakeFailedError ||
                         reply.error() == QNetworkReply::TooManyRedirectsError;
     if (spoken || retriesLeft_-- == 0)
