@@ -18,7 +18,10 @@
 #include <QMimeData>
 #include <QPushButton>
 #include <QTest>
+#include <QToolTip>
 #include <gtest/gtest.h>
+
+#include <fstream>
 
 namespace corvane {
 namespace {
@@ -40,8 +43,9 @@ class MainWindowTest : public testing::Test {
     Notes& notes() { return dynamic_cast<NotesControl&>(*form.control()).notes; }
 
     /// Opens menus one after another by their captions and chooses the last entry.
-    void choose(const QStringList& path) {
-        QWidget* menu = window.menuBar();
+    void choose(const QStringList& path) { choose(path, window); }
+    static void choose(const QStringList& path, const QMainWindow& of) {
+        QWidget* menu = of.menuBar();
         for (const QString& caption : path) {
             QAction* action = entry(*menu, caption);
             ASSERT_NE(action, nullptr) << caption.toStdString();
@@ -130,6 +134,39 @@ TEST_F(MainWindowTest, ANameThatWouldNotShowAgainIsAskedAbout) {
                              "taken.note already exists.", "Save as 'plain.txt.note'?"}));
     EXPECT_EQ(desk.folder.content("taken.note"), "precious");
     EXPECT_EQ(desk.folder.content("plain.txt"), "Notes\t1\t1\t0\t2\nNote\tone\n");
+}
+
+TEST_F(MainWindowTest, AnOddNameAmongTheRecentFilesCostsThatNameOnly) {
+    open();
+    for (const char* name : {"a.lumora", "\xFF.lumora", "b.lumora"})
+        form.OpenFile(desk.folder.file(name, "Notes\t1\t1\t0\t2\nNote\t" + std::string(name) +
+                                                 "\n"));
+    EXPECT_TRUE(window.close());
+    std::ofstream(desk.store.file(), std::ios::app) << "texts\tOther\t\xFF\n";
+    // The next start has it in its menu.
+    MainForm next(desk.place, controls, application);
+    MainWindow nextWindow(next, status);
+    nextWindow.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&nextWindow));
+    next.Initialize({});
+    choose({"&File", "&2 a.lumora"}, nextWindow);
+    EXPECT_EQ(dynamic_cast<NotesControl&>(*next.control()).notes.lines,
+              std::vector<std::string>{"a.lumora"});
+}
+
+TEST_F(MainWindowTest, UpdatesThatThereAreNoneOfCanNotBeChosenAndTheEntrySaysWhy) {
+    form.setNoUpdates();
+    open();
+    ASSERT_TRUE(desk.registry.OpenSettingsForWriting());
+    const QString caption = "Automatically Check for &Updates";
+    choose({"&Options", caption});
+    EXPECT_TRUE(KOOptions(desk.registry).AutopatchEnabled());
+    auto& menu = dynamic_cast<QMenu&>(*QApplication::activePopupWidget());
+    const QPoint at = menu.actionGeometry(entry(menu, caption)).center();
+    QHelpEvent help(QEvent::ToolTip, at, menu.mapToGlobal(at));
+    QApplication::sendEvent(&menu, &help);
+    EXPECT_EQ(QToolTip::text(), "This build has no address to look for updates at.");
+    Hands::closeMenus();
 }
 
 TEST_F(MainWindowTest, ATitleShowsEveryName) {
