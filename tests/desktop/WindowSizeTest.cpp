@@ -28,6 +28,11 @@ TEST_P(WindowSize, IsKeptAndFitsTheScreenAndWhatItShows) {
     {
         ProductWalk walk(GetParam(), &sizes);
         expectWholeOnScreen(walk);
+        if (const auto asked = walk.form.control()->GetSuggestedClientSize()) {
+            const QSize wanted(asked->width / 15, asked->height / 15);
+            EXPECT_EQ(walk.window.view()->size(), wanted);
+            EXPECT_EQ(walk.window.view()->minimumSizeHint().expandedTo(wanted), wanted);
+        }
         control = walk.form.interface().InterfaceClass();
         left = walk.window.view()->size() + QSize(24, 36);
         walk.window.resize(walk.window.size() + QSize(24, 36));

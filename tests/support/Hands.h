@@ -1,7 +1,5 @@
 #pragma once
 
-#include "controls/Menu.h"
-
 #include <QApplication>
 #include <QMenuBar>
 #include <QPointer>
@@ -80,13 +78,14 @@ class Hands {
         key(Qt::Key_A, Qt::ControlModifier);
         type(text);
     }
-    /// Goes through menus to an entry and chooses it, with the mouse or with the keyboard alone.
-    /// False if the way ends before.
-    static bool choose(QMenuBar& bar, const std::vector<const MenuItem*>& path, bool byMouse) {
+    /// Goes through menus by their captions to an entry and chooses it, with the mouse or with the
+    /// keyboard alone. False if the way ends before.
+    static bool choose(QMenuBar& bar, const QStringList& path, bool byMouse = true) {
         QWidget* menu = &bar;
-        for (const MenuItem* item : path) {
-            QAction* action = actionOf(*menu, *item);
-            if (action == nullptr || !menu->isVisible())
+        for (const QString& caption : path) {
+            QAction* action = entryOf(*menu, caption);
+            // A menu in a menu opens a little later.
+            if (action == nullptr || !QTest::qWaitFor([menu] { return menu->isVisible(); }))
                 return false;
             QMenu* below = action->menu(); // what is chosen may be gone from its menu at once
             auto* popup = qobject_cast<QMenu*>(menu);
@@ -109,18 +108,19 @@ class Hands {
         }
         return true;
     }
+    /// Nothing if there is none.
+    [[nodiscard]] static QAction* entryOf(const QWidget& menu, const QString& caption) {
+        for (QAction* action : menu.actions())
+            if (action->text() == caption)
+                return action;
+        return nullptr;
+    }
     static void closeMenus() {
         while (QWidget* popup = QApplication::activePopupWidget())
             popup->close();
     }
 
   private:
-    [[nodiscard]] static QAction* actionOf(const QWidget& menu, const MenuItem& item) {
-        for (QAction* action : menu.actions())
-            if (action->text().toStdString() == item.Caption())
-                return action;
-        return nullptr;
-    }
     [[nodiscard]] static QWindow* handle(const QWidget& on) { return on.window()->windowHandle(); }
     [[nodiscard]] static QPoint placeOf(const QWidget& on, QPoint at) {
         return on.mapTo(on.window(), at);
