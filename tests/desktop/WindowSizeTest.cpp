@@ -49,6 +49,9 @@ TEST_P(WindowSize, IsKeptAndFitsTheScreenAndWhatItShows) {
         EXPECT_GE(walk.window.view()->width(), least.width());
         EXPECT_GE(walk.window.view()->height(), least.height());
         EXPECT_GT(least.height(), 60);
+        // Which a window manager keeps to.
+        const QSize told = walk.window.windowHandle()->minimumSize();
+        EXPECT_EQ(told.expandedTo(least), told);
     }
     sizes.keep(control, {150000, 150000}); // of a screen that is gone
     ProductWalk walk(GetParam(), &sizes);
