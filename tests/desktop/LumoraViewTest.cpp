@@ -8,7 +8,6 @@
 #include <QLabel>
 #include <QMenu>
 #include <QMenuBar>
-#include <QMimeData>
 #include <QProgressBar>
 #include <QScreen>
 #include <QTabBar>
@@ -121,11 +120,13 @@ TEST_F(LumoraWindow, WhatIsDoneToTheTracksFromTheTransmitterIsSeen) {
 
 TEST_F(LumoraWindow, AFileThatIsOpenedInTheSimulatorPlaysWithItsSettings) {
     showTab(9);
-    form.OpenFile(desk.folder.file(
-        "a.lumora", "Lumora\t5\t5\t0\t2\nLumoraText\t1\tTurn Off Point\t0\t70\n"
-                    "LumoraText\t1\tTrip Point\t50\t90\nLumoraText\t2\tTrip Point\t50\t60\n"
-                    "LumoraText\t3\tLight Color\tFFFFFF\t10000FF\n"
-                    "LumoraTrackInsert\t3\t0\t1\t100\t1\n"));
+    hands.drop(
+        window, QPoint(50, 50),
+        desk.folder.file("a.lumora",
+                         "Lumora\t5\t5\t0\t2\nLumoraText\t1\tTurn Off Point\t0\t70\n"
+                         "LumoraText\t1\tTrip Point\t50\t90\nLumoraText\t2\tTrip Point\t50\t60\n"
+                         "LumoraText\t3\tLight Color\tFFFFFF\t10000FF\n"
+                         "LumoraTrackInsert\t3\t0\t1\t100\t1\n"));
     EXPECT_EQ(control().simulator.SelectedTrack(1), nullptr); // 50 is below its turn-off point
     EXPECT_EQ(control().simulator.SelectedTrack(2), &document().Channel(2, true));
     control().simulatorControl.UpdateTimer.Fired.raise();
@@ -289,23 +290,14 @@ TEST_F(LumoraWindow, ProgramsTheControllerAndSaysHowItWent) {
 TEST_F(LumoraWindow, ThePictureOfTheModelIsDraggedUndoneSavedAndReopened) {
     showTab(9);
     SimulatorCanvas& canvas = view().simulator().canvas();
-    const auto drop = [&](QPoint at, const char* file) {
-        QMimeData data;
-        data.setUrls({QUrl::fromLocalFile(QString(CORVANE_EXAMPLES) + "/" + file)});
-        QDragEnterEvent enter(at, Qt::CopyAction, &data, Qt::LeftButton, {});
-        QApplication::sendEvent(&canvas, &enter);
-        EXPECT_TRUE(enter.isAccepted());
-        QDropEvent event(at, Qt::CopyAction, &data, Qt::LeftButton, {});
-        QApplication::sendEvent(&canvas, &event);
-    };
     const LumoraSimulatorControl& simulator = control().simulatorControl;
     const auto middleOf = [&simulator](int light) {
         const auto& patch = simulator.light(light);
         return QPoint(patch.left + patch.width / 2, patch.top + patch.height / 2);
     };
-    drop(QPoint(3, 3), "model.png");
+    hands.drop(canvas, QPoint(3, 3), CORVANE_EXAMPLES "/model.png");
     EXPECT_EQ(simulator.background().width, 640);
-    drop(middleOf(2), "light.png");
+    hands.drop(canvas, middleOf(2), CORVANE_EXAMPLES "/light.png");
     EXPECT_EQ(simulator.light(2).width, 60);
     const QPoint from = middleOf(2);
     const QPoint to = from + QPoint(120, -60);

@@ -15,7 +15,6 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QMessageBox>
-#include <QMimeData>
 #include <QPushButton>
 #include <QTest>
 #include <QToolTip>
@@ -216,15 +215,8 @@ TEST_F(MainWindowTest, AsksBeforeItCloses) {
 
 TEST_F(MainWindowTest, AFileDroppedOnItOpens) {
     open();
-    QMimeData data;
-    data.setUrls({QUrl::fromLocalFile(
-        QString::fromStdString(desk.folder.file("x.note", "Notes\t1\t1\t0\t2\nNote\tdropped\n")))});
-    QDragEnterEvent enter(QPoint(50, 50), Qt::CopyAction, &data, Qt::LeftButton, {});
-    QApplication::sendEvent(&window, &enter);
-    EXPECT_TRUE(enter.isAccepted());
-    QDropEvent drop(QPointF(50, 50), Qt::CopyAction, &data, Qt::LeftButton, {});
-    QApplication::sendEvent(&window, &drop);
-    QApplication::processEvents();
+    Hands::drop(window, QPoint(50, 50),
+                desk.folder.file("x.note", "Notes\t1\t1\t0\t2\nNote\tdropped\n"));
     EXPECT_EQ(notes().lines, std::vector<std::string>{"dropped"});
 }
 

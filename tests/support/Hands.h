@@ -1,7 +1,9 @@
 #pragma once
 
 #include <QApplication>
+#include <QDropEvent>
 #include <QMenuBar>
+#include <QMimeData>
 #include <QPointer>
 #include <QScrollBar>
 #include <QTabBar>
@@ -9,6 +11,7 @@
 #include <QTimer>
 #include <QWheelEvent>
 #include <QWidget>
+#include <gtest/gtest.h>
 
 #include <stdexcept>
 
@@ -69,6 +72,17 @@ class Hands {
     static void type(const char* text) {
         for (; *text != '\0'; ++text)
             QTest::keyClick(focusWindow(), *text);
+    }
+    /// Drops a file that comes from another program.
+    static void drop(QWidget& on, QPoint at, const std::string& file) {
+        QMimeData data;
+        data.setUrls({QUrl::fromLocalFile(QString::fromStdString(file))});
+        QDragEnterEvent enter(at, Qt::CopyAction, &data, Qt::LeftButton, {});
+        QApplication::sendEvent(&on, &enter);
+        EXPECT_TRUE(enter.isAccepted());
+        QDropEvent event(at, Qt::CopyAction, &data, Qt::LeftButton, {});
+        QApplication::sendEvent(&on, &event);
+        QApplication::processEvents();
     }
     static void click(QWidget& on) { click(on, on.rect().center()); }
     static void clickTab(QTabBar& bar, int index) { click(bar, bar.tabRect(index).center()); }
