@@ -10,6 +10,10 @@ pictures=${3:-$root/docs/manual/pictures}
 mkdir -p "$pictures"
 source "$root/tests/end-to-end/support.sh"
 openScreen 1100x800
+# Titles show where a document lies: the same place each time.
+documents=/tmp/models
+mkdir "$documents"
+trap 'cleanup; rm -rf "$documents"' EXIT
 
 # A desktop whose colours are dark tells so in its settings.
 darkColours() {
@@ -28,12 +32,10 @@ picture() {
   convert "$folder/screen.png" -trim +repage -strip -define png:compression-level=9 "$pictures/$1-$colours.png"
   echo "$1-$colours"
 }
-open() { # FILE in the programs of FOLDER, whose window has this title; a copy, so that no path shows
-  local file=$HOME/$2
+open() { # FILE in the programs of FOLDER, whose window has this title; a copy, so that it may be saved
+  local file=$documents/$2
   [ -f "$file" ] || cp "$root/examples/$2" "$file"
-  (cd "$HOME" && exec "$1/corvane" "$2") </dev/null >>"$folder/output" 2>&1 &
-  pid=$!
-  started+=("$pid")
+  start "$1/corvane" "$file"
   awaitWindow "$3"
   sleep 0.5
 }

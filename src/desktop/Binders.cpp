@@ -123,7 +123,8 @@ void Bind(QObject* object, Timer& child) {
 void Bind(QAction* action, MenuItem& child) {
     Follow(action, child, [action, &child] {
         action->setSeparator(child.isSeparator());
-        action->setText(QString::fromStdString(child.Caption()));
+        // A line with a text would be drawn as a heading.
+        action->setText(child.isSeparator() ? QString() : QString::fromStdString(child.Caption()));
         action->setEnabled(child.Enabled());
         action->setVisible(child.Visible());
         action->setToolTip(QString::fromStdString(child.ToolTipText()));

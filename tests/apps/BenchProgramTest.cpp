@@ -191,42 +191,6 @@ TEST_F(BenchProgram, AFolderThatOthersMayEnterIsNotLookedInto) {
     EXPECT_THAT(other.errors(), HasSubstr("mode 0700"));
 }
 
-TEST_F(BenchProgram, KeepsTheEepromAcrossRuns) {
-    const std::filesystem::path memory = folder.path() / "memory";
-    const auto transfer = [&](LinkDevices& device, int channel,
-                              const std::vector<std::uint8_t>& data) {
-        EXPECT_TRUE(packets.SendPacket(channel, data));
-        std::vector<std::uint8_t> answer;
-        int replyChannel = 0;
-        int length = 0;
-        EXPECT_TRUE(eventually([&] {
-            return device.GetDeviceState2() == -1 && packets.ReceivePacket(replyChannel, length) &&
-                   replyChannel == channel - 128;
-        }));
-        answer.resize(static_cast<std::size_t>(length));
-        packets.ReceivePacketData(answer);
-        return answer;
-    };
-    for (const bool firstRun : {true, false}) {
-        Process bench("corvane-bench", {"pactor-2.1", "--eeprom", memory, "--write-time", "1"});
-        const auto device = devices();
-        ASSERT_TRUE(countBecomes(*device, 1));
-        device->OpenDevice(0);
-        ASSERT_TRUE(packets.SendHello(125));
-        ASSERT_TRUE(
-            eventually([&] { return device->GetDeviceState2() == -1 && packets.ReceivedHello(); }));
-        if (firstRun) {
-            EXPECT_EQ(transfer(*device, 208, {126, 0, 3}),
-                      (std::vector<std::uint8_t>{255, 255, 255}));
-            // The part has 128 cells: the third byte comes round to address 0.
-            EXPECT_TRUE(transfer(*device, 209, {126, 0, 7, 8, 9}).empty());
-        }
-        EXPECT_EQ(transfer(*device, 208, {126, 0, 3}), (std::vector<std::uint8_t>{7, 8, 9}));
-        EXPECT_EQ(transfer(*device, 208, {0, 0, 2}), (std::vector<std::uint8_t>{9, 255}));
-    }
-    EXPECT_EQ(std::filesystem::file_size(memory), 128U);
-}
-
 TEST(UsbStrings, ComeFromWhatTheKernelHasRead) {
     const TemporaryFolder folder;
     std::ofstream(folder.path() / "product") << "Corvane\n";

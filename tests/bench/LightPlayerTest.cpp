@@ -33,20 +33,6 @@ int at(const LightPlayer& player, Time time) {
     return player.currents(time)[0];
 }
 
-TEST(LightPlayer, WalksThroughATrackAndBeginsAgain) {
-    LightPlayer player;
-    player.setStick(80, 0ms);
-    player.start(readImage(imageWith({50, 200, 25, 7}, {10, 99})), 0ms);
-    EXPECT_EQ(at(player, 0ms), 200);
-    EXPECT_EQ(at(player, 499ms), 200);
-    EXPECT_EQ(at(player, 500ms), 7);
-    EXPECT_EQ(at(player, 749ms), 7);
-    EXPECT_EQ(at(player, 750ms), 200);
-    EXPECT_THAT(player.currents(0ms), ElementsAre(200, 0, 0, 0, 0, 0));
-    player.setStick(20, 100ms);
-    EXPECT_EQ(at(player, 100ms), 99);
-}
-
 TEST(LightPlayer, HoldsTheTrackWithinTheBand) {
     LightPlayer player;
     player.setStick(0, 0ms);
@@ -59,21 +45,6 @@ TEST(LightPlayer, HoldsTheTrackWithinTheBand) {
     EXPECT_EQ(trackAt(60), 1);
     EXPECT_EQ(trackAt(40), 1); // 102 is the lower end
     EXPECT_EQ(trackAt(39), 2);
-}
-
-TEST(LightPlayer, TurnsOffAndHearsNoSignal) {
-    LightPlayer player;
-    player.setStick(10, 0ms);
-    player.start(readImage(imageWith({100, 1}, {100, 2}, 127, 0, 51, 1)), 0ms);
-    EXPECT_EQ(at(player, 0ms), 0); // 25 is below 51
-    player.setStick(20, 0ms);
-    EXPECT_EQ(at(player, 0ms), 2);
-    player.setStick(5, 0ms);
-    EXPECT_EQ(at(player, 0ms), 0);
-    player.setSignal(false, 0ms);
-    EXPECT_EQ(at(player, 0ms), 1);
-    player.start(readImage(imageWith({100, 1}, {100, 2}, 127, 0, 51, 0)), 0ms);
-    EXPECT_EQ(at(player, 0ms), 2);
 }
 
 TEST(LightPlayer, FollowsTheStickInProportion) {

@@ -33,16 +33,5 @@ TEST(TripPoint, SliderAndBoxStayInStep) {
     EXPECT_EQ(commits, 3);
 }
 
-TEST(TripPoint, SaysWhatItShows) {
-    TripPointControl control;
-    int changes = 0;
-    const Connection onLabel = control.TripPointLabel.Changed.connect([&] { ++changes; });
-    EXPECT_EQ(control.TripPointLabel.Caption(), "Trip Point:");
-    control.setSimulating(true);
-    control.setSimulating(true);
-    EXPECT_EQ(control.TripPointLabel.Caption(), "Stick At:");
-    EXPECT_EQ(changes, 1);
-}
-
 } // namespace
 } // namespace corvane

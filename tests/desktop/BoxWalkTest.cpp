@@ -4,8 +4,6 @@
 #include "desktop/InstanceDoor.h"
 #include "support/EveryProduct.h"
 
-#include <QMimeData>
-
 #include <thread>
 
 namespace corvane {
@@ -30,8 +28,7 @@ class BoxWalk : public testing::TestWithParam<ProductUnderTest> {
              }},
             {"a menu",
              [this] {
-                 Hands::choose(*walk.window.menuBar(),
-                               {&walk.form.menu.mnuHelp, &walk.form.menu.mnuHelpAbout}, true);
+                 Hands::choose(*walk.window.menuBar(), {"&Help", "&About..."});
                  walk.form.about.close();
              }},
             {"a key of a menu", [] { Hands::key(Qt::Key_O, Qt::ControlModifier); }},
@@ -56,14 +53,7 @@ class BoxWalk : public testing::TestWithParam<ProductUnderTest> {
         other.show();
         other.activateWindow();
         EXPECT_TRUE(QTest::qWaitForWindowActive(&other));
-        QMimeData data;
-        data.setUrls({QUrl::fromLocalFile(QString::fromStdString(walk.file))});
-        const QPoint at(walk.window.width() / 2, walk.window.height() / 2);
-        QDragEnterEvent enter(at, Qt::CopyAction, &data, Qt::LeftButton, {});
-        QApplication::sendEvent(&walk.window, &enter);
-        QDropEvent event(at, Qt::CopyAction, &data, Qt::LeftButton, {});
-        QApplication::sendEvent(&walk.window, &event);
-        QApplication::processEvents();
+        Hands::drop(walk.window, walk.window.rect().center(), walk.file);
     }
     void handOver() {
         std::atomic<bool> heard = false;

@@ -41,7 +41,6 @@ class EEPROMWindow : public ProductWindow {
 };
 
 TEST_F(EEPROMWindow, VariablesAreAddedMarkedRefusedProgrammedAndRead) {
-    shoot(window, "eeprom-empty");
     press("New Variable"); // begins with its address
     type("16");
     type("2");
@@ -57,7 +56,6 @@ TEST_F(EEPROMWindow, VariablesAreAddedMarkedRefusedProgrammedAndRead) {
     box(3, 3).setFocus();
     QTest::keyClicks(&box(3, 3), "256");
     EXPECT_NE(box(3, 3).palette().color(QPalette::Base), box(3, 2).palette().color(QPalette::Base));
-    shoot(window, "eeprom-conflict-invalid");
     key(Qt::Key_Return);
     EXPECT_TRUE(control().Entry(3).DataValue().empty());
     EXPECT_EQ(box(3, 3).text(), "256");
@@ -86,8 +84,6 @@ TEST_F(EEPROMWindow, VariablesAreAddedMarkedRefusedProgrammedAndRead) {
     press("Read Settings");
     EXPECT_EQ(control().ProgrammingLabel.Caption(), "Read.");
     EXPECT_EQ(box(1, 3).text(), "1 2");
-    shoot(window, "eeprom-read");
-    expectNames();
 }
 
 TEST_F(EEPROMWindow, AValueThatIsNoneStopsTheRunAndAQuestionNamesTheVariable) {
@@ -104,7 +100,8 @@ TEST_F(EEPROMWindow, AValueThatIsNoneStopsTheRunAndAQuestionNamesTheVariable) {
     const auto answer = [&told](QMessageBox::StandardButton button) {
         return [&told, button](QMessageBox& box) {
             told.push_back(box.text().section('\n', 0, 1).toStdString());
-            Hands::click(*box.button(button));
+            QAbstractButton* wanted = box.button(button);
+            wanted == nullptr ? box.reject() : Hands::click(*wanted);
         };
     };
     window.activateWindow(); // the log has opened before it
@@ -113,6 +110,7 @@ TEST_F(EEPROMWindow, AValueThatIsNoneStopsTheRunAndAQuestionNamesTheVariable) {
     ASSERT_EQ(box(1, 3).text(), "256");
     whenShown<QMessageBox>(answer(QMessageBox::Ok));
     press("Program");
+    ASSERT_FALSE(told.empty());
     EXPECT_TRUE(told.back().starts_with("What is typed as the value of speed is not Integer (U8)"))
         << told.back();
     EXPECT_EQ(desk.bench.timesLogged("Making connection attempt."), 0);

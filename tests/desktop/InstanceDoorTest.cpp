@@ -8,9 +8,6 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <cstring>
-#include <sys/socket.h>
-#include <sys/un.h>
 #include <thread>
 
 namespace corvane {
@@ -93,21 +90,6 @@ TEST_F(Door, AFileThatComesWhileItClosesIsSaidToBeUnheard) {
     EXPECT_EQ(heard, 0); // and opens it itself then
     EXPECT_TRUE(opened.empty());
     EXPECT_FALSE(HandOver(other, "late", {}, [](std::chrono::milliseconds) {}));
-}
-
-TEST_F(Door, SilentConnectionsHoldUpNothing) {
-    sockaddr_un mark{};
-    mark.sun_family = AF_UNIX;
-    const std::string path = folder.path() / "run" / InstanceChannel::MarkName;
-    std::memcpy(mark.sun_path, path.c_str(), path.size() + 1);
-    std::vector<Handle> silent;
-    for (int i = 0; i < 20; ++i) {
-        silent.emplace_back(::socket(AF_UNIX, SOCK_STREAM, 0));
-        ASSERT_EQ(::connect(silent.back().get(), reinterpret_cast<sockaddr*>(&mark), sizeof mark),
-                  0);
-    }
-    deliver("file");
-    EXPECT_TRUE(QTest::qWaitFor([this] { return opened.size() == 1; }));
 }
 
 TEST_F(Door, NothingOpensOnceItIsClosed) {

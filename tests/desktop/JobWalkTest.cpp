@@ -96,12 +96,14 @@ TEST_P(JobWalk, NothingThatIsDoneDuringAJobDoesAnything) {
         };
         {
             // And what still waits when the job is over.
+            Dismissing dismissing;
             int ends = 0;
             const Connection atTheEnd = walk.dialogs.JobChanged.connect([&] {
                 if (!walk.dialogs.JobRuns() && ++ends == 1)
                     doAll();
             });
             run();
+            EXPECT_EQ(dismissing.count, 0);
         }
         walk.pause.act = {};
         EXPECT_GE(pauses, 1);

@@ -15,10 +15,12 @@
 #include <QMenu>
 #include <QMenuBar>
 #include <QMessageBox>
-#include <QMimeData>
 #include <QPushButton>
 #include <QTest>
+#include <QToolTip>
 #include <gtest/gtest.h>
+
+#include <fstream>
 
 namespace corvane {
 namespace {
@@ -39,29 +41,8 @@ class MainWindowTest : public testing::Test {
     }
     Notes& notes() { return dynamic_cast<NotesControl&>(*form.control()).notes; }
 
-    /// Opens menus one after another by their captions and chooses the last entry.
     void choose(const QStringList& path) {
-        QWidget* menu = window.menuBar();
-        for (const QString& caption : path) {
-            QAction* action = entry(*menu, caption);
-            ASSERT_NE(action, nullptr) << caption.toStdString();
-            if (auto* bar = qobject_cast<QMenuBar*>(menu))
-                QTest::mouseClick(bar, Qt::LeftButton, {}, bar->actionGeometry(action).center());
-            else
-                QTest::mouseClick(menu, Qt::LeftButton, {},
-                                  dynamic_cast<QMenu&>(*menu).actionGeometry(action).center());
-            if (action->menu() == nullptr)
-                continue;
-            menu = action->menu();
-            // A menu in a menu opens a little later.
-            ASSERT_TRUE(QTest::qWaitFor([menu] { return menu->isVisible(); }));
-        }
-    }
-    static QAction* entry(const QWidget& menu, const QString& caption) {
-        for (QAction* action : menu.actions())
-            if (action->text() == caption)
-                return action;
-        return nullptr;
+        EXPECT_TRUE(Hands::choose(*window.menuBar(), path)) << path.back().toStdString();
     }
 
     Desk desk;
@@ -78,28 +59,15 @@ class StartWindow : public MainWindowTest {
     StartWindow() : MainWindowTest({.ProgramMode = true}) {}
 };
 
-TEST_F(MainWindowTest, SavesThroughTheRealMenuAndDialog) {
-    open();
-    notes().add("one");
-    EXPECT_EQ(window.windowTitle(), "Notes*");
-    whenShown<QFileDialog>([](QFileDialog& dialog) {
-        EXPECT_EQ(dialog.nameFilters(), (QStringList{"Notes (*.note)", "All Files (*)"}));
-        dialog.findChild<QLineEdit*>("fileNameEdit")->setText("mine.note");
-        QTest::keyClick(&dialog, Qt::Key_Return);
-    });
-    choose({"&File", "Save &As..."});
-    EXPECT_EQ(desk.folder.content("mine.note"), "Notes\t1\t1\t0\t2\nNote\tone\n");
-    EXPECT_EQ(window.windowTitle(),
-              "Notes - " + QString::fromStdString(desk.folder.path() / "mine.note"));
-}
-
 TEST_F(MainWindowTest, ANameThatWouldNotShowAgainIsAskedAbout) {
     open();
     notes().add("one");
+    EXPECT_EQ(window.windowTitle(), "Notes*");
     const std::string other = desk.folder.file("taken.note", "precious");
     std::vector<std::string> questions;
     const auto name = [](const char* text) {
         return [text](QFileDialog& dialog) {
+            EXPECT_EQ(dialog.nameFilters(), (QStringList{"Notes (*.note)", "All Files (*)"}));
             Hands::key(Qt::Key_A, Qt::ControlModifier);
             dialog.findChild<QLineEdit*>("fileNameEdit")->setText(text);
             Hands::key(Qt::Key_Return);
@@ -130,6 +98,44 @@ TEST_F(MainWindowTest, ANameThatWouldNotShowAgainIsAskedAbout) {
                              "taken.note already exists.", "Save as 'plain.txt.note'?"}));
     EXPECT_EQ(desk.folder.content("taken.note"), "precious");
     EXPECT_EQ(desk.folder.content("plain.txt"), "Notes\t1\t1\t0\t2\nNote\tone\n");
+    EXPECT_EQ(window.windowTitle(),
+              "Notes - " + QString::fromStdString(desk.folder.path() / "plain.txt"));
+}
+
+TEST_F(MainWindowTest, AnOddNameAmongTheRecentFilesCostsThatNameOnly) {
+    open();
+    int number = 0;
+    for (const char* name : {"a.lumora", "\xFF.lumora", "b.lumora"})
+        form.OpenFile(
+            desk.folder.file(name, "Notes\t1\t1\t0\t2\nNote\t" + std::to_string(++number) + "\n"));
+    EXPECT_TRUE(window.close());
+    std::ofstream(desk.store.file(), std::ios::app) << "texts\tOther\t\xFF\n";
+    // The next start has it in its menu.
+    MainForm next(desk.place, controls, application);
+    MainWindow nextWindow(next, status);
+    nextWindow.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&nextWindow));
+    next.Initialize({});
+    EXPECT_TRUE(Hands::choose(*nextWindow.menuBar(), {"&File", "&2 a.lumora"}));
+    EXPECT_EQ(dynamic_cast<NotesControl&>(*next.control()).notes.lines,
+              std::vector<std::string>{"1"});
+}
+
+TEST_F(MainWindowTest, UpdatesThatThereAreNoneOfCanNotBeChosenAndTheEntrySaysWhy) {
+    open();
+    const KOOptions options(desk.registry);
+    const QString caption = "Automatically Check for &Updates";
+    choose({"&Options", caption});
+    EXPECT_TRUE(options.AutopatchEnabled());
+    form.setNoUpdates();
+    choose({"&Options", caption});
+    EXPECT_TRUE(options.AutopatchEnabled());
+    auto& menu = dynamic_cast<QMenu&>(*QApplication::activePopupWidget());
+    const QPoint at = menu.actionGeometry(Hands::entryOf(menu, caption)).center();
+    QHelpEvent help(QEvent::ToolTip, at, menu.mapToGlobal(at));
+    QApplication::sendEvent(&menu, &help);
+    EXPECT_EQ(QToolTip::text(), "This build has no address to look for updates at.");
+    Hands::closeMenus();
 }
 
 TEST_F(MainWindowTest, ATitleShowsEveryName) {
@@ -156,8 +162,10 @@ TEST_F(MainWindowTest, TheAboutBoxsLinkOpensWithTheKeyboardAndStaysAsItIs) {
     choose({"&Help", "&About..."});
     auto* about = window.findChild<QDialog*>();
     ASSERT_TRUE(QTest::qWaitForWindowActive(about));
+    EXPECT_FALSE(about->isModal());
     Hands::key(Qt::Key_Space); // on OK, wherever the logo is
     EXPECT_TRUE(desk.programs.started.empty());
+    EXPECT_FALSE(form.about.open());
     choose({"&Help", "&About..."});
     about = window.findChildren<QDialog*>().back();
     ASSERT_TRUE(QTest::qWaitForWindowActive(about));
@@ -181,7 +189,7 @@ TEST_F(MainWindowTest, KeysUndoAndRedo) {
     QTest::keyClick(&window, Qt::Key_Z, Qt::ControlModifier);
     QTest::keyClick(&window, Qt::Key_Y, Qt::ControlModifier);
     EXPECT_EQ(notes().lines.size(), 1U);
-    EXPECT_EQ(entry(*window.findChild<QMenuBar*>(), "&Edit")->menu()->actions()[1]->toolTip(),
+    EXPECT_EQ(Hands::entryOf(*window.menuBar(), "&Edit")->menu()->actions()[1]->toolTip(),
               "There is nothing to redo.");
 }
 
@@ -190,28 +198,25 @@ TEST_F(MainWindowTest, AsksBeforeItCloses) {
     notes().add("one");
     whenShown<QMessageBox>([](QMessageBox& box) {
         EXPECT_EQ(box.text(), "Changes have been made. Would you like to save them?");
-        shoot(box, "question");
         QTest::keyClick(&box, Qt::Key_Escape);
     });
     EXPECT_FALSE(window.close());
     EXPECT_TRUE(window.isVisible());
     whenShown<QMessageBox>(
         [](QMessageBox& box) { QTest::mouseClick(box.button(QMessageBox::No), Qt::LeftButton); });
+    EXPECT_TRUE(form.tmrUpdate.Enabled());
+    form.about.show();
     choose({"&File", "E&xit"});
     EXPECT_FALSE(window.isVisible());
+    EXPECT_FALSE(form.about.open());
+    EXPECT_FALSE(form.tmrUpdate.Enabled());
+    EXPECT_TRUE(form.Unload()); // a second time changes nothing
 }
 
 TEST_F(MainWindowTest, AFileDroppedOnItOpens) {
     open();
-    QMimeData data;
-    data.setUrls({QUrl::fromLocalFile(
-        QString::fromStdString(desk.folder.file("x.note", "Notes\t1\t1\t0\t2\nNote\tdropped\n")))});
-    QDragEnterEvent enter(QPoint(50, 50), Qt::CopyAction, &data, Qt::LeftButton, {});
-    QApplication::sendEvent(&window, &enter);
-    EXPECT_TRUE(enter.isAccepted());
-    QDropEvent drop(QPointF(50, 50), Qt::CopyAction, &data, Qt::LeftButton, {});
-    QApplication::sendEvent(&window, &drop);
-    QApplication::processEvents();
+    Hands::drop(window, QPoint(50, 50),
+                desk.folder.file("x.note", "Notes\t1\t1\t0\t2\nNote\tdropped\n"));
     EXPECT_EQ(notes().lines, std::vector<std::string>{"dropped"});
 }
 
@@ -219,29 +224,14 @@ TEST_F(MainWindowTest, TellsWhatIsWrongWithAFile) {
     std::string told;
     whenShown<QMessageBox>([&](QMessageBox& box) {
         told = box.text().toStdString();
-        shoot(box, "error");
         QTest::mouseClick(box.button(QMessageBox::Ok), Qt::LeftButton);
     });
     open(desk.folder.file("x.lumora", "nonsense"));
     EXPECT_EQ(told, "Can't understand the file format.");
 }
 
-TEST_F(MainWindowTest, ShowsTheAboutBoxBesideIt) {
-    open();
-    choose({"&Help", "&About..."});
-    auto* about = window.findChild<QDialog*>();
-    ASSERT_NE(about, nullptr);
-    EXPECT_FALSE(about->isModal());
-    shoot(*about, "about");
-    QTest::keyClick(about, Qt::Key_Escape);
-    EXPECT_FALSE(form.about.open());
-    choose({"&Help", "&About..."});
-    EXPECT_TRUE(form.about.open());
-}
-
 TEST_F(StartWindow, GivesWayToAChoiceAndEverythingHasAName) {
     open();
-    shoot(window, "start");
     auto* view = dynamic_cast<DefaultView*>(window.view());
     ASSERT_NE(view, nullptr);
     for (QAbstractButton* button : view->findChildren<QAbstractButton*>())
@@ -253,6 +243,7 @@ TEST_F(StartWindow, GivesWayToAChoiceAndEverythingHasAName) {
     Hands::key(Qt::Key_Space); // where the focus is at first
     EXPECT_TRUE(desk.programs.started.empty());
     EXPECT_EQ(form.interface().InterfaceClass(), "Corvane.LumoraControl");
+    EXPECT_EQ(form.HistoryObject(), &notes().history);
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     EXPECT_EQ(dynamic_cast<DefaultView*>(window.view()), nullptr);
     EXPECT_EQ(window.windowTitle(), "Notes");
@@ -286,7 +277,6 @@ TEST_F(StartWindow, ASignOfALinkThatMayNotBeOpenedLeadsToTheDrivers) {
     auto& sign = dynamic_cast<QLabel&>(*window.menuBar()->cornerWidget());
     desk.bench.plugIn("lumora-1.2").accessible = false;
     ASSERT_TRUE(QTest::qWaitFor([&] { return sign.text().contains("may not be opened"); }));
-    shoot(window, "no-permission");
     QTest::mouseClick(&sign, Qt::LeftButton, {}, sign.rect().center());
     EXPECT_EQ(desk.programs.started, std::vector<std::string>{"/opt/corvane/Install Drivers.exe|"});
     EXPECT_EQ(desk.person.messages.at(0).title, "Restart Needed");

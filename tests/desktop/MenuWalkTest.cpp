@@ -113,7 +113,10 @@ class MenuWalk : public testing::TestWithParam<ProductUnderTest> {
         const QPointer<QWidget> focused = QApplication::focusWidget();
         {
             Dismissing dismissing;
-            EXPECT_TRUE(Hands::choose(*walk->window.menuBar(), path, byMouse) || !enabled);
+            QStringList captions;
+            for (const MenuItem* above : path)
+                captions.push_back(QString::fromStdString(above->Caption()));
+            EXPECT_TRUE(Hands::choose(*walk->window.menuBar(), captions, byMouse) || !enabled);
             QApplication::processEvents();
         }
         EXPECT_EQ(noticed->state() != before, enabled);

@@ -21,7 +21,6 @@ class OtherProduct : public ProductWindow, public testing::WithParamInterface<Wr
         };
         whenShown<QMessageBox>([&](QMessageBox& box) {
             readLabels(box);
-            shoot(box, "other-product-box");
             QTest::mouseClick(box.button(box.button(QMessageBox::No) != nullptr ? QMessageBox::No
                                                                                 : QMessageBox::Ok),
                               Qt::LeftButton);
@@ -31,7 +30,6 @@ class OtherProduct : public ProductWindow, public testing::WithParamInterface<Wr
             if (qobject_cast<QDialog*>(dialog) != nullptr && dialog->isVisible()) {
                 QApplication::processEvents();
                 readLabels(*dialog);
-                shoot(*dialog, "other-product-dialog");
                 QTest::keyClick(dialog, Qt::Key_Return);
             }
         return read;

@@ -46,19 +46,16 @@ TEST_F(RelayWindow, IsChangedSimulatedProgrammedReadAndUndone) {
     showTab(1);
     EXPECT_EQ(control().SimulatorRelay.RelayLabel.Caption(), "RELAY ON");
     EXPECT_FALSE(control().SimulatorRelay.IndicatorOn());
-    shoot(window, "relay-simulator");
     auto* loss = window.findChild<QCheckBox*>();
     QTest::mouseClick(loss, Qt::LeftButton, {}, QPoint(8, loss->height() / 2));
     EXPECT_EQ(control().SimulatorRelay.RelayLabel.Caption(), "RELAY OFF");
     EXPECT_TRUE(QTest::qWaitFor([&] { return control().SimulatorRelay.IndicatorOn(); }));
-    shoot(window, "relay-loss-of-signal");
     showTab(0);
 
     desk.bench.plugIn("pactor-3.1");
     desk.bench.run(100);
     press("Program");
     EXPECT_EQ(control().ProgrammingLabel.Caption(), "Programmed.");
-    shoot(window, "relay-programmed");
 
     // Somebody else changes the product meanwhile.
     GenericEEPROMProgrammer other(place);
@@ -96,29 +93,6 @@ TEST_F(RelayWindow, NothingStandsThereOfTheLastJob) {
     press("Program");
     EXPECT_EQ(stood, "");
     EXPECT_EQ(control().ProgrammingLabel.Caption(), "");
-}
-
-TEST_F(RelayWindow, FitsItsSizeAndNamesEverything) {
-    EXPECT_EQ(window.view()->size(), QSize(306, 345));
-    EXPECT_LE(window.view()->minimumSizeHint().width(), 306);
-    EXPECT_LE(window.view()->minimumSizeHint().height(), 345);
-    expectNames();
-    showTab(1);
-    expectNames();
-    showTab(0);
-    choose("At Loss of Signal, Relay On");
-    whenShown<QMessageBox>([](QMessageBox& box) {
-        EXPECT_EQ(box.text().section('\n', 0, 0).toStdString(), "No Corvane is connected.");
-        QTest::keyClick(&box, Qt::Key_Return);
-    });
-    press("Program");
-    EXPECT_EQ(control().ProgrammingLabel.Caption(), "");
-    control().ProgrammingLabel.setCaption("Programming failed!");
-    control().ProgrammingLabel.setForeColor(255);
-    shoot(window, "relay-error");
-    window.resize(700, 560);
-    QApplication::processEvents();
-    shoot(window, "relay-large");
 }
 
 } // namespace

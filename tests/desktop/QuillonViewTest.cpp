@@ -36,11 +36,6 @@ class QuillonWindow : public ProductWindow {
 };
 
 TEST_F(QuillonWindow, ShowsAProgramThatComesDown) {
-    EXPECT_EQ(window.view()->size(), QSize(297, 281));
-    EXPECT_LE(window.view()->minimumSizeHint().width(), 297);
-    EXPECT_LE(window.view()->minimumSizeHint().height(), 281);
-    shoot(window, "quillon-empty");
-    expectNames();
     desk.bench.plugIn("quillon");
     desk.bench.run(100);
     for (int i = 0; i < 4000; ++i)
@@ -53,46 +48,31 @@ TEST_F(QuillonWindow, ShowsAProgramThatComesDown) {
     EXPECT_EQ(control().slot(0).ProgramInfo.Caption(), "80.00 seconds");
     EXPECT_TRUE(drawn(0));
     EXPECT_FALSE(drawn(1));
-    shoot(window, "quillon-program");
-    window.resize(700, 500);
-    QApplication::processEvents();
-    shoot(window, "quillon-large");
 }
 
 TEST_F(QuillonWindow, ABurstOfBlocksIsPaintedOnce) {
-    struct Counter final : QObject {
-        int paints = 0;
-        bool eventFilter(QObject*, QEvent* event) override {
-            paints += event->type() == QEvent::Paint ? 1 : 0;
-            return false;
-        }
-    } counter;
-    window.view()->findChild<ProgramCurve*>("0")->installEventFilter(&counter);
+    const PaintCounter counter(*window.view()->findChild<ProgramCurve*>("0"));
     for (int i = 0; i < 1000; ++i)
         ASSERT_TRUE(control().slot(0).program.append(100));
     QApplication::processEvents();
-    EXPECT_EQ(counter.paints, 1);
+    EXPECT_EQ(counter.paints(), 1);
 }
 
 TEST_F(QuillonWindow, TheReceiverIsChosenInADialogBesideIt) {
     desk.bench.plugIn("quillon");
     desk.bench.run(100);
-    QAction* item = nullptr;
-    for (QAction* menu : window.menuBar()->actions())
-        for (QAction* action : menu->menu()->actions())
-            if (action->text() == "Configure &Controller...")
-                item = action;
-    ASSERT_NE(item, nullptr);
-    item->trigger();
+    const auto configure = [this] {
+        EXPECT_TRUE(hands.choose(*window.menuBar(), {"&Options", "Configure &Controller..."}));
+    };
+    configure();
     auto* dialog = window.findChild<ConfigurationDialog*>();
     ASSERT_NE(dialog, nullptr);
     EXPECT_FALSE(dialog->isModal());
-    shoot(*dialog, "quillon-configuration");
     auto* third = dialog->findChildren<QRadioButton*>().at(2);
     QTest::mouseClick(third, Qt::LeftButton, {}, QPoint(8, third->height() / 2));
     QTest::keyClick(dialog, Qt::Key_Return);
     EXPECT_FALSE(dialog->isVisible());
-    item->trigger();
+    configure();
     EXPECT_TRUE(window.findChildren<ConfigurationDialog*>()
                     .back()
                     ->findChildren<QRadioButton*>()

@@ -28,6 +28,11 @@ TEST_P(WindowSize, IsKeptAndFitsTheScreenAndWhatItShows) {
     {
         ProductWalk walk(GetParam(), &sizes);
         expectWholeOnScreen(walk);
+        if (const auto asked = walk.form.control()->GetSuggestedClientSize()) {
+            const QSize wanted(asked->width / 15, asked->height / 15);
+            EXPECT_EQ(walk.window.view()->size(), wanted);
+            EXPECT_EQ(walk.window.view()->minimumSizeHint().expandedTo(wanted), wanted);
+        }
         control = walk.form.interface().InterfaceClass();
         left = walk.window.view()->size() + QSize(24, 36);
         walk.window.resize(walk.window.size() + QSize(24, 36));
@@ -44,6 +49,9 @@ TEST_P(WindowSize, IsKeptAndFitsTheScreenAndWhatItShows) {
         EXPECT_GE(walk.window.view()->width(), least.width());
         EXPECT_GE(walk.window.view()->height(), least.height());
         EXPECT_GT(least.height(), 60);
+        // Which a window manager keeps to.
+        const QSize told = walk.window.windowHandle()->minimumSize();
+        EXPECT_EQ(told.expandedTo(least), told);
     }
     sizes.keep(control, {150000, 150000}); // of a screen that is gone
     ProductWalk walk(GetParam(), &sizes);

@@ -192,53 +192,6 @@ TEST_F(EEPROMEditor, UnsoundFilesAreRefusedAndNothingIsTouched) {
     }
 }
 
-TEST_F(EEPROMEditor, RandomEditsAreUndoneAndRedone) {
-    std::mt19937 random(11);
-    std::vector<std::vector<EEPROMVariable>> states{variables()};
-    for (int step = 0; step < 300; ++step) {
-        const int count = control.EntryCount();
-        const int index =
-            count == 0 ? 0 : static_cast<int>(random() % static_cast<unsigned>(count)) + 1;
-        const std::string number = std::to_string(random() % 50);
-        switch (count < 3 ? 0 : random() % 6) {
-        case 0:
-            control.NewVariableButton.press();
-            break;
-        case 1:
-            control.Entry(index).RemoveButton.press();
-            break;
-        case 2:
-            enter(control.Entry(index).txtAddress, number);
-            break;
-        case 3:
-            enter(control.Entry(index).txtLength, number);
-            break;
-        case 4:
-            control.Entry(index).ctlContents.cmbDataType.choose(Converters()[random() % 4]->Name());
-            control.Entry(index).ctlContents.cmbDataType.leave();
-            break;
-        default:
-            enter(control.Entry(index).ctlContents.txtData, "10101010");
-        }
-        if (static_cast<int>(states.size()) <= history.position())
-            states.push_back(variables());
-    }
-    const std::string rows = shown();
-    while (history.CanUndo()) {
-        EXPECT_EQ(variables(), states[static_cast<std::size_t>(history.position())]);
-        history.Undo();
-    }
-    EXPECT_EQ(control.EntryCount(), 0);
-    while (history.CanRedo())
-        history.Redo();
-    EXPECT_EQ(shown(), rows);
-    EXPECT_EQ(variables(), states.back());
-    const std::string saved = lines();
-    open(desk.folder.content("lines"));
-    EXPECT_EQ(variables(), states.back());
-    EXPECT_EQ(lines(), saved);
-}
-
 TEST_F(EEPROMEditor, ProgramsAndReadsVariables) {
     add(0, 2, {1, 2});
     add(250, 300, ByteString(300, 7)); // in two pieces

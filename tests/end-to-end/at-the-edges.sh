@@ -60,8 +60,11 @@ sleep 2
 [ "$stamp" == "$(stat -c %Y%s "$memory")" ] || fail "it was programmed again"
 isShown '^Program Lumora' >/dev/null && fail "it is programmed again"
 awaitWindow "^Lumora - $folder/police.lumora$" # nothing was undone
+key alt+o u Escape Escape # to look for updates, in a build that has nowhere to
 key alt+f x
 eventually "the program does not end" isGone "$corvane"
+
+! grep -q NoAutopatch "$HOME/.config/corvane/settings" || fail "updates that there are none of are turned off"
 
 say "the program's file is replaced while it runs"
 mkdir other

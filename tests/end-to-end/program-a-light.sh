@@ -105,6 +105,12 @@ clickAt "${add[@]}"
 awaitTitle '*police.lumora\*'
 crash "$corvane"
 "$bin/corvanectl" recover | grep -q police.lumora || fail "there is no journal"
+for option in -program -eeprom; do # these ask for a screen, and get it
+  start "$bin/corvane" $option
+  awaitWindow '^(Corvane|EEPROM)'
+  key alt+f x # would do nothing in a question
+  eventually "a start with $option is asked about what was lost" isGone "$pid"
+done
 start "$bin/corvane"
 corvane=$pid
 awaitWindow '^Corvane$'

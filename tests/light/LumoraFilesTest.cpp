@@ -125,48 +125,5 @@ TEST_F(LumoraFiles, ASettingOfTheWholeDocumentIgnoresItsChannel) {
     EXPECT_EQ(control.TabStrip1.SelectedIndex(), 8);
 }
 
-TEST_F(LumoraFiles, TheExamplesOpenAndFitIntoTheController) {
-    int examples = 0;
-    for (const auto& entry : std::filesystem::directory_iterator(CORVANE_EXAMPLES)) {
-        if (entry.path().extension() != ".lumora")
-            continue;
-        ++examples;
-        EXPECT_TRUE(history.OpenHistory(entry.path())) << entry.path();
-        EXPECT_LE(document.BlockCount(), LumoraDocument::BlockLimit) << entry.path();
-        EXPECT_GT(document.BlockCount(), LumoraDocument::TrackCount) << entry.path();
-    }
-    EXPECT_GE(examples, 3);
-}
-
-TEST_F(LumoraFiles, RandomDocumentsSurviveSavingOpeningUndoingAndRedoing) {
-    const std::string path = desk.folder.path() / "d.lumora";
-    for (unsigned seed = 1; seed <= 200; ++seed) {
-        desk.person.answers = {Answer::No};
-        history.NewHistory();
-        Random random(seed);
-        for (int i = 0; i < 25; ++i) {
-            editAtRandom(document, random);
-            if (random.below(5) == 0)
-                history.Undo(true);
-        }
-        desk.person.files = {path};
-        ASSERT_TRUE(history.SaveHistoryAs());
-        const std::string saved = desk.folder.content("d.lumora");
-        const std::string state = stateOf(document);
-        ASSERT_TRUE(history.OpenHistory(path)) << seed << desk.person.takeMessage();
-        ASSERT_EQ(stateOf(document), state) << seed;
-        const int position = history.position();
-        while (history.position() > 0)
-            history.Undo(true);
-        LumoraDocument fresh({desk.person, desk.person, desk.text});
-        ASSERT_EQ(stateOf(document), stateOf(fresh)) << seed;
-        while (history.position() < position)
-            history.Redo(true);
-        ASSERT_EQ(stateOf(document), state) << seed;
-        history.SaveHistory();
-        ASSERT_EQ(desk.folder.content("d.lumora"), saved) << seed;
-    }
-}
-
 } // namespace
 } // namespace corvane

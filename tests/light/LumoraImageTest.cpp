@@ -91,19 +91,6 @@ Bytes expectedImage(const LumoraDocument& document) {
     return all;
 }
 
-TEST_F(LumoraImage, OfAnEmptyDocumentHasTwelveDarkSeconds) {
-    const Bytes bytes = image();
-    EXPECT_EQ(bytes.size(), 255U);
-    EXPECT_THAT(part(bytes, 0, 6), ElementsAre(127, 127, 127, 127, 127, 127));
-    EXPECT_THAT(part(bytes, 6, 7), ElementsAre(0, 4, 8, 12, 16, 20, 24));
-    EXPECT_THAT(part(bytes, 13, 6), ElementsAre(2, 6, 10, 14, 18, 22));
-    EXPECT_THAT(part(bytes, 19, 6), ElementsAre(5, 5, 5, 5, 5, 5));
-    EXPECT_THAT(part(bytes, 25, 4), ElementsAre(100, 0, 100, 0));
-    EXPECT_THAT(part(bytes, 47, 4), ElementsAre(100, 0, 0, 0));
-    EXPECT_THAT(part(bytes, 239, 6), ElementsAre(1, 1, 1, 1, 1, 1));
-    EXPECT_THAT(part(bytes, 251, 4), ElementsAre(176, 4, 8, 7));
-}
-
 TEST_F(LumoraImage, HasTheBytesThatTheFormatGives) {
     document.setData(1, "Max Current", "30");
     document.setData(2, "Max Current", "250");

@@ -32,7 +32,8 @@ class Programming : public testing::Test, public LightBench {
         EXPECT_FALSE(desk.person.busy);
     }
     /// Answers sets as a sound controller would, except for what `spoil` does to the reply.
-    void plugSpoiled(const std::function<bool(int count, bench::Bytes& reply)>& spoil) {
+    LinkBench::Plugged&
+    plugSpoiled(const std::function<bool(int count, bench::Bytes& reply)>& spoil) {
         auto count = std::make_shared<int>(0);
         bench::Bench made = scripted(
             [spoil, count](std::uint8_t channel, bench::ByteView data, bench::Reply& reply) {
@@ -46,7 +47,7 @@ class Programming : public testing::Test, public LightBench {
                     reply.send(20, answer);
             },
             {1, 1, 3, 7});
-        desk.bench.plugIn(std::move(made));
+        return desk.bench.plugIn(std::move(made));
     }
     LinkBench::Plugged& plugWithMemory(const char* product, const std::string& faults = {},
                                        unsigned seed = 1) {
@@ -210,54 +211,32 @@ TEST_F(Programming, EndsWhenTheBudgetIsSpent) {
 }
 
 TEST_F(Programming, FourSilencesEndItAndOneGoodAnswerRestoresTheBudget) {
-    plugSpoiled([](int, bench::Bytes&) { return false; });
+    LinkBench::Plugged& mute = plugSpoiled([](int, bench::Bytes&) { return false; });
     const std::uint32_t start = desk.bench.clock.now();
     press();
     EXPECT_EQ(status(), "Programming failed.");
     EXPECT_NEAR(desk.bench.clock.now() - start, 4 * 751 + 253 + 10U, 30);
     expectFree();
 
-    LightBench other;
-    bool complete = false;
-    const Connection onShown =
-        other.control.ProgrammingShown.connect([&](LumoraProgramming& shown) {
-            static Connection onStatus;
-            onStatus = shown.Status.Changed.connect(
-                [&] { complete = shown.Status.Caption() == "Programming complete."; });
-        });
-    auto count = std::make_shared<int>(0);
-    other.desk.bench.plugIn(scripted(
-        [count](std::uint8_t channel, bench::ByteView data, bench::Reply& reply) {
-            if (channel != 148 || ++*count % 3 != 0)
-                return; // two silences before every answer
-            std::uint8_t sum = 0;
-            for (const std::uint8_t byte : data)
-                sum = static_cast<std::uint8_t>(sum + byte);
-            reply.send(20, bench::Bytes{data[0], 1, sum});
-        },
-        {1, 1, 3, 7}));
-    other.control.ProgramButton.press();
-    EXPECT_TRUE(complete);
+    desk.bench.unplug(mute);
+    desk.bench.run(200);
+    plugSpoiled([](int count, bench::Bytes&) { return count % 3 == 0; });
+    press(); // two silences before every answer
+    EXPECT_EQ(status(), "Programming complete.");
 }
 
 TEST_F(Programming, AWrongKindOrTooFewBytesEndItAtOnce) {
     for (const bool shortReply : {false, true}) {
-        LightBench bench;
-        std::string last;
-        const Connection onShown =
-            bench.control.ProgrammingShown.connect([&](LumoraProgramming& shown) {
-                static Connection onStatus;
-                onStatus = shown.Status.Changed.connect([&] { last = shown.Status.Caption(); });
-            });
-        bench.desk.bench.plugIn(scripted(
-            [shortReply](std::uint8_t channel, bench::ByteView data, bench::Reply& reply) {
-                if (channel == 148)
-                    reply.send(20, shortReply ? bench::Bytes{data[0], 1} : bench::Bytes{99, 1, 0});
-            },
-            {1, 1, 3, 7}));
-        bench.control.ProgramButton.press();
-        EXPECT_EQ(last, "Programming failed.");
-        EXPECT_FALSE(bench.desk.bench.link.Negotiated());
+        LinkBench::Plugged& wrong = plugSpoiled([shortReply](int count, bench::Bytes& reply) {
+            EXPECT_EQ(count, 1);
+            shortReply ? reply.resize(2) : reply.assign({99, 1, 0});
+            return true;
+        });
+        press();
+        EXPECT_EQ(status(), "Programming failed.");
+        expectFree();
+        desk.bench.unplug(wrong);
+        desk.bench.run(200);
     }
 }
 

@@ -2,7 +2,6 @@
 #include "base/KORgbValue.h"
 #include "light/LumoraTrack.h"
 #include "light/SegmentBlock.h"
-#include "light/TrackSelection.h"
 
 #include <gtest/gtest.h>
 
@@ -103,31 +102,6 @@ TEST(Track, CountsItsBlocksAndTime) {
     EXPECT_THROW(track.InsertTrack(3, 1, 1, "", 0), AssertionFailed);
     EXPECT_THROW(track.RemoveTrack(0), AssertionFailed);
     EXPECT_THROW(static_cast<void>(track.GetTrack(2)), AssertionFailed);
-}
-
-TEST(TrackSelection, ExtendsItsFirstRun) {
-    TrackSelection selection;
-    for (int i = 1; i <= 8; ++i)
-        selection.inserted(i);
-    using Indices = std::vector<int>;
-    selection.extendTo(3);
-    EXPECT_EQ(selection.indices(), Indices{3});
-    selection.extendTo(5);
-    EXPECT_EQ(selection.indices(), (Indices{3, 4, 5}));
-    selection.extendTo(4); // within: ends there
-    EXPECT_EQ(selection.indices(), (Indices{3, 4}));
-    selection.set(7, true); // ragged, and only the first run counts
-    selection.extendTo(2);
-    EXPECT_EQ(selection.indices(), (Indices{2, 3, 4}));
-    selection.extendTo(2);
-    EXPECT_EQ(selection.indices(), (Indices{2, 3, 4}));
-    selection.inserted(3);
-    EXPECT_EQ(selection.indices(), (Indices{2, 4, 5}));
-    selection.removed(4);
-    EXPECT_EQ(selection.indices(), (Indices{2, 4}));
-    selection.selectOnly(99);
-    EXPECT_EQ(selection.count(), 0);
-    EXPECT_EQ(selection.first(), 0);
 }
 
 TEST(SegmentColor, GoesFromTheFirstLevelToTheSecond) {

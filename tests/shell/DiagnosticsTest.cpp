@@ -50,34 +50,6 @@ class Programmer : public testing::Test {
     MainForm form{desk.place, controls, application};
 };
 
-TEST_F(Programmer, ServesOneBlankChipAfterAnother) {
-    std::vector<std::string> numbers;
-    for (int i = 0; i < 2; ++i) {
-        LinkBench::Plugged& chip = desk.bench.plugIn("blank");
-        desk.bench.run(200);
-        ASSERT_EQ(form.interface().InterfaceClass(), "Corvane.ProgrammerControl");
-        EXPECT_TRUE(control().ProgramButton.Enabled());
-        control().ProgramButton.press();
-        EXPECT_EQ(control().StateLabel.Caption(), "Programming complete.");
-        EXPECT_EQ(chip.link->strings().description, "FT232R USB UART"); // until it is replugged
-        desk.bench.unplug(chip);
-        desk.bench.run(200);
-        EXPECT_EQ(control().StateLabel.Caption(), "");
-        EXPECT_FALSE(control().ProgramButton.Enabled());
-        chip.link->plugIn({});
-        EXPECT_EQ(chip.link->strings().description, "Corvane");
-        EXPECT_EQ(chip.link->strings().manufacturer, "Ortaline Works");
-        EXPECT_EQ(chip.link->strings().manufacturerId, "KO");
-        numbers.push_back(chip.link->strings().serialNumber);
-    }
-    EXPECT_THAT(numbers[0], testing::MatchesRegex(
-                                "KO[0-9A-F][0-9A-F][0-9A-F][0-9A-F][0-9A-F][0-9A-F][0-9A-F]"));
-    EXPECT_NE(numbers[0], numbers[1]);
-    EXPECT_EQ(desk.person.beeps, "rr");
-    EXPECT_EQ(form.Title(), "Corvane");
-    EXPECT_FALSE(desk.person.busy);
-}
-
 TEST_F(Programmer, TellsOfAFailureAndMayBeTriedAgain) {
     LinkBench::Plugged& chip = desk.bench.plugIn("blank");
     desk.bench.run(200);
@@ -88,21 +60,6 @@ TEST_F(Programmer, TellsOfAFailureAndMayBeTriedAgain) {
     EXPECT_EQ(desk.person.messages.back().icon, MessageBox::Icon::Warning);
     EXPECT_EQ(desk.person.takeMessage(), "Error: Error programming device.");
     EXPECT_FALSE(desk.person.sawBusyMessage);
-}
-
-class AnyProgrammer : public Programmer {
-  protected:
-    AnyProgrammer() : Programmer({.ProgramMode = true, .ProgramAnyDevice = true}) {}
-};
-
-TEST_F(AnyProgrammer, GivesNewStringsToALinkThatHasSome) {
-    LinkBench::Plugged& link = desk.bench.plugIn("lumora-1.2");
-    desk.bench.run(200);
-    ASSERT_EQ(form.interface().InterfaceClass(), "Corvane.ProgrammerControl");
-    control().ProgramButton.press();
-    EXPECT_EQ(control().StateLabel.Caption(), "Programming complete.");
-    link.link->plugIn({});
-    EXPECT_NE(link.link->strings().serialNumber, "KO0000001");
 }
 
 } // namespace

@@ -63,32 +63,5 @@ TEST_F(LinkStatusTest, AJobThatFindsNoLinkSaysSo) {
     EXPECT_FALSE(bench.link.InUse());
 }
 
-TEST_F(LinkStatusTest, ALinkThatMayNotBeOpenedLeadsToTheDrivers) {
-    LinkBench::Plugged& plugged = bench.plugIn("lumora-1.2");
-    plugged.accessible = false;
-    bench.run(100);
-    EXPECT_EQ(status.state(), State::NoPermission);
-    EXPECT_NE(status.detail().find("Reinstall Corvane Drivers"), std::string::npos);
-    bench.unplug(plugged);
-    bench.run(100);
-    EXPECT_EQ(status.state(), State::NoDevice);
-}
-
-TEST_F(LinkStatusTest, ALinkThatAnotherProgramUsesIsBusyAndTheSignStandsStill) {
-    LinkBench::Plugged& plugged = bench.plugIn("lumora-1.2");
-    plugged.claimed = true;
-    bench.run(5000);
-    EXPECT_EQ(status.headline(), "The link is busy");
-    EXPECT_EQ(changes, 1);
-    EXPECT_EQ(plugged.openings, 5); // once a second
-    plugged.claimed = false;
-    bench.run(1100);
-    EXPECT_EQ(status.headline(), "A link is plugged in");
-    plugged.claimed = true; // does not concern what is open already
-    bench.unplug(plugged);
-    bench.run(1000);
-    EXPECT_EQ(status.headline(), "No link is plugged in");
-}
-
 } // namespace
 } // namespace corvane

@@ -59,45 +59,6 @@ class StartScreen : public MainFormTest {
     StartScreen() : MainFormTest({.DebugMode = true, .ProgramMode = true}) {}
 };
 
-TEST_F(MainFormTest, FileAndEditMenusFollowTheDocument) {
-    form->Initialize("");
-    MainMenu& menu = form->menu;
-    EXPECT_EQ(form->Title(), "Notes");
-    EXPECT_FALSE(menu.mnuEditUndo.Enabled());
-    EXPECT_EQ(menu.mnuEditUndo.ToolTipText(), "There is nothing to undo.");
-    shown().notes.add("a");
-    EXPECT_EQ(form->Title(), "Notes*");
-    EXPECT_TRUE(menu.mnuEditUndo.Enabled());
-    menu.mnuEditUndo.choose();
-    EXPECT_TRUE(menu.mnuEditRedo.Enabled());
-    EXPECT_FALSE(menu.mnuEditUndo.Enabled());
-    menu.mnuEditRedo.choose();
-    desk.person.files = {desk.folder.path() / "mine.lumora"};
-    menu.mnuFileSave.choose();
-    EXPECT_EQ(form->Title(), "Notes - " + (desk.folder.path() / "mine.lumora").string());
-    EXPECT_THAT(recentCaptions(), ElementsAre("&1 mine.lumora"));
-    menu.mnuFileNew.choose();
-    EXPECT_EQ(form->Title(), "Notes");
-    menu.mnuFileMRU.item(1).choose();
-    EXPECT_EQ(shown().notes.lines, Texts{"a"});
-}
-
-TEST_F(MainFormTest, EditCommandsGoToTheControlWhileItAllowsThem) {
-    form->Initialize("");
-    MainMenu& menu = form->menu;
-    menu.mnuEditCut.choose();
-    EXPECT_EQ(shown().commands, "");
-    EXPECT_TRUE(menu.mnuEditPaste.Enabled());
-    shown().selected = true;
-    shown().messenger.Notify("Other", nullptr);
-    EXPECT_FALSE(menu.mnuEditCut.Enabled());
-    shown().messenger.Notify("Update", nullptr);
-    for (MenuItem* item :
-         {&menu.mnuEditCut, &menu.mnuEditCopy, &menu.mnuEditPaste, &menu.mnuEditDelete})
-        item->choose();
-    EXPECT_EQ(shown().commands, "xcvd");
-}
-
 TEST_F(MainFormTest, WithoutAClipboardItsEntriesGoAndWithoutADocumentTheMenusToo) {
     arrange = [](NotesControl& made) { made.hasClipboard = false; };
     form->Initialize("");
@@ -145,42 +106,6 @@ TEST_F(MainFormTest, RecentFilesShowTheirNamesOrPaths) {
                             (desk.folder.path() / "sub" / "e.lumora").string()));
 }
 
-TEST_F(MainFormTest, OptionsAreTheControlsOwnBesideTheOneForUpdates) {
-    form->Initialize("");
-    MainMenu& menu = form->menu;
-    EXPECT_TRUE(menu.mnuOptions.Visible());
-    EXPECT_EQ(menu.mnuOptionsList.count(), 0);
-    EXPECT_FALSE(menu.mnuOptionsSeparator.Visible());
-    EXPECT_FALSE(menu.mnuOptionsAutopatch.Checked());
-    menu.mnuOptionsAutopatch.choose();
-    EXPECT_TRUE(menu.mnuOptionsAutopatch.Checked());
-    EXPECT_TRUE(KOOptions(desk.registry).AutopatchEnabled());
-    form->setNoUpdates();
-    EXPECT_FALSE(menu.mnuOptionsAutopatch.Enabled());
-    EXPECT_EQ(menu.mnuOptionsAutopatch.ToolTipText(),
-              "This build has no address to look for updates at.");
-
-    arrange = [](NotesControl& made) {
-        made.hasOptions = true;
-        made.options.Add("One");
-    };
-    MainForm other(desk.place, controls, application);
-    other.Initialize("");
-    auto& control = dynamic_cast<NotesControl&>(*other.control());
-    control.options.Add("Two");
-    EXPECT_EQ(other.menu.mnuOptionsList.count(), 2);
-    EXPECT_TRUE(other.menu.mnuOptionsSeparator.Visible());
-    EXPECT_TRUE(other.menu.mnuOptionsAutopatch.Checked());
-    std::string chosen;
-    const Connection onChosen = control.optionsMessenger.MessageReceived.connect(
-        [&](std::string_view message, const void* sender, MessageValue& value) {
-            EXPECT_EQ(sender, &control.options);
-            chosen = std::string(message) + " " + std::get<std::string>(value);
-        });
-    other.menu.mnuOptionsList.item(2).choose();
-    EXPECT_EQ(chosen, "MenuItemSelected Two");
-}
-
 struct StillBand final : BottomBand {
     int top = 0;
     int DesiredTop() const override { return top; }
@@ -211,24 +136,6 @@ TEST_F(MainFormTest, TheBandTakesItsPlaceFromTheControl) {
         other.ClientSizeWanted.connect([&](TwipSize size) { wanted.push_back(size); });
     other.Initialize("");
     EXPECT_THAT(wanted, ElementsAre(TwipSize{3000, 500}));
-}
-
-TEST_F(MainFormTest, EndingAsksFirstAndThenPutsAllInOrder) {
-    form->Initialize("");
-    bool closed = false;
-    const Connection onClosed = form->Closed.connect([&] { closed = true; });
-    shown().notes.add("a");
-    EXPECT_FALSE(form->Unload()); // Cancel
-    EXPECT_TRUE(form->tmrUpdate.Enabled());
-    EXPECT_NE(form->HistoryObject(), nullptr);
-    form->about.show();
-    desk.person.answers = {Answer::No};
-    form->menu.mnuFileExit.choose();
-    EXPECT_TRUE(closed);
-    EXPECT_FALSE(form->about.open());
-    EXPECT_FALSE(form->tmrUpdate.Enabled());
-    EXPECT_THAT(desk.programs.started, IsEmpty());
-    EXPECT_TRUE(form->Unload()); // a second time changes nothing
 }
 
 TEST_F(MainFormTest, RestartsOnlyIfThePersonLetsItEnd) {
@@ -274,16 +181,9 @@ TEST_F(MainFormTest, TroubleshootingReachesDriversPowerAndTheLinksOwnStrings) {
     EXPECT_FALSE(desk.person.sawBusyMessage);
 }
 
-TEST_F(MainFormTest, TheAboutBoxOpensOnceAndItsLinkFollowsTheMouse) {
+TEST_F(MainFormTest, TheAboutBoxsLinkFollowsTheMouse) {
     AboutForm& about = form->about;
-    int shownTimes = 0;
-    int focused = 0;
-    const Connection onShown = about.Shown.connect([&] { ++shownTimes; });
-    const Connection onFocus = about.FocusWanted.connect([&] { ++focused; });
-    form->menu.mnuHelpAbout.choose();
-    form->menu.mnuHelpAbout.choose();
-    EXPECT_EQ(shownTimes, 1);
-    EXPECT_EQ(focused, 1);
+    about.show();
     EXPECT_EQ(about.VersionLabel.Caption(), std::string("Version: ") + ProgramVersion);
 
     bool over = true;
@@ -350,19 +250,6 @@ TEST_F(StartScreen, MakesWayForWhatIsPluggedIn) {
     EXPECT_EQ(form->Title(), "Notes");
     shown().changer->setClass(Light); // it makes no way itself
     EXPECT_EQ(form->interface().InterfaceClass(), Relay);
-}
-
-TEST_F(StartScreen, MakesWayForAChoice) {
-    form->Initialize("");
-    auto& start = dynamic_cast<DefaultControl&>(*form->control());
-    start.Logo.press();
-    EXPECT_THAT(desk.programs.started, ElementsAre(MakerSite));
-    int leaving = 0;
-    const Connection onLeaving = form->ControlLeaving.connect([&] { ++leaving; });
-    start.LumoraPicture.press();
-    EXPECT_EQ(leaving, 1);
-    EXPECT_EQ(form->interface().InterfaceClass(), Light);
-    EXPECT_EQ(form->HistoryObject(), &shown().notes.history);
 }
 
 } // namespace

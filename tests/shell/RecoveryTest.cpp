@@ -104,24 +104,6 @@ TEST_F(RecoveryTest, YesOpensItWithAllItsChangesUnderItsPath) {
     EXPECT_THAT(questions(), IsEmpty());
 }
 
-TEST_F(RecoveryTest, AStartThatAsksForAScreenGetsIt) {
-    leaveRelay("1-1.journal", {});
-    for (RunModes modes : {RunModes{.ProgramMode = true}, RunModes{.EEPROMMode = true}}) {
-        const Workplace asked{place.link,     place.device,   place.products, modes,
-                              place.clock,    place.pause,    place.debug,    place.debugger,
-                              place.dialogs,  place.pointer,  place.text,     place.images,
-                              place.programs, place.registry, place.journals};
-        MainForm other(asked, controls, application);
-        other.Initialize("");
-        EXPECT_THAT(questions(), IsEmpty());
-        EXPECT_THAT(names(), ElementsAre("1-1.journal"));
-    }
-    desk.person.answers = {Answer::Yes};
-    start(); // an ordinary one
-    EXPECT_THAT(questions(), ElementsAre(AboutNew));
-    EXPECT_EQ(history().Length(), 2);
-}
-
 TEST_F(RecoveryTest, NoKeepsItAsideAndAsksNoMore) {
     leaveRelay("1-1.journal", {});
     desk.person.answers = {Answer::No};

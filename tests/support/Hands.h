@@ -1,9 +1,9 @@
 #pragma once
 
-#include "controls/Menu.h"
-
 #include <QApplication>
+#include <QDropEvent>
 #include <QMenuBar>
+#include <QMimeData>
 #include <QPointer>
 #include <QScrollBar>
 #include <QTabBar>
@@ -11,6 +11,7 @@
 #include <QTimer>
 #include <QWheelEvent>
 #include <QWidget>
+#include <gtest/gtest.h>
 
 #include <stdexcept>
 
@@ -72,6 +73,17 @@ class Hands {
         for (; *text != '\0'; ++text)
             QTest::keyClick(focusWindow(), *text);
     }
+    /// Drops a file that comes from another program.
+    static void drop(QWidget& on, QPoint at, const std::string& file) {
+        QMimeData data;
+        data.setUrls({QUrl::fromLocalFile(QString::fromStdString(file))});
+        QDragEnterEvent enter(at, Qt::CopyAction, &data, Qt::LeftButton, {});
+        QApplication::sendEvent(&on, &enter);
+        EXPECT_TRUE(enter.isAccepted());
+        QDropEvent event(at, Qt::CopyAction, &data, Qt::LeftButton, {});
+        QApplication::sendEvent(&on, &event);
+        QApplication::processEvents();
+    }
     static void click(QWidget& on) { click(on, on.rect().center()); }
     static void clickTab(QTabBar& bar, int index) { click(bar, bar.tabRect(index).center()); }
     /// Puts other text into a box, and stays in it.
@@ -80,13 +92,14 @@ class Hands {
         key(Qt::Key_A, Qt::ControlModifier);
         type(text);
     }
-    /// Goes through menus to an entry and chooses it, with the mouse or with the keyboard alone.
-    /// False if the way ends before.
-    static bool choose(QMenuBar& bar, const std::vector<const MenuItem*>& path, bool byMouse) {
+    /// Goes through menus by their captions to an entry and chooses it, with the mouse or with the
+    /// keyboard alone. False if the way ends before.
+    static bool choose(QMenuBar& bar, const QStringList& path, bool byMouse = true) {
         QWidget* menu = &bar;
-        for (const MenuItem* item : path) {
-            QAction* action = actionOf(*menu, *item);
-            if (action == nullptr || !menu->isVisible())
+        for (const QString& caption : path) {
+            QAction* action = entryOf(*menu, caption);
+            // A menu in a menu opens a little later.
+            if (action == nullptr || !QTest::qWaitFor([menu] { return menu->isVisible(); }))
                 return false;
             QMenu* below = action->menu(); // what is chosen may be gone from its menu at once
             auto* popup = qobject_cast<QMenu*>(menu);
@@ -109,18 +122,19 @@ class Hands {
         }
         return true;
     }
+    /// Nothing if there is none.
+    [[nodiscard]] static QAction* entryOf(const QWidget& menu, const QString& caption) {
+        for (QAction* action : menu.actions())
+            if (action->text() == caption)
+                return action;
+        return nullptr;
+    }
     static void closeMenus() {
         while (QWidget* popup = QApplication::activePopupWidget())
             popup->close();
     }
 
   private:
-    [[nodiscard]] static QAction* actionOf(const QWidget& menu, const MenuItem& item) {
-        for (QAction* action : menu.actions())
-            if (action->text().toStdString() == item.Caption())
-                return action;
-        return nullptr;
-    }
     [[nodiscard]] static QWindow* handle(const QWidget& on) { return on.window()->windowHandle(); }
     [[nodiscard]] static QPoint placeOf(const QWidget& on, QPoint at) {
         return on.mapTo(on.window(), at);

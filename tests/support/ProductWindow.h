@@ -95,17 +95,6 @@ class ProductWindow : public testing::Test, protected ProductDesk {
         window.activateWindow();
         EXPECT_TRUE(QTest::qWaitForWindowActive(&window));
     }
-    /// Fails for each thing that a person meets with the keyboard and that has no name.
-    void expectNames() const {
-        for (const QWidget* widget : window.view()->findChildren<QWidget*>()) {
-            const auto* button = qobject_cast<const QAbstractButton*>(widget);
-            const bool speaks = button != nullptr && !button->text().isEmpty();
-            if (widget->focusPolicy() != Qt::NoFocus && widget->isVisible()) {
-                EXPECT_TRUE(speaks || !widget->accessibleName().isEmpty())
-                    << widget->metaObject()->className();
-            }
-        }
-    }
 };
 
 } // namespace corvane

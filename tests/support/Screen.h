@@ -1,8 +1,7 @@
 #pragma once
 
-#include "desktop/Theme.h"
-
 #include <QApplication>
+#include <QPaintEvent>
 #include <QTimer>
 #include <QWidget>
 
@@ -10,20 +9,24 @@
 
 namespace corvane {
 
-/// Keeps pictures of what a test shows, in the folder CORVANE_SCREENSHOTS if that is set: in the
-/// light and the dark palette.
-inline void shoot(QWidget& widget, const QString& name) {
-    const QString folder = qEnvironmentVariable("CORVANE_SCREENSHOTS");
-    if (folder.isEmpty())
-        return;
-    const QPalette light = QApplication::palette();
-    widget.grab().save(folder + "/" + name + "-light.png");
-    QApplication::setPalette(Theme::darkPalette());
-    QApplication::processEvents();
-    widget.grab().save(folder + "/" + name + "-dark.png");
-    QApplication::setPalette(light);
-    QApplication::processEvents();
-}
+/// What has been painted of a widget since the counter was made.
+class PaintCounter final : public QObject {
+  public:
+    explicit PaintCounter(QWidget& widget) { widget.installEventFilter(this); }
+    bool eventFilter(QObject*, QEvent* event) override {
+        if (event->type() == QEvent::Paint) {
+            ++paints_;
+            painted_ += dynamic_cast<QPaintEvent&>(*event).region();
+        }
+        return false;
+    }
+    [[nodiscard]] int paints() const { return paints_; }
+    [[nodiscard]] const QRegion& painted() const { return painted_; }
+
+  private:
+    int paints_ = 0;
+    QRegion painted_;
+};
 
 /// Acts on the next dialog of a kind that stops everything, once it shows; `before` arranges what
 /// comes then.

@@ -158,6 +158,7 @@ QWidget* LumoraView::makeOptions(LumoraControl& control) {
     usualRows->addStretch();
     BindWidget(usual, options.OptionsFrame);
 
+    auto* more = MakeButton(control.AdvancedButton, all); // before what the Tab key reaches next
     auto* advanced = new QGroupBox(all);
     advanced->setSizePolicy(QSizePolicy::Maximum, QSizePolicy::Preferred);
     auto* advancedRows = new QVBoxLayout(advanced);
@@ -187,7 +188,7 @@ QWidget* LumoraView::makeOptions(LumoraControl& control) {
     Follow(all, options.OptionsFrame,
            [all, &options] { all->setVisible(options.OptionsFrame.Visible()); });
     layout->addWidget(usual);
-    layout->addWidget(MakeButton(control.AdvancedButton, all), 0, Qt::AlignVCenter);
+    layout->addWidget(more, 0, Qt::AlignVCenter);
     layout->addWidget(advanced);
     layout->addStretch();
     return all;
