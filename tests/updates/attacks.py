@@ -406,70 +406,40 @@ def given(world, version, key="ours", comment=None):
                                 key) + package
 
 
-@attack("by hand", "standard input")
-def a_foreign_path(world):
-    return ["2.22", world.publisher.package("2.22")], given(world, "2.22")
+def ours(version, **how):
+    return lambda world: given(world, version, **how)
 
 
-@attack("by hand", "that is no version")
-def a_path_for_a_version(world):
-    return [world.publisher.package("2.22")], given(world, "2.22")
+def package_of_ours(world):
+    return world.publisher.package("2.22").read_bytes()
 
 
-@attack("by hand", "that is no version")
-def an_option_for_a_version(world):
-    return ["--force-downgrade"], given(world, "2.22")
-
-
-@attack("by hand", "standard input")
-def no_version(world):
-    return [], given(world, "2.22")
-
-
-@attack("by hand", "there is no signature")
-def nothing_to_install(_):
-    return ["2.22"], b""
-
-
-@attack("by hand", "there is no signature")
-def a_package_alone(world):
-    return ["2.22"], world.publisher.package("2.22").read_bytes()
-
-
-@attack("by hand", "the package is not signed by us")
-def a_signature_alone(world):
-    return ["2.22"], given(world, "2.22")[:-world.publisher.package("2.22").stat().st_size]
-
-
-@attack("by hand", "the package is not signed by us")
-def a_package_that_others_signed_by_hand(world):
-    return ["2.22"], given(world, "2.22", "theirs")
-
-
-@attack("by hand", "2.20 is not newer than 2.21")
-def an_older_version_by_hand(world):
-    return ["2.20"], given(world, "2.20")
-
-
-@attack("by hand", "2.21 is not newer than 2.21")
-def the_same_version_by_hand(world):
-    return ["2.21"], given(world, "2.21")
-
-
-@attack("by hand", "not of version 2.30")
-def a_version_that_the_package_is_not(world):
-    return ["2.30"], given(world, "2.22")
-
-
-@attack("by hand", "the package is not Corvane 2.30")
-def an_older_version_under_a_newer_signature(world):
-    return ["2.30"], given(world, "2.20", comment="corvane 2.30 corvane_2.30_all.deb")
-
-
-@attack("by hand", "there is no signature|not of version")
-def a_manifest_for_a_package(world):
+def manifest_of_ours(world):
     files = world.publisher.release(world.site.url, "2.22")
-    return ["2.22"], files["corvane.json.minisig"] + files["corvane.json"]
+    return files["corvane.json.minisig"] + files["corvane.json"]
+
+
+# What it is called with, and what it is given to read.
+for name, says, words, stdin in (
+        ("a foreign path", "standard input", ["2.22", "/etc/passwd"], ours("2.22")),
+        ("a path for a version", "that is no version", ["/etc/passwd"], ours("2.22")),
+        ("an option for a version", "that is no version", ["--force-downgrade"], ours("2.22")),
+        ("no version", "standard input", [], ours("2.22")),
+        ("nothing to install", "there is no signature", ["2.22"], lambda _: b""),
+        ("a package alone", "there is no signature", ["2.22"], package_of_ours),
+        ("a signature alone", "the package is not signed by us", ["2.22"],
+         lambda world: given(world, "2.22")[:-len(package_of_ours(world))]),
+        ("a package that others signed, by hand", "the package is not signed by us", ["2.22"],
+         ours("2.22", key="theirs")),
+        ("an older version by hand", "2.20 is not newer than 2.21", ["2.20"], ours("2.20")),
+        ("the same version by hand", "2.21 is not newer than 2.21", ["2.21"], ours("2.21")),
+        ("a version that the package is not", "not of version 2.30", ["2.30"], ours("2.22")),
+        ("an older version under a newer signature", "the package is not Corvane 2.30", ["2.30"],
+         ours("2.20", comment="corvane 2.30 corvane_2.30_all.deb")),
+        ("a manifest for a package", "there is no signature|not of version", ["2.22"],
+         manifest_of_ours)):
+    ATTACKS.append((name, "by hand", says, False,
+                    lambda world, words=words, stdin=stdin: (words, stdin(world))))
 
 
 @attack("by hand", "no place for the package")
