@@ -48,8 +48,7 @@ TEST_F(LumoraWindow, TheStickBecomesNoSettingOfAChannelThatAnUndoShows) {
             QTest::keyClick(box, Qt::Key_Return);
     });
     agreeing.start(5);
-    EXPECT_TRUE(
-        Hands::choose(*window.menuBar(), {&form.menu.mnuEdit, &form.menu.mnuEditUndo}, true));
+    EXPECT_TRUE(Hands::choose(*window.menuBar(), {"&Edit", "&Undo"}));
     EXPECT_EQ(control().ActiveChannel(), 2);
     EXPECT_EQ(document().HistoryObject().position(), 0);
     EXPECT_EQ(document().HistoryObject().Length(), 1);

@@ -185,7 +185,7 @@ TEST(TrackSelection, IsWhatAFlagForEachSegmentWouldBe) {
     std::vector<bool> flags;
     std::mt19937 random(5);
     const auto below = [&random](std::size_t limit) { return static_cast<int>(random() % limit); };
-    for (int i = 0; i < 20000; ++i) {
+    for (int i = 0; i < 4000; ++i) {
         const int size = static_cast<int>(flags.size());
         const int index = below(flags.size() + 1) + 1;
         const auto at = flags.begin() + (index - 1);

@@ -1,5 +1,6 @@
 #include "system/DiskFiles.h"
 
+#include "support/Instrumented.h"
 #include "support/TemporaryFolder.h"
 #include "system/File.h"
 #include "system/Programs.h"
@@ -68,7 +69,7 @@ TEST(DiskFiles, AKillAtAnyMomentLeavesTheOldContentOrTheNew) {
     const TemporaryFolder folder;
     const std::string path = folder.file("document", std::string(300000, 'a'));
     std::mt19937 random(11);
-    for (int round = 0; round < 200; ++round) {
+    for (int round = 0; round < (Instrumented ? 50 : 200); ++round) {
         const pid_t child = ::fork();
         if (child == 0) {
             DiskFiles files;
