@@ -8,6 +8,7 @@
 #include <QLabel>
 #include <QMenu>
 #include <QMenuBar>
+#include <QPointer>
 #include <QProgressBar>
 #include <QScreen>
 #include <QTabBar>
@@ -296,14 +297,14 @@ TEST_F(LumoraWindow, ProgramsTheControllerAndSaysHowItWent) {
     press("Add");
     desk.bench.plugIn("lumora-1.2");
     press("Program");
-    auto* dialog = window.findChild<QDialog*>();
+    const QPointer<QDialog> dialog = window.findChild<QDialog*>();
     ASSERT_NE(dialog, nullptr);
     EXPECT_EQ(dialog->windowTitle(), "Program Lumora");
     EXPECT_EQ(dialog->findChild<QLabel*>()->text(), "Programming complete.");
     EXPECT_EQ(dialog->findChild<QProgressBar*>()->value(), 100);
     QApplication::processEvents();
     hands.click(*dialog->findChild<QPushButton*>());
-    EXPECT_FALSE(dialog->isVisible());
+    EXPECT_TRUE(dialog.isNull() || !dialog->isVisible());
 }
 
 TEST_F(LumoraWindow, ThePictureOfTheModelIsDraggedUndoneSavedAndReopened) {

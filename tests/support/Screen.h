@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QPaintEvent>
+#include <QScopedValueRollback>
 #include <QTimer>
 #include <QWidget>
 
@@ -28,6 +29,9 @@ class PaintCounter final : public QObject {
     QRegion painted_;
 };
 
+/// What is acted on stays on the screen until its click is over, and is not what comes next.
+inline const QWidget* dialogInHand = nullptr;
+
 /// Acts on the next dialog of a kind that stops everything, once it shows; `before` arranges what
 /// comes then.
 template<class Dialog>
@@ -37,11 +41,12 @@ void whenShown(
     QObject::connect(timer, &QTimer::timeout, timer,
                      [timer, act = std::move(act), before = std::move(before)] {
                          auto* dialog = dynamic_cast<Dialog*>(QApplication::activeModalWidget());
-                         if (dialog == nullptr || !dialog->isVisible())
+                         if (dialog == nullptr || !dialog->isVisible() || dialog == dialogInHand)
                              return;
                          timer->stop();
                          timer->deleteLater();
                          before();
+                         const QScopedValueRollback<const QWidget*> inHand(dialogInHand, dialog);
                          act(*dialog);
                      });
     timer->start(5);
