@@ -8,7 +8,7 @@ set -euo pipefail
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 cd "$root"
 case ${1:-} in
-  "") long=no without=(-LE long) fuzz_seconds=${FUZZ_SECONDS:-3} fault_runs=500 ;;
+  "") long=no without=(-LE long) fuzz_seconds=${FUZZ_SECONDS:-2} fault_runs=500 ;;
   --long) long=yes without=() fuzz_seconds=${FUZZ_SECONDS:-30} fault_runs=5000 ;;
   *)
     sed -n '2,7s/^# \{0,1\}//p' "$0" >&2
@@ -36,7 +36,7 @@ step "the package, and a person's way on a screen"
 ctest --preset release -j "$jobs" "${without[@]}"
 
 step "all tests, instrumented, with $fault_runs jobs over faulty wires"
-CORVANE_FAULT_RUNS=$fault_runs ctest --preset checks -j "$jobs" "${without[@]}"
+CORVANE_FAULT_RUNS=$fault_runs ctest --preset checks -j $((jobs + 1)) "${without[@]}" # some wait
 
 step "the fuzzers, $fuzz_seconds seconds each"
 fuzz_one() {
@@ -69,6 +69,7 @@ step "build the benchmarks"
 cmake --build --preset release --target benchmarks
 
 step "the link in a real kernel"
+cmake --build --preset checks --target usb-lab-chip usb-lab-claimer
 CHIP_DIR=build/checks/bin tests/usb-lab/run.sh build/release/bin
 
 step "all is well; nothing was left out"
