@@ -70,6 +70,10 @@ cmake --build --preset release --target benchmarks
 
 step "the link in a real kernel"
 cmake --build --preset checks --target usb-lab-chip usb-lab-claimer
-CHIP_DIR=build/checks/bin tests/usb-lab/run.sh build/release/bin
+left_out=nothing
+CHIP_DIR=build/checks/bin tests/usb-lab/run.sh build/release/bin || {
+  [ $? = 77 ] || exit 1
+  left_out="the link in a real kernel, since there is none to be fetched"
+}
 
-step "all is well; nothing was left out"
+step "all is well; left out: $left_out"

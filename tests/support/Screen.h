@@ -5,6 +5,7 @@
 #include <QScopedValueRollback>
 #include <QTimer>
 #include <QWidget>
+#include <gtest/gtest.h>
 
 #include <functional>
 
@@ -39,7 +40,10 @@ void whenShown(
     std::function<void(Dialog&)> act, std::function<void()> before = [] {}) {
     auto* timer = new QTimer(qApp);
     QObject::connect(timer, &QTimer::timeout, timer,
-                     [timer, act = std::move(act), before = std::move(before)] {
+                     [timer, act = std::move(act), before = std::move(before),
+                      test = testing::UnitTest::GetInstance()->current_test_info()] {
+                         if (testing::UnitTest::GetInstance()->current_test_info() != test)
+                             return timer->deleteLater(); // it never came
                          auto* dialog = dynamic_cast<Dialog*>(QApplication::activeModalWidget());
                          if (dialog == nullptr || !dialog->isVisible() || dialog == dialogInHand)
                              return;

@@ -3,7 +3,8 @@
 # The programs in BIN_DIR over the kernel's own USB: boots Debian's kernel in QEMU on the files of
 # this machine, which stay as they are, plugs emulated chips into its virtual host controller, and
 # does what a person does (guest.sh). A line a fact, and "N passed, N failed" at the end. Takes a few
-# minutes. Needs packaging/apt-packages-long.txt; the kernel and what starts it are fetched once.
+# minutes. Needs packaging/apt-packages-long.txt; the kernel and what starts it are fetched once, and
+# where they can't be had it says so and ends with 77.
 set -euo pipefail
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 root=$(cd "$here/../.." && pwd)
@@ -16,7 +17,10 @@ cd "$work"
 
 fetch() { # PACKAGE: its files into a folder of the same name
   [ -d "$1" ] && return
-  (cd fetched && apt-get download "$1" >/dev/null 2>&1)
+  if [ -z "$1" ] || ! (cd fetched && apt-get download "$1" >/dev/null 2>&1); then
+    echo "The package '$1' can't be fetched." >&2
+    exit 77
+  fi
   rm -rf "$1.part"
   dpkg -x fetched/"$1"_*.deb "$1.part"
   mv "$1.part" "$1"
@@ -24,7 +28,11 @@ fetch() { # PACKAGE: its files into a folder of the same name
 kernel_package() {
   apt-cache depends linux-image-amd64 | sed -n 's/.*Depends: \(linux-image-[0-9].*\)/\1/p' | head -1
 }
-[ -L kernel ] || { name=$(kernel_package); fetch "$name"; ln -s "$name" kernel; }
+if [ ! -L kernel ]; then
+  name=$(kernel_package)
+  fetch "$name"
+  ln -s "$name" kernel
+fi
 fetch udev
 fetch kmod
 version=$(ls kernel/lib/modules)
