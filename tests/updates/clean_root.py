@@ -46,7 +46,9 @@ class System(Hands):
         self.publisher = Publisher(self.folder, keys)
         (self.root / "etc/polkit-1/rules.d").mkdir(parents=True, exist_ok=True)
         (self.root / "etc/polkit-1/rules.d/10-test.rules").write_text(RULE)
+        (self.root / "etc/hosts").write_text("127.0.0.1 localhost\n")
         (self.root / "run/dbus").mkdir(exist_ok=True)
+        (self.root / "run/dbus/pid").unlink(missing_ok=True)
         self.within("dbus-daemon", "--system", "--fork")
         self.open_screen()
         self.files = self.publisher.release(self.site.url, self.new_version, package=new)
@@ -164,8 +166,11 @@ class System(Hands):
             time.sleep(0.1)
 
     def await_new(self):
+        # What dpkg does for others comes after the package counts as installed.
         eventually(f"it is {self.installed()}",
-                   lambda: self.installed() == f"installed {self.new_version}" and self.running("corvane"), 60)
+                   lambda: self.installed() == f"installed {self.new_version}" and
+                   not self.running("corvane-install-update") and not self.running("dpkg") and
+                   self.running("corvane"), 60)
         self.within("corvanectl", "--version")
         self.end_all()
         self.start()

@@ -52,15 +52,18 @@ void QtUpdates::takeUpRecord() {
     const auto update = record_.update();
     offer_ = update.value_or(UpdateManifest());
     const bool newer = update && IsNewer(update->version, source_.version).value_or(false);
+    // A program whose files are there already, though the package manager did not come to its end.
+    const bool half = update && offer_.version == source_.version &&
+                      (record_.state == State::Installing || record_.state == State::Ready) &&
+                      !source_.installedWhole();
     if (record_.state == State::Installing) {
         // Whoever was at it has ended, or the lock would not be ours.
-        const bool goesOn =
-            newer || (offer_.version == source_.version && !source_.installedWhole());
+        const bool goesOn = newer || half;
         log(goesOn ? "the installation of " + offer_.version + " was interrupted"
                    : offer_.version + " is installed");
         if (goesOn)
             record_.state = State::Ready;
-    } else if (!newer) {
+    } else if (!newer && !half) {
         record_.state = State::Nothing; // it has come another way
     }
     std::string whyNot;
