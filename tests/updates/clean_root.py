@@ -156,6 +156,8 @@ class System(Hands):
                 self.click_band("Yes")
             self.await_log(f"{self.new_version} is fetched, and ours")
             self.restart()
+        elif not self.running("corvane"):
+            self.start() # who would have started it was killed
         self.await_new()
 
     def close_boxes(self):
