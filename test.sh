@@ -2,7 +2,7 @@
 # Checks everything that must hold before a change goes in. There are two builds: one is what people
 # run, and its package and a person's way through it are tried; the other is instrumented (address
 # and undefined behaviour, coverage), and runs all tests and all fuzzers.
-#   ./test.sh          what takes ten minutes on two cores without a compiler cache
+#   ./test.sh          what takes about ten minutes on two cores without a compiler cache
 #   ./test.sh --long   all, below three quarters of an hour
 set -euo pipefail
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
