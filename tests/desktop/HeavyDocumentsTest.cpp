@@ -3,6 +3,7 @@
 #include "support/HeavyDocuments.h"
 
 #include "pwm/QuillonControl.h"
+#include "support/Effort.h"
 #include "support/Instrumented.h"
 #include "support/ProductWindow.h"
 
@@ -198,8 +199,9 @@ TEST_F(HeavyProgramsTest, Blocks) {
 
 TEST_F(HeavyDocumentsTest, ALineOfNothingButSeparatorsIsRefused) {
     openEmpty("lumora", "Lumora");
-    const std::string path = desk.folder.file("a.lumora", "Lumora\t1\t1\t0\t2\nLumoraTrackInsert" +
-                                                              std::string(50000000, '\t') + "\n");
+    const std::string path =
+        desk.folder.file("a.lumora", "Lumora\t1\t1\t0\t2\nLumoraTrackInsert" +
+                                         std::string(effort(10000000, 50000000), '\t') + "\n");
     const MemoryBound bound(300UL * 1024 * 1024);
     std::string told;
     whenShown<QMessageBox>([&told](QMessageBox& box) {

@@ -1,6 +1,7 @@
 // Programs that are killed while a person edits: everything that was done must come back.
 #include "history/LostJournal.h"
 #include "kolib/text/TextFiles.h"
+#include "support/Effort.h"
 #include "support/Person.h"
 #include "support/RandomEdits.h"
 #include "support/TemporaryFolder.h"
@@ -18,7 +19,7 @@
 namespace corvane {
 namespace {
 
-constexpr int Kills = 50; // of each product
+const int Kills = effort(20, 50); // of each product
 
 /// A product's document on the real files and journals, with nobody at the screen.
 template<class Document>

@@ -2,6 +2,7 @@
 // of what may happen between them is tried up to a depth.
 #include "bench/ProductSession.h"
 #include "kolib/wire/HostSession.h"
+#include "support/Effort.h"
 #include "support/ManualClock.h"
 
 #include <gtest/gtest.h>
@@ -339,13 +340,14 @@ std::size_t explore(const std::string& beginning, int depth) {
 }
 
 TEST(SessionModel, NothingStaleIsDeliveredAndNothingGoodIsLost) {
-    EXPECT_GT(explore("", 7), 1000U);
+    const int depth = effort(6, 7);
+    EXPECT_GT(explore("", depth), 1000U);
     // A session that has been told, at rest and with a reply under way.
-    EXPECT_GT(explore("h><<r>", 6), 1000U);
-    EXPECT_GT(explore("h><<r>s>", 5), 1000U);
+    EXPECT_GT(explore("h><<r>", depth - 1), 1000U);
+    EXPECT_GT(explore("h><<r>s>", depth - 2), 200U);
     EXPECT_EQ(Course("h><<hr").identified(), 1);
     // A further hello that has met a packet of the session before.
-    EXPECT_GT(explore("h><<hr", 6), 1000U);
+    EXPECT_GT(explore("h><<hr", depth - 1), 1000U);
 }
 
 } // namespace

@@ -1,21 +1,16 @@
-// Jobs over wires on which everything goes wrong at once. CORVANE_FAULT_RUNS says how often.
+// Jobs over wires on which everything goes wrong at once.
 #include "bench/LumoraMemory.h"
 #include "eeprom/GenericEEPROMProgrammer.h"
 #include "light/LumoraProgrammer.h"
 #include "support/Desk.h"
+#include "support/Effort.h"
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <random>
 
 namespace corvane {
 namespace {
-
-int runs() {
-    const char* text = std::getenv("CORVANE_FAULT_RUNS");
-    return text == nullptr ? 500 : std::atoi(text);
-}
 
 /// One wire with its faults, a product with a memory, and a job.
 class FaultyRun {
@@ -131,7 +126,7 @@ class FaultyRun {
 
 TEST(MixedFaults, EveryJobEndsInTimeAndIsDoneOnlyIfItIs) {
     int done = 0;
-    for (int run = 1; run <= runs(); ++run) {
+    for (int run = 1; run <= effort(500, 5000); ++run) {
         FaultyRun job(static_cast<unsigned>(run));
         job.work();
         done += job.done() ? 1 : 0;
@@ -143,8 +138,8 @@ TEST(MixedFaults, EveryJobEndsInTimeAndIsDoneOnlyIfItIs) {
             FAIL() << "run " << run << ": " << job.told();
     }
     // Neither of the two ends of a job is the rule.
-    EXPECT_GT(done, runs() / 4);
-    EXPECT_LT(done, runs());
+    EXPECT_GT(done, effort(500, 5000) / 4);
+    EXPECT_LT(done, effort(500, 5000));
 }
 
 } // namespace
