@@ -46,7 +46,7 @@ JobOutcome LumoraProgrammer::run() {
 }
 
 void LumoraProgrammer::BeginProgramming() {
-    JobOutcome reached = ReachProduct(with_, ControlClass, false);
+    JobOutcome reached = ReachProduct(with_, ControlClass::Lumora, false);
     if (!reached.done()) {
         with_.link.DisconnectAndBlock(false); // it may have got hold of another product
         reached.text = "Unable to connect to the Lumora.";

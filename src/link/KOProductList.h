@@ -34,6 +34,17 @@ class Version {
     int minor_ = 0;
 };
 
+/// The class names that screens are made from. What is made for one stands in its row of
+/// `shell/ProductTable` and, of the window, of `desktop/Views`.
+namespace ControlClass {
+inline constexpr const char* Default = "Corvane.DefaultControl";
+inline constexpr const char* Programmer = "Corvane.ProgrammerControl";
+inline constexpr const char* Lumora = "Corvane.LumoraControl";
+inline constexpr const char* Pactor = "Corvane.PactorControl";
+inline constexpr const char* EEPROMEditor = "Corvane.EEPROMEditorControl";
+inline constexpr const char* Quillon = "Corvane.QuillonControl";
+} // namespace ControlClass
+
 /// What the program knows of one product: a row of `KOProductList`.
 struct KOProductProfile {
     /// Also the root of the file type's key in the settings, and the type code of its documents.

@@ -7,7 +7,6 @@
 namespace corvane {
 
 namespace {
-constexpr const char* ControlClass = "Corvane.PactorControl";
 constexpr const char* FriendlyName = "relay";
 constexpr int MiddleOfTheStick = 50; // percent
 
@@ -164,7 +163,7 @@ JobOutcome PactorControl::ReadSettings() {
     GenericEEPROMProgrammer reader(place_);
     KOBuffer image;
     JobOutcome outcome;
-    if (!reader.Connect(ControlClass, FriendlyName, false)) {
+    if (!reader.Connect(ControlClass::Pactor, FriendlyName, false)) {
         outcome = reader.failure();
     } else if (!reader.ReadEEPROM(0, PactorSettings::ImageLength, image)) {
         outcome = {JobOutcome::Reason::Failed, "Read failed!", {}};
@@ -198,7 +197,7 @@ JobOutcome PactorControl::Program() {
     const BusyScope busy(place_.pointer);
     GenericEEPROMProgrammer writer(place_);
     JobOutcome outcome{JobOutcome::Reason::Done, "Programmed.", {}};
-    if (!writer.Connect(ControlClass, FriendlyName, false)) {
+    if (!writer.Connect(ControlClass::Pactor, FriendlyName, false)) {
         outcome = writer.failure();
     } else if (writer.WriteEEPROM(0, document.settings().toImage())) {
         status_.report(outcome.text);

@@ -9,7 +9,7 @@
 #include "shell/DebugForm.h"
 #include "shell/MRUList.h"
 #include "shell/MainMenu.h"
-#include "shell/ProductControls.h"
+#include "shell/ProductTable.h"
 #include "shell/WindowSizes.h"
 
 namespace corvane {

@@ -72,30 +72,29 @@ void showProgress(int percent) {
 
 bool OpenLight(Program& program, LumoraDocument& document, const std::string& file) {
     const KOProductProfile* product = program.products.ByExtension(KOIOExtension(file));
-    if (product == nullptr || product->Class != "Corvane.LumoraControl") {
+    if (product == nullptr || product->Class != ControlClass::Lumora) {
         Fail(file + " is no light program.");
         return false;
     }
     return document.HistoryObject().OpenHistory(file);
 }
 
-int CompileLight(Program& program, const std::string& file, bool older, const std::string& out,
-                 std::optional<bool> answer) {
-    AnsweringDialogs dialogs(answer);
+int CompileLight(Program& program, const DocumentJob& job) {
+    AnsweringDialogs dialogs(job.answer);
     LumoraDocument document({dialogs, dialogs, program.text});
-    if (!OpenLight(program, document, file))
+    if (!OpenLight(program, document, job.file))
         return ExitStatus::Failed;
     if (const int channel = LumoraEncoding::channelWithUnknownFunction(document); channel != 0)
         return Fail("Channel " + std::to_string(channel) +
                     " has a segment with a function that the controller does not know.");
-    return older ? compileTransfers(program, document, out, dialogs)
-                 : compileImage(program, document, out);
+    return job.older ? compileTransfers(program, document, job.out, dialogs)
+                     : compileImage(program, document, job.out);
 }
 
-int ProgramLight(Program& program, const std::string& file, std::optional<bool> answer) {
-    AnsweringDialogs dialogs(answer);
+int ProgramLight(Program& program, const DocumentJob& job) {
+    AnsweringDialogs dialogs(job.answer);
     LumoraDocument document({dialogs, dialogs, program.text});
-    if (!OpenLight(program, document, file))
+    if (!OpenLight(program, document, job.file))
         return ExitStatus::Failed;
     LumoraProgrammer run(program.workplace(dialogs, dialogs), document);
     const Connection onProgress =
