@@ -10,7 +10,6 @@
 #include "base/Assert.h"
 #include "base/Product.h"
 #include "kolib/devices/VirtualLinkSource.h"
-#include "system/File.h"
 
 #include <CLI/CLI.hpp>
 
@@ -68,11 +67,10 @@ constexpr std::array productCommands{
 
 /// Those of the light programs for a file of no product.
 const ProductCommands& commandsFor(const Program& program, const std::string& file) {
-    const KOProductProfile* product = program.products.ByExtension(KOIOExtension(file));
-    const auto* found = std::find_if(
-        productCommands.begin(), productCommands.end(), [product](const ProductCommands& row) {
-            return product != nullptr && product->Class == row.className;
-        });
+    const std::string className = program.products.ClassOfFile(file);
+    const auto* found =
+        std::find_if(productCommands.begin(), productCommands.end(),
+                     [&](const ProductCommands& row) { return row.className == className; });
     return found == productCommands.end() ? productCommands.front() : *found;
 }
 

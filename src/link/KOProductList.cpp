@@ -2,6 +2,7 @@
 
 #include "base/Assert.h"
 #include "base/Text.h"
+#include "system/File.h"
 #include "system/Programs.h"
 
 #include <algorithm>
@@ -61,6 +62,11 @@ const KOProductProfile* KOProductList::ByExtension(std::string_view Extension) c
         return LowerCase(profile.fileExtension) == wanted;
     });
     return row == rows_.end() ? nullptr : &*row;
+}
+
+std::string KOProductList::ClassOfFile(const std::string& path) const {
+    const KOProductProfile* product = ByExtension(KOIOExtension(path));
+    return product == nullptr ? std::string() : product->Class;
 }
 
 const KOProductProfile* KOProductList::ByTypeCode(std::string_view typeCode) const {

@@ -76,6 +76,8 @@ class KOProductList {
     [[nodiscard]] int Size() const { return static_cast<int>(rows_.size()); }
     /// The first product of this extension, in capitals or not; nothing if there is none.
     [[nodiscard]] const KOProductProfile* ByExtension(std::string_view Extension) const;
+    /// Class name of the control for a file, by its extension; empty for a file of no product.
+    [[nodiscard]] std::string ClassOfFile(const std::string& path) const;
     /// The first product whose documents have this type code, or nothing.
     [[nodiscard]] const KOProductProfile* ByTypeCode(std::string_view typeCode) const;
     /// Whether it is an identification record: long enough, and with the right checksum.

@@ -6,7 +6,6 @@
 #include "base/HeldFile.h"
 #include "history/LostJournal.h"
 #include "shell/ProductTable.h"
-#include "system/File.h"
 
 #include <algorithm>
 #include <iostream>
@@ -18,10 +17,9 @@ namespace {
 /// A document that a command works on, opened from a file.
 class OpenedDocument {
   public:
-    OpenedDocument(Program& program, const std::string& file) {
-        const KOProductProfile* product = program.products.ByExtension(KOIOExtension(file));
-        if (product != nullptr)
-            history_ = MakeDocument(product->Class, {dialogs, dialogs, program.text});
+    OpenedDocument(Program& program, const std::string& file)
+        : history_(
+              MakeDocument(program.products.ClassOfFile(file), {dialogs, dialogs, program.text})) {
         if (history_ == nullptr)
             dialogs.ShowError("No product owns files like " + file + ".");
         else if (!history_->OpenHistory(file))

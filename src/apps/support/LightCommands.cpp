@@ -3,7 +3,6 @@
 #include "apps/support/AnsweringDialogs.h"
 #include "apps/support/ExitStatus.h"
 #include "light/LumoraProgrammer.h"
-#include "system/File.h"
 
 #include <cstdio>
 #include <iostream>
@@ -71,8 +70,7 @@ void showProgress(int percent) {
 } // namespace
 
 bool OpenLight(Program& program, LumoraDocument& document, const std::string& file) {
-    const KOProductProfile* product = program.products.ByExtension(KOIOExtension(file));
-    if (product == nullptr || product->Class != ControlClass::Lumora) {
+    if (program.products.ClassOfFile(file) != ControlClass::Lumora) {
         Fail(file + " is no light program.");
         return false;
     }
