@@ -4,11 +4,10 @@
 
 namespace corvane {
 
-DefaultControl::DefaultControl(const Workplace& place)
-    : onLogo_(
-          Logo.Click.connect([&programs = place.programs] { programs.OpenInBrowser(MakerSite); })),
-      onLumora_(LumoraPicture.Click.connect([this] { choose(ControlClass::Lumora); })),
-      onDervan_(DervanPicture.Click.connect([this] { choose(ControlClass::Pactor); })) {
+DefaultControl::DefaultControl(const Workplace& place) {
+    on_(Logo.Click, [&programs = place.programs] { programs.OpenInBrowser(MakerSite); });
+    on_(LumoraPicture.Click, [this] { choose(ControlClass::Lumora); });
+    on_(DervanPicture.Click, [this] { choose(ControlClass::Pactor); });
     Logo.setToolTipText("Open the maker's web site");
     LumoraPicture.setToolTipText("Edit a light program");
     DervanPicture.setToolTipText("Edit the settings of a relay");

@@ -26,9 +26,7 @@ class DefaultControl final : public ProductControl {
     void choose(const char* className) const;
 
     KOInterfaceChanger* changer_ = nullptr;
-    Connection onLogo_;
-    Connection onLumora_;
-    Connection onDervan_;
+    Connections on_;
 };
 
 } // namespace corvane

@@ -27,21 +27,18 @@ PactorControl::PactorControl(const Workplace& place)
     place.link.setMaintainConnection(false);
     setToolTips();
     connectSettings();
-    const auto on = [this](auto& event, auto react) {
-        connections_.push_back(event.connect(react));
-    };
-    on(tabs.Click, [this] { changeTab(); });
-    on(SimulateLossOfSignalCheck.Click, [this] { refreshSimulator(false); });
+    on_(tabs.Click, [this] { changeTab(); });
+    on_(SimulateLossOfSignalCheck.Click, [this] { refreshSimulator(false); });
     jobs_.add(ReadSettingsButton, [this] { ReadSettings(); });
     jobs_.add(ProgramButton, [this] { Program(); });
-    on(document.SettingChanged, [this](std::string_view name) { showSetting(name); });
+    on_(document.SettingChanged, [this](std::string_view name) { showSetting(name); });
     History& history = document.HistoryObject();
-    on(history.Changed, [this] {
+    on_(history.Changed, [this] {
         refreshSimulator(true);
         status_.clear();
     });
-    on(history.FileOpened, [this](const std::string&) { refreshSimulator(true); });
-    on(history.ResettingToDefaults, [this] { resetToDefaults(); });
+    on_(history.FileOpened, [this](const std::string&) { refreshSimulator(true); });
+    on_(history.ResettingToDefaults, [this] { resetToDefaults(); });
     SimulatorTab.setVisible(false);
     resetToDefaults();
 }
@@ -61,18 +58,15 @@ void PactorControl::setToolTips() {
 void PactorControl::connectSettings() {
     connectOptions(optIndicator, PactorDocument::Indicator);
     connectOptions(optRelay, PactorDocument::Relay);
-    const auto on = [this](auto& event, auto react) {
-        connections_.push_back(event.connect(react));
-    };
-    on(Hysteresis.Validate, [this] {
+    on_(Hysteresis.Validate, [this] {
         const int percent = std::clamp(ReadInteger(Hysteresis.Text()), 0, 100);
         document.record(PactorDocument::Hysteresis, 0, std::to_string(percent));
     });
-    on(tripPoint.Commit, [this] {
+    on_(tripPoint.Commit, [this] {
         if (!simulating_)
             document.record(PactorDocument::TripPoint, 0, std::to_string(tripPoint.Value()));
     });
-    on(tripPoint.Change, [this] {
+    on_(tripPoint.Change, [this] {
         if (!simulating_)
             return;
         stickPosition_ = tripPoint.Value();
@@ -84,12 +78,12 @@ template<std::size_t N>
 void PactorControl::connectOptions(std::array<OptionButton, N>& options,
                                    std::string_view propertyName) {
     for (std::size_t n = 0; n < N; ++n)
-        connections_.push_back(options[n].Click.connect([this, &options, n, propertyName] {
+        on_(options[n].Click, [this, &options, n, propertyName] {
             options[n ^ 1U].setValue(false); // the other one of the pair
             const bool on = options[n & ~std::size_t{1}].Value();
             document.record(propertyName, static_cast<int>(n / 2),
                             on ? PactorDocument::On : std::string_view());
-        }));
+        });
 }
 
 // Display
