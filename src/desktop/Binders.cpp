@@ -110,7 +110,7 @@ void Bind(QObject* object, Timer& child) {
     auto* timer = new QTimer(object);
     QObject::connect(timer, &QTimer::timeout, object, [&child] {
         if (!InsideRepaint())
-            child.Fired.raise();
+            child.fire();
     });
     Follow(object, child, [timer, &child] {
         if (child.Enabled() && !timer->isActive())
