@@ -101,6 +101,7 @@ void Bind(QAbstractButton* button, Button& child) {
     Follow(button, child,
            [button, &child] { button->setText(QString::fromStdString(child.Caption())); });
     QObject::connect(button, &QAbstractButton::clicked, button, [&child] {
+        // What was typed counts before the press, also where that leaves the focus in the box.
         CommitFocusedBox();
         child.press();
     });

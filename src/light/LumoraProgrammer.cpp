@@ -188,6 +188,7 @@ void LumoraProgrammer::programImage() {
     end(done ? JobOutcome{Reason::Done, Complete, {}}
              : JobOutcome{Reason::Failed, Failed, NotWritten});
     (done ? ProgrammingComplete : ProgrammingFailed).raise();
+    // With a power cycle, so that the controller begins anew with what it holds now.
     EepWriter_->Disconnect(true);
 }
 

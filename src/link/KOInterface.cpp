@@ -38,6 +38,8 @@ void KOInterface::Show(const std::string& newClass) {
 }
 
 void KOInterface::swap(const std::string& newClass) {
+    // The class first: making the control may raise events of the link, and whoever hears them asks
+    // which class shows.
     class_ = newClass;
     InterfaceSwapRequested.raise(control_, newClass);
     history_ = nullptr;
@@ -45,6 +47,7 @@ void KOInterface::swap(const std::string& newClass) {
         control_->setInterfaceChanger(changer_);
         history_ = control_->HistoryObject();
     }
+    // Shown last, when the window has laid it out.
     InterfaceChanged.raise();
     if (control_ != nullptr)
         control_->setVisible(true);

@@ -121,6 +121,7 @@ void PactorControl::changeTab() {
     SettingsTab.setVisible(!simulating);
     tripPoint.setSimulating(simulating);
     showTripPoint();
+    // A tab begins on one side of the band, not where another stick has left it.
     refreshSimulator(true);
 }
 
@@ -173,6 +174,7 @@ JobOutcome PactorControl::ReadSettings() {
 }
 
 JobOutcome PactorControl::apply(const KOBuffer& image) {
+    // The person is asked for the old document before anything of the new one is looked at.
     if (!document.HistoryObject().NewHistory())
         return {JobOutcome::Reason::Canceled, "The document was kept.", {}};
     if (image.Length() != PactorSettings::ImageLength) {

@@ -200,6 +200,8 @@ bool MainForm::Unload() {
         return true;
     if (history_ != nullptr && !history_->ExitHistory())
         return false;
+    // From here on nothing is asked any more. The tick stops before the device goes, or it would be
+    // opened again.
     unloaded_ = true;
     tmrUpdate.setEnabled(false);
     place_.device.CloseDevice();
@@ -208,6 +210,7 @@ bool MainForm::Unload() {
     keepSize();
     Ending.raise();
     letGoOfControl();
+    // It writes itself down as it ends, and what starts next may read it.
     recentFiles_.reset();
     application_.ShutDownApplication();
     Closed.raise();
@@ -224,6 +227,7 @@ void MainForm::letGoOfControl() {
 
 void MainForm::swapControl(std::unique_ptr<ProductControl>& current, const std::string& newName) {
     letGoOfControl();
+    // The old one ends first: two at a time would both answer the link.
     current.reset();
     current = controls_.create(newName);
     clipboard_ = current->Clipboard();
@@ -384,6 +388,7 @@ void MainForm::reprogramEEPROM() const {
 }
 
 void MainForm::restart(const std::string& arguments) {
+    // If the person refuses to end the program, the restart is off as well.
     application_.setPendingRestart(ProgramFile::Own, arguments);
     Unload();
     application_.clearPendingRestart();

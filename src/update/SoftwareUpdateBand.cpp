@@ -122,6 +122,7 @@ bool SoftwareUpdateBand::poll() {
     lastClientState_ = state;
     if (state == KOUpdates::Failed && state_ != Nothing)
         setState(Failed);
+    // The text first: it shows as soon as the band does.
     if (state == KOUpdates::Available || state == KOUpdates::Downloaded)
         ChangeLogText.setCaption(firstCharacters(client_.UC_GetChangeLog(), LongestLog));
     if (state == KOUpdates::Available)
