@@ -44,6 +44,12 @@ void Follow(QObject* object, ChildControl& child, std::function<void()> follow) 
     On(object, child.Changed, std::move(follow));
 }
 
+void LetGo(QObject* object) {
+    for (QObject* part : object->findChildren<QObject*>())
+        if (auto* held = dynamic_cast<HeldConnection*>(part))
+            delete held;
+}
+
 void BindWidget(QWidget* widget, ChildControl& child) {
     Follow(widget, child, [widget, &child] {
         if (widget->isVisibleTo(widget->parentWidget()) != child.Visible())

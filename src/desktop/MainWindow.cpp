@@ -133,9 +133,7 @@ void MainWindow::dropView() {
     QWidget* leaving = view_;
     view_ = nullptr;
     leaving->hide();
-    for (QObject* child : leaving->findChildren<QObject*>())
-        if (auto* held = dynamic_cast<HeldConnection*>(child))
-            delete held;
+    LetGo(leaving);
     leaving->disconnect();
     leaving->deleteLater();
 }
