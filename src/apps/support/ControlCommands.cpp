@@ -2,11 +2,10 @@
 
 #include "apps/support/AnsweringDialogs.h"
 #include "apps/support/ExitStatus.h"
+#include "apps/support/LightCommands.h"
 #include "eeprom/EEPROMEditorControl.h"
 #include "pwm/QuillonControl.h"
 #include "relay/PactorControl.h"
-
-#include <iostream>
 
 namespace corvane {
 
@@ -64,15 +63,7 @@ int CompileRelay(Program& program, const DocumentJob& job) {
     Unwatched<PactorControl> relay(program);
     if (!relay.open(job.file))
         return ExitStatus::Failed;
-    const KOBuffer image = relay.control.document.settings().toImage();
-    if (job.out.empty()) {
-        std::cout << image.ToString() << '\n';
-        return ExitStatus::Done;
-    }
-    const auto bytes = image.bytes();
-    return program.files.ReplaceWhole(job.out, std::string(bytes.begin(), bytes.end()))
-               ? ExitStatus::Done
-               : Fail("Can't save the file.");
+    return GiveBytes(program, relay.control.document.settings().toImage(), job.out);
 }
 
 int ProgramRelay(Program& program, const DocumentJob& job) {

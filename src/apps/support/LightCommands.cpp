@@ -23,19 +23,21 @@ int failed(const LumoraCompiled& compiled) {
                : Fail(tooLarge(compiled.segments, LumoraDocument::BlockLimit));
 }
 
+int give(Program& program, const std::string& text, const std::string& raw,
+         const std::string& out) {
+    if (out.empty())
+        std::cout << text;
+    else if (!program.files.ReplaceWhole(out, raw))
+        return Fail("Can't save the file.");
+    return ExitStatus::Done;
+}
+
 int compileImage(Program& program, const LumoraDocument& document, const std::string& out) {
     LumoraImageCompiler compiler(document);
     const LumoraCompiled compiled = compiler.compile();
     if (compiled.outcome != LumoraCompiled::Outcome::Done)
         return failed(compiled);
-    if (out.empty()) {
-        std::cout << compiler.image().ToString() << '\n';
-        return ExitStatus::Done;
-    }
-    const auto bytes = compiler.image().bytes();
-    return program.files.ReplaceWhole(out, std::string(bytes.begin(), bytes.end()))
-               ? ExitStatus::Done
-               : Fail("Can't save the file.");
+    return GiveBytes(program, compiler.image(), out);
 }
 
 int compileTransfers(Program& program, const LumoraDocument& document, const std::string& out,
@@ -47,11 +49,7 @@ int compileTransfers(Program& program, const LumoraDocument& document, const std
     std::string lines;
     for (const LumoraTransfer& transfer : compiler.transfers())
         lines += std::to_string(transfer.kind) + ": " + transfer.data.ToString() + "\n";
-    if (out.empty()) {
-        std::cout << lines;
-        return ExitStatus::Done;
-    }
-    return program.files.ReplaceWhole(out, lines) ? ExitStatus::Done : Fail("Can't save the file.");
+    return give(program, lines, lines, out);
 }
 
 /// Draws the progress of a run on the error output, if that is a terminal.
@@ -68,6 +66,11 @@ void showProgress(int percent) {
 }
 
 } // namespace
+
+int GiveBytes(Program& program, const KOBuffer& bytes, const std::string& out) {
+    return give(program, bytes.ToString() + "\n", {bytes.bytes().begin(), bytes.bytes().end()},
+                out);
+}
 
 bool OpenLight(Program& program, LumoraDocument& document, const std::string& file) {
     if (program.products.ClassOfFile(file) != ControlClass::Lumora) {

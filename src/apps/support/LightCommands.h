@@ -9,6 +9,9 @@ namespace corvane {
 /// Opens a light program; what is wrong with it is told.
 [[nodiscard]] bool OpenLight(Program& program, LumoraDocument& document, const std::string& file);
 
+/// Prints bytes in decimal, or writes them raw into the file `out` if it is not empty.
+int GiveBytes(Program& program, const KOBuffer& bytes, const std::string& out);
+
 /// Commands on light programs. Each gives the exit status.
 
 /// Prints what would go into a controller, or writes it into a file: for the newer one the bytes,

@@ -46,7 +46,7 @@ Program::Program(const RunModes& runModes, const DeviceDoor& door)
 }
 
 Workplace Program::workplace(Dialogs& dialogs, BusyPointer& pointer) {
-    return {link,     device,  products, modes, clock,  pause_,   debug,
+    return {link,     device,  products, modes, clock,   pause_,   debug,
             debugger, dialogs, pointer,  text,  *images, programs, registry};
 }
 
