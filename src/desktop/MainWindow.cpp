@@ -120,6 +120,7 @@ bool MainWindow::eventFilter(QObject* watched, QEvent* event) {
 void MainWindow::showControl() {
     view_ = MakeView(*form_.control(), area_);
     view_->installEventFilter(this);
+    // In its place before it shows, or it would be seen to jump.
     place();
     view_->show();
     if (QWidget* first = view_->focusWidget())

@@ -67,6 +67,7 @@ QtDialogs::QtDialogs() {
             focused_ = QApplication::focusWidget();
     });
     on_(JobsOver, [this] {
+        // First what was pressed meanwhile goes, or whoever gets the focus back would take it.
         ThrowInputAway();
         if (focused_ != nullptr && focused_->isEnabled() && focused_->isVisible())
             focused_->setFocus();

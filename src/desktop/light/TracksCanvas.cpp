@@ -244,6 +244,7 @@ void TracksCanvas::placeBoxes() {
         brightness_.bindTo(present == nullptr ? nullptr : &present->txtBrightness);
         brightness2_.bindTo(present == nullptr ? nullptr : &present->txtBrightness2);
         time_.bindTo(present == nullptr ? nullptr : &present->txtTime);
+        // What is typed next was not meant for another segment's box.
         if (typing)
             setFocus(Qt::OtherFocusReason);
     }
