@@ -42,6 +42,19 @@ class Connection {
     std::shared_ptr<detail::SlotState> slot_;
 };
 
+/// What one object listens to. All of it ends with this, or with `clear`.
+class Connections {
+  public:
+    template<class Event, class Reaction>
+    void operator()(Event& event, Reaction react) {
+        connections_.push_back(event.connect(std::move(react)));
+    }
+    void clear() { connections_.clear(); }
+
+  private:
+    std::vector<Connection> connections_;
+};
+
 /// A synchronous event. Listeners may come, go, or destroy the event itself while it is raised;
 /// those that come during a raising are first called by the next one. One that throws keeps none of
 /// the others from hearing, so that all of them go on knowing the same; the first of what was

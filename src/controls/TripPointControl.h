@@ -29,7 +29,7 @@ class TripPointControl final {
 
   private:
     bool simulating_ = false;
-    std::vector<Connection> connections_;
+    Connections on_;
 };
 
 } // namespace corvane

@@ -61,17 +61,19 @@ class UsualPointer {
 
 } // namespace
 
-QtDialogs::QtDialogs()
-    : onJob_(JobChanged.connect([this] {
-          if (JobRuns())
-              focused_ = QApplication::focusWidget();
-      })),
-      onJobsOver_(JobsOver.connect([this] {
-          ThrowInputAway();
-          if (focused_ != nullptr && focused_->isEnabled() && focused_->isVisible())
-              focused_->setFocus();
-          focused_ = nullptr;
-      })) {}
+QtDialogs::QtDialogs() {
+    on_(JobChanged, [this] {
+        if (JobRuns())
+            focused_ = QApplication::focusWidget();
+    });
+    on_(JobsOver, [this] {
+        // First what was pressed meanwhile goes, or whoever gets the focus back would take it.
+        ThrowInputAway();
+        if (focused_ != nullptr && focused_->isEnabled() && focused_->isVisible())
+            focused_->setFocus();
+        focused_ = nullptr;
+    });
+}
 
 QString ToolkitFilter(const std::string& filter) {
     const QStringList parts = QString::fromStdString(filter).split('|');

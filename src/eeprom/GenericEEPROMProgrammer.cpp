@@ -90,6 +90,7 @@ bool GenericEEPROMProgrammer::WriteEEPROM(int Address, const KOBuffer& buffer) {
             return fail("Write timed out.\r\n\r\nIf this problem occurs often, try connecting "
                         "through a powered USB hub.");
     Writing.raise(offset, buffer.Length());
+    // A reply says that a piece was taken, not that it was kept.
     KOBuffer readBack;
     const auto couldNotRead = "Couldn't read back the EEPROM to verify it.";
     const bool replyMissing = overdue_ > 0;

@@ -59,7 +59,7 @@ void LumoraControl::dump() {
     const Raised running(running_);
     const BusyScope busy(place_.pointer);
     KOCommLink& link = place_.link;
-    if (const JobOutcome reached = ReachProduct(place_, LumoraProgrammer::ControlClass, false);
+    if (const JobOutcome reached = ReachProduct(place_, ControlClass::Lumora, false);
         !reached.done()) {
         link.Disconnect(false);
         writeLine("Couldn't connect.");

@@ -46,7 +46,7 @@ JobOutcome LumoraProgrammer::run() {
 }
 
 void LumoraProgrammer::BeginProgramming() {
-    JobOutcome reached = ReachProduct(with_, ControlClass, false);
+    JobOutcome reached = ReachProduct(with_, ControlClass::Lumora, false);
     if (!reached.done()) {
         with_.link.DisconnectAndBlock(false); // it may have got hold of another product
         reached.text = "Unable to connect to the Lumora.";
@@ -188,6 +188,7 @@ void LumoraProgrammer::programImage() {
     end(done ? JobOutcome{Reason::Done, Complete, {}}
              : JobOutcome{Reason::Failed, Failed, NotWritten});
     (done ? ProgrammingComplete : ProgrammingFailed).raise();
+    // With a power cycle, so that the controller begins anew with what it holds now.
     EepWriter_->Disconnect(true);
 }
 

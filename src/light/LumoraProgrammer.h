@@ -11,8 +11,6 @@ namespace corvane {
 /// hears the link's packets itself. Nothing is sent before `ProgrammingStarted`.
 class LumoraProgrammer {
   public:
-    static constexpr const char* ControlClass = "Corvane.LumoraControl"; ///< Of what it programs.
-
     LumoraProgrammer(const Workplace& place, const LumoraDocument& document);
     LumoraProgrammer(const LumoraProgrammer&) = delete;
     LumoraProgrammer& operator=(const LumoraProgrammer&) = delete;

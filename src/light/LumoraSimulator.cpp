@@ -122,6 +122,8 @@ bool LumoraSimulator::mayChange(const State& channel) const {
 void LumoraSimulator::UpdateSelectedTrack(int Channel) {
     State& channel = state(Channel);
     const Selected next = wanted(channel);
+    // Where it would like to be is one question, whether it may leave where it is another: between
+    // the two ends of the band it stays.
     if (next == channel.selected || !mayChange(channel))
         return;
     channel.selected = next;

@@ -42,6 +42,8 @@ LumoraCompiled LumoraTransferCompiler::compile() {
     Assert(LumoraEncoding::channelWithUnknownFunction(document_) == 0);
     if (!mayIgnoreRange())
         return {Outcome::Canceled, 0};
+    // The controller does not play from the first transfer to the last, since until then its tables
+    // do not fit one another.
     queue(StateKind, single(StateBefore));
     if (!CompileProgramBlocks()) {
         transfers_.clear();

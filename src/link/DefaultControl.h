@@ -2,7 +2,7 @@
 
 #include "controls/ChildControl.h"
 #include "link/KOInterface.h"
-#include "system/Programs.h"
+#include "link/Workplace.h"
 
 namespace corvane {
 
@@ -10,7 +10,7 @@ namespace corvane {
 /// products by itself. Makes way for any other control.
 class DefaultControl final : public ProductControl {
   public:
-    DefaultControl(KOCommLink& link, Programs& programs);
+    explicit DefaultControl(const Workplace& place);
 
     void UpdateReadyState(bool) override {}
     bool UnloadUI() override { return true; }
@@ -26,9 +26,7 @@ class DefaultControl final : public ProductControl {
     void choose(const char* className) const;
 
     KOInterfaceChanger* changer_ = nullptr;
-    Connection onLogo_;
-    Connection onLumora_;
-    Connection onDervan_;
+    Connections on_;
 };
 
 } // namespace corvane

@@ -32,8 +32,8 @@ bool isBlankHardware(const DeviceInfo& info) {
 
 std::string StartClass(const RunModes& modes) {
     if (modes.EEPROMMode)
-        return "Corvane.EEPROMEditorControl";
-    return modes.ProgramMode ? "Corvane.DefaultControl" : "Corvane.LumoraControl";
+        return ControlClass::EEPROMEditor;
+    return modes.ProgramMode ? ControlClass::Default : ControlClass::Lumora;
 }
 
 KOCommLink::KOCommLink(LinkSurroundings surroundings)
@@ -216,7 +216,7 @@ int KOCommLink::findCandidate(int count) {
         } else if (with_.modes.ProgramMode) {
             IsLinkDevice_ = false;
             candidate = index;
-            SetIdentity("Corvane.ProgrammerControl", Version(), Version());
+            SetIdentity(ControlClass::Programmer, Version(), Version());
         }
     }
     return candidate;

@@ -30,7 +30,7 @@ class QuillonControllerConfiguration {
     QuillonControl* control_ = nullptr;
     std::uint8_t receiverNumber_ = 0;
     bool open_ = true;
-    std::vector<Connection> connections_;
+    Connections on_;
 };
 
 } // namespace corvane

@@ -6,8 +6,6 @@ namespace corvane {
 
 namespace {
 
-constexpr const char* ControlClass = "Corvane.QuillonControl";
-
 // Channels of the requests; that of the reply is the same without the top bit.
 constexpr int AskLength = 178;
 constexpr int AskBlocks = 179;
@@ -52,7 +50,7 @@ bool QuillonTransfer::Connect() {
     with_.pointer.set(true);
     if (!with_.link.IsConnected())
         return fail(NoLinkOpen(with_.link));
-    JobOutcome reached = ReachProduct(with_, ControlClass, false);
+    JobOutcome reached = ReachProduct(with_, ControlClass::Quillon, false);
     reached.text = "Unable to connect to the Quillon.";
     return reached.done() || fail(std::move(reached));
 }

@@ -75,7 +75,7 @@ class PactorControl final : public ProductControl {
     bool running_ = false;    // a job
     bool simulating_ = false; // the "Simulator" tab is on show
     int stickPosition_ = 50;  // percent
-    std::vector<Connection> connections_;
+    Connections on_;
 };
 
 } // namespace corvane

@@ -62,8 +62,7 @@ class AboutForm final {
 
   private:
     bool open_ = false;
-    Connection onLogo_;
-    Connection onOk_;
+    Connections on_;
 };
 
 } // namespace corvane

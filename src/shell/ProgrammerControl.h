@@ -24,7 +24,7 @@ class ProgrammerControl final : public ProductControl {
 
     Workplace place_;
     JobButtons jobs_{place_.pointer};
-    std::vector<Connection> connections_;
+    Connections on_;
 };
 
 } // namespace corvane

@@ -43,6 +43,7 @@ void Recovery::Offer() {
         return;
     }
     const std::optional<std::vector<bool>> picked = pick(sound, damaged);
+    // Put aside whatever the answer: they would come up at every start.
     for (const LostJournal* journal : damaged)
         journal->SetAside();
     for (std::size_t i = 0; picked && i < sound.size(); ++i)

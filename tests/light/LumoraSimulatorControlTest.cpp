@@ -1,3 +1,4 @@
+#include "kolib/images/QtImages.h"
 #include "support/LightBench.h"
 
 #include <gmock/gmock.h>

@@ -62,7 +62,9 @@ TEST(CommandLine, DecidesTheFirstControl) {
     const KODebug debug(modes);
     const KOProductList products("KO", debug);
     const auto classOf = [&](const char* line) {
-        return FirstControlClass(ReadCommandLine(line), products);
+        const Launch launch = ReadCommandLine(line);
+        const std::string ofFile = products.ClassOfFile(launch.fileToOpen);
+        return ofFile.empty() ? StartClass(launch.modes) : ofFile;
     };
     EXPECT_EQ(classOf(""), "Corvane.LumoraControl");
     EXPECT_EQ(classOf("-program2"), "Corvane.DefaultControl");

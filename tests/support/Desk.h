@@ -1,7 +1,7 @@
 #pragma once
 
 #include "controls/Inputs.h"
-#include "kolib/images/QtImages.h"
+#include "kolib/KOImages.h"
 #include "kolib/text/TextFiles.h"
 #include "link/Workplace.h"
 #include "support/LinkBench.h"
@@ -49,7 +49,8 @@ class Desk {
     Person person;
     DiskFiles files;
     TextFiles text{files};
-    QtImages images;
+    std::unique_ptr<KOImages> ownImages = MakeImages();
+    KOImages& images = *ownImages;
     NotedPrograms programs;
     HeldKeys keys;
     SettingsStore store{folder.path() / "config", files};

@@ -89,6 +89,8 @@ void EntriesView::showRows() {
     std::vector<EEPROMEntry*> inView;
     for (int row = first; row < end; ++row)
         inView.push_back(&entryAt(row));
+    // Those that go give their widgets to those that come. The focused one stays, in view or not,
+    // since what is typed in it counts only when it is left.
     const EntryRow* focused = focusedRow();
     for (auto shown = shown_.begin(); shown != shown_.end();) {
         if (shown->second == focused ||

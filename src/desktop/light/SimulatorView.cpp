@@ -63,15 +63,14 @@ SimulatorCanvas::SimulatorCanvas(LumoraSimulatorControl& control, QWidget* paren
     setAccessibleName("Picture of the model with its lights");
     const QColor face = palette().color(QPalette::Button);
     control.setButtonFace({face.red(), face.green(), face.blue()});
-    connections_.push_back(
-        control.LightChanged.connect([this](int channel) { showLight(channel); }));
-    connections_.push_back(control.CanvasChanged.connect([this] {
+    on_(control.LightChanged, [this](int channel) { showLight(channel); });
+    on_(control.CanvasChanged, [this] {
         background_ = control_.background().picture.empty()
                           ? QImage()
                           : imageOf(control_.background().picture).copy();
         update();
-    }));
-    connections_.push_back(control.MenuWanted.connect([this](int channel) { showMenu(channel); }));
+    });
+    on_(control.MenuWanted, [this](int channel) { showMenu(channel); });
 }
 
 void SimulatorCanvas::paintEvent(QPaintEvent* event) {
