@@ -81,21 +81,18 @@ void LumoraControl::connectTracks() {
     on(tracks.SegmentPasteRequested,
        [this](int track, int element) { Clipboard_Paste(track, element); });
     on(tracks.SelectionChanged, [this] { updateCanCopy(); });
+    namespace values = LumoraSegmentValues;
     on(tracks.TrackBrightnessChanged, [this](int track, int element, int value) {
-        recordValue<LumoraUndoableBrightnessChange>(
-            track, element, document.track(track).GetTrack(element).brightness(), value);
+        recordValue<values::Brightness>(track, element, value);
     });
     on(tracks.TrackBrightness2Changed, [this](int track, int element, int value) {
-        recordValue<LumoraUndoableBrightness2Change>(
-            track, element, document.track(track).GetTrack(element).brightness2(), value);
+        recordValue<values::Brightness2>(track, element, value);
     });
     on(tracks.TrackFunctionChanged, [this](int track, int element, const std::string& value) {
-        recordValue<LumoraUndoableFunctionChange>(
-            track, element, document.track(track).GetTrack(element).functionCode(), value);
+        recordValue<values::Function>(track, element, value);
     });
     on(tracks.TrackTimeChanged, [this](int track, int element, double value) {
-        recordValue<LumoraUndoableTimeChange>(
-            track, element, document.track(track).GetTrack(element).time(), value);
+        recordValue<values::Time>(track, element, value);
     });
 }
 
@@ -328,12 +325,13 @@ void LumoraControl::Clipboard_Delete() {
 
 // Segments
 
-template<class Change, class Value>
-void LumoraControl::recordValue(int trackIndex, int elementIndex, const Value& oldValue,
-                                const Value& newValue) {
-    auto change = std::make_unique<Change>();
+template<class Kind>
+void LumoraControl::recordValue(int trackIndex, int elementIndex,
+                                const typename Kind::Value& newValue) {
+    auto change = std::make_unique<LumoraUndoableSegmentChange<Kind>>();
     change->Initialize(document, LumoraDocument::channelOf(trackIndex),
-                       LumoraDocument::onStateOf(trackIndex), elementIndex, oldValue, newValue);
+                       LumoraDocument::onStateOf(trackIndex), elementIndex,
+                       Kind::of(document.track(trackIndex).GetTrack(elementIndex)), newValue);
     document.HistoryObject().Record(std::move(change));
 }
 

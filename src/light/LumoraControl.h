@@ -100,9 +100,8 @@ class LumoraControl final : public ProductControl, public ClipboardCommands {
     void showSelectedTrack();
     [[nodiscard]] std::vector<LumoraSegment> selectedSegments() const;
     bool recordSegments(bool insert, int trackIndex, std::vector<LumoraSegment> segments);
-    template<class Change, class Value>
-    void recordValue(int trackIndex, int elementIndex, const Value& oldValue,
-                     const Value& newValue);
+    template<class Kind>
+    void recordValue(int trackIndex, int elementIndex, const typename Kind::Value& newValue);
     [[nodiscard]] LumoraPlace userPlace() const;
     void filter(UndoableChange& change, bool undoing, bool& cancel);
     void goTo(const LumoraPlace& place);

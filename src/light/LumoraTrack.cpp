@@ -26,16 +26,6 @@ LumoraTrackElement& LumoraTrack::GetTrack(int index) const {
     return *elements_[static_cast<std::size_t>(index) - 1];
 }
 
-int LumoraTrack::indexOf(const LumoraTrackElement& element) const {
-    int index = 0;
-    for (const auto& candidate : elements_) {
-        ++index;
-        if (candidate.get() == &element)
-            return index;
-    }
-    return 0;
-}
-
 int LumoraTrack::AddTrack(double time, int brightness) {
     return InsertTrack(GetTrackCount() + 1, time, brightness, {}, -1);
 }

@@ -39,8 +39,6 @@ class LumoraTrack {
 
     [[nodiscard]] int GetTrackCount() const { return static_cast<int>(elements_.size()); }
     [[nodiscard]] LumoraTrackElement& GetTrack(int index) const;
-    /// 0 if it is not in this track.
-    [[nodiscard]] int indexOf(const LumoraTrackElement& element) const;
     /// Adds a segment without a function at the end and gives its index.
     int AddTrack(double time, int brightness);
     /// Inserts a segment before the one at `index`, or at the end. -1 stands for a time of 1
