@@ -63,11 +63,7 @@ LumoraDocument::LumoraDocument(const History::Surroundings& surroundings)
     history_.setLoader(std::make_unique<LumoraHistoryLoader>());
 }
 
-LumoraTrack& LumoraDocument::Channel(int channel, bool onState) const {
-    return track(trackIndex(channel, onState));
-}
-
-LumoraTrack& LumoraDocument::track(int index) const {
+LumoraTrack& LumoraDocument::at(int index) const {
     Assert(index >= 1 && index <= TrackCount);
     return *tracks_[static_cast<std::size_t>(index) - 1];
 }
@@ -105,7 +101,8 @@ std::string LumoraDocument::Data(int channel, std::string_view propertyName) con
     return {};
 }
 
-void LumoraDocument::setData(int channel, std::string_view propertyName, std::string_view text) {
+void LumoraDocument::setData(WriteAccess, int channel, std::string_view propertyName,
+                             std::string_view text) {
     constexpr int shortestPulse = 800;
     constexpr int longestPulse = 2200;
     if (propertyName == RangeMinName)
@@ -123,7 +120,7 @@ void LumoraDocument::setData(int channel, std::string_view propertyName, std::st
         const auto color = static_cast<int>(ReadHexadecimal(text));
         settingsOf(channel).lightColor = color;
         for (const bool onState : {false, true})
-            Channel(channel, onState).setLightColor(color);
+            at(trackIndex(channel, onState)).setLightColor(color);
     } else {
         return;
     }

@@ -42,9 +42,12 @@ class LumoraDocument final : public HistoryHost {
 
     /// A channel's bottom track (`onState`), which the controller plays below the trip point, or
     /// its top track, which it plays from there on. Channels count from 1.
-    [[nodiscard]] LumoraTrack& Channel(int channel, bool onState) const;
+    [[nodiscard]] const LumoraTrack& Channel(int channel, bool onState) const {
+        return track(trackIndex(channel, onState));
+    }
     /// Tracks count from 1: track 2c - 1 is channel c's top track, 2c its bottom track.
-    [[nodiscard]] LumoraTrack& track(int index) const;
+    [[nodiscard]] const LumoraTrack& track(int index) const { return at(index); }
+    [[nodiscard]] LumoraTrack& track(WriteAccess, int index) { return at(index); }
     [[nodiscard]] static int trackIndex(int channel, bool onState) {
         return 2 * channel - (onState ? 0 : 1);
     }
@@ -65,13 +68,14 @@ class LumoraDocument final : public HistoryHost {
     /// name that is none gives empty text.
     [[nodiscard]] std::string Data(int channel, std::string_view propertyName) const;
     /// Reads the text leniently and limits the value; a name that is none changes nothing.
-    void setData(int channel, std::string_view propertyName, std::string_view text);
+    void setData(WriteAccess, int channel, std::string_view propertyName, std::string_view text);
 
     /// Whether a change in a file may carry this channel with this name.
     [[nodiscard]] static bool takesData(int channel, std::string_view propertyName);
 
   private:
     void resetToDefaults();
+    [[nodiscard]] LumoraTrack& at(int index) const;
     [[nodiscard]] LumoraChannelSettings& settingsOf(int channel);
 
     std::array<std::unique_ptr<LumoraTrack>, TrackCount> tracks_;

@@ -21,7 +21,7 @@ void LumoraTrack::setLightColor(int color) {
     ColorChanged.raise();
 }
 
-LumoraTrackElement& LumoraTrack::GetTrack(int index) const {
+LumoraTrackElement& LumoraTrack::place(int index) const {
     Assert(index >= 1 && index <= GetTrackCount());
     return *elements_[static_cast<std::size_t>(index) - 1];
 }

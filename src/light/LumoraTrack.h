@@ -38,7 +38,8 @@ class LumoraTrack {
     void setLightColor(int color);
 
     [[nodiscard]] int GetTrackCount() const { return static_cast<int>(elements_.size()); }
-    [[nodiscard]] LumoraTrackElement& GetTrack(int index) const;
+    [[nodiscard]] const LumoraTrackElement& GetTrack(int index) const { return place(index); }
+    [[nodiscard]] LumoraTrackElement& GetTrack(int index) { return place(index); }
     /// Adds a segment without a function at the end and gives its index.
     int AddTrack(double time, int brightness);
     /// Inserts a segment before the one at `index`, or at the end. -1 stands for a time of 1
@@ -60,6 +61,7 @@ class LumoraTrack {
     void functionChanges(const std::string& before, const std::string& after);
 
   private:
+    [[nodiscard]] LumoraTrackElement& place(int index) const;
     void sumTimes() const;
 
     bool topTrack_;

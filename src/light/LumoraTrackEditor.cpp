@@ -9,7 +9,7 @@
 namespace corvane {
 
 LumoraTrackEditor::LumoraTrackEditor(LumoraScrollableTracks& set, int trackIndex,
-                                     LumoraTrack& track)
+                                     const LumoraTrack& track)
     : set_(set), trackIndex_(trackIndex), track_(track) {
     connections_.push_back(track.SegmentInserted.connect([this](int index) {
         if (index <= FocusedIndex())

@@ -14,11 +14,11 @@ class LumoraScrollableTracks;
 /// worked on. Indices count from 1, 0 means none; sizes are twips.
 class LumoraTrackEditor {
   public:
-    LumoraTrackEditor(LumoraScrollableTracks& set, int trackIndex, LumoraTrack& track);
+    LumoraTrackEditor(LumoraScrollableTracks& set, int trackIndex, const LumoraTrack& track);
     LumoraTrackEditor(const LumoraTrackEditor&) = delete;
     LumoraTrackEditor& operator=(const LumoraTrackEditor&) = delete;
 
-    [[nodiscard]] LumoraTrack& track() const { return track_; }
+    [[nodiscard]] const LumoraTrack& track() const { return track_; }
     [[nodiscard]] int trackIndex() const { return trackIndex_; }
 
     /// This is the selected track of the set. Every assignment leaves only the first segment
@@ -74,7 +74,7 @@ class LumoraTrackEditor {
 
     LumoraScrollableTracks& set_;
     int trackIndex_;
-    LumoraTrack& track_;
+    const LumoraTrack& track_;
     TrackSelection selection_;
     bool selected_ = false;
     std::unique_ptr<SegmentBlock> block_;

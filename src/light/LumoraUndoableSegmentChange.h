@@ -41,7 +41,7 @@ class LumoraUndoableSegmentChange final : public LumoraUndoableChange {
   private:
     [[nodiscard]] bool isSound() const { return isChannel(channel_) && element_ >= 1; }
     void assign(const Value& value) const {
-        LumoraTrackElement& target = document_->Channel(channel_, onState_).GetTrack(element_);
+        LumoraTrackElement& target = writable(*document_, channel_, onState_).GetTrack(element_);
         const Value before = Kind::of(target);
         AllOrNothing([&] { Kind::assign(target, value); }, [&] { Kind::assign(target, before); });
     }

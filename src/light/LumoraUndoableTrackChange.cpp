@@ -147,7 +147,7 @@ bool LumoraUndoableTrackChange::hasFunctions() const {
 }
 
 void LumoraUndoableTrackChange::insert() const {
-    LumoraTrack& track = document_->Channel(channel_, onState_);
+    LumoraTrack& track = writable(*document_, channel_, onState_);
     const int before = track.GetTrackCount();
     AllOrNothing(
         [&] {
@@ -161,7 +161,7 @@ void LumoraUndoableTrackChange::insert() const {
 }
 
 void LumoraUndoableTrackChange::remove() const {
-    LumoraTrack& track = document_->Channel(channel_, onState_);
+    LumoraTrack& track = writable(*document_, channel_, onState_);
     Assert(segments_.back().index <= track.GetTrackCount());
     const int before = track.GetTrackCount();
     std::vector<LumoraSegment> removed; // as they were, which a file need not tell

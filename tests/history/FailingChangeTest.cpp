@@ -43,7 +43,7 @@ class Saboteur {
     void onAll(LumoraDocument& document) {
         on(document.SettingChanged);
         for (int index = 1; index <= LumoraDocument::TrackCount; ++index) {
-            LumoraTrack& track = document.track(index);
+            const LumoraTrack& track = document.track(index);
             on(track.SegmentInserted);
             on(track.SegmentRemoving);
             on(track.SegmentRemoved);
@@ -114,7 +114,7 @@ struct Sabotaged {
 /// A few segments that come or go at once, which have steps in between.
 void editMuch(LumoraDocument& document, Random& random) {
     auto change = std::make_unique<LumoraUndoableTrackChange>();
-    LumoraTrack& track = document.Channel(1, false);
+    const LumoraTrack& track = document.Channel(1, false);
     std::vector<LumoraSegment> segments;
     if (track.GetTrackCount() > 4) {
         for (const int index : {1, 2, 4})

@@ -104,7 +104,7 @@ TEST_F(TracksTest, NoLengthIsTooMuchToZoom) {
             continue; // takes a minute
         {
             const FreezeScope frozen(history);
-            LumoraTrack& track = document.track(1);
+            LumoraTrack& track = writable(document, 1);
             while (track.GetTrackCount() > 0)
                 track.RemoveTrack(track.GetTrackCount());
             for (int i = 0; i < count; ++i)
@@ -271,11 +271,11 @@ TEST_F(TracksTest, HidingTheLastSelectsTheNextAroundTheEnd) {
 TEST_F(TracksTest, RemovalMovesTheSelectionAtTheEndOnly) {
     fill(1, {1, 2, 3});
     track(1).press(3);
-    document.track(1).RemoveTrack(3);
+    writable(document, 1).RemoveTrack(3);
     EXPECT_EQ(track(1).SelectedIndex(), 2);
-    document.track(1).RemoveTrack(1);
+    writable(document, 1).RemoveTrack(1);
     EXPECT_EQ(track(1).SelectedIndex(), 1);
-    document.track(1).RemoveTrack(1);
+    writable(document, 1).RemoveTrack(1);
     EXPECT_EQ(track(1).SelectedIndex(), 0);
     EXPECT_EQ(track(1).FocusedIndex(), 0);
 }

@@ -2,6 +2,7 @@
 
 #include "light/LumoraControl.h"
 #include "support/Desk.h"
+#include "support/Writing.h"
 
 namespace corvane {
 

@@ -54,7 +54,7 @@ inline void editAtRandom(LumoraDocument& document, Random& random) {
     constexpr std::array functions{"", "", "P", "PT"};
     const int channel = 1 + random.below(LumoraDocument::ChannelCount);
     const bool onState = random.below(2) == 0;
-    LumoraTrack& track = document.Channel(channel, onState);
+    const LumoraTrack& track = document.Channel(channel, onState);
     const int count = track.GetTrackCount();
     const auto record = [&](auto change, auto... values) {
         change->Initialize(document, values...);
