@@ -297,7 +297,7 @@ void LumoraControl::Clipboard_Cut() {
 void LumoraControl::Clipboard_Copy() {
     if (!Clipboard_CanCopy())
         return;
-    std::vector<LumoraSegment> segments = selectedSegments();
+    std::vector<LumoraPlacedElement> segments = selectedSegments();
     if (segments.empty())
         return;
     clipboard_.copy(std::move(segments));
@@ -336,18 +336,18 @@ void LumoraControl::recordValue(int trackIndex, int elementIndex,
 }
 
 bool LumoraControl::recordSegments(bool insert, int trackIndex,
-                                   std::vector<LumoraSegment> segments) {
+                                   std::vector<LumoraPlacedElement> segments) {
     auto change = std::make_unique<LumoraUndoableTrackChange>();
     change->InitializeGroup(document, insert, LumoraDocument::channelOf(trackIndex),
                             LumoraDocument::onStateOf(trackIndex), std::move(segments));
     return document.HistoryObject().Record(std::move(change));
 }
 
-std::vector<LumoraSegment> LumoraControl::selectedSegments() const {
+std::vector<LumoraPlacedElement> LumoraControl::selectedSegments() const {
     const LumoraTrackEditor& editor = tracks.track(tracks.SelectedIndex());
-    std::vector<LumoraSegment> segments;
+    std::vector<LumoraPlacedElement> segments;
     for (const int index : editor.SelectedIndices())
-        segments.push_back(LumoraSegment::of(editor.track(), index));
+        segments.push_back({index, editor.track().GetTrack(index)});
     return segments;
 }
 
@@ -361,15 +361,11 @@ void LumoraControl::addOrInsert(bool add) {
     const FreezeScope frozen(document.HistoryObject());
     const LumoraTrack& track = editor.track();
     const int selected = editor.SelectedIndex();
-    LumoraSegment segment{0, track.Binary() ? 0 : 50, 1.0, {}, 0};
-    if (selected != 0) {
-        const LumoraTrackElement& like = track.GetTrack(selected);
-        segment = {0, like.brightness(), like.time(), like.functionCode(), like.brightness2()};
-    }
-    segment.index =
+    const LumoraTrackElement element =
+        selected == 0 ? LumoraTrackElement(track.Binary() ? 0 : 50, 1.0) : track.GetTrack(selected);
+    const int position =
         add || track.GetTrackCount() == 0 ? track.GetTrackCount() + 1 : std::max(1, selected);
-    const int position = segment.index;
-    recordSegments(true, trackIndex, {std::move(segment)});
+    recordSegments(true, trackIndex, {{position, element}});
     editor.setSelectedIndex(position);
     FocusOn(SelectedChannel(), SelectedOnState(), editor.SelectedIndex());
 }
@@ -381,7 +377,7 @@ void LumoraControl::deleteSelected() {
     showSelectedTrack();
     LumoraTrackEditor& editor = tracks.track(trackIndex);
     editor.Commit();
-    const std::vector<LumoraSegment> segments = selectedSegments();
+    const std::vector<LumoraPlacedElement> segments = selectedSegments();
     if (segments.empty())
         return;
     const FreezeScope frozen(document.HistoryObject());

@@ -98,8 +98,8 @@ class LumoraControl final : public ProductControl, public ClipboardCommands {
     void addOrInsert(bool add);
     void deleteSelected();
     void showSelectedTrack();
-    [[nodiscard]] std::vector<LumoraSegment> selectedSegments() const;
-    bool recordSegments(bool insert, int trackIndex, std::vector<LumoraSegment> segments);
+    [[nodiscard]] std::vector<LumoraPlacedElement> selectedSegments() const;
+    bool recordSegments(bool insert, int trackIndex, std::vector<LumoraPlacedElement> segments);
     template<class Kind>
     void recordValue(int trackIndex, int elementIndex, const typename Kind::Value& newValue);
     [[nodiscard]] LumoraPlace userPlace() const;

@@ -34,10 +34,10 @@ LumoraTrackEditor::LumoraTrackEditor(LumoraScrollableTracks& set, int trackIndex
         set_.contentChanged(trackIndex_);
         selectionChanged();
     }));
-    connections_.push_back(track.SegmentChanged.connect([this](const LumoraTrackElement& element) {
-        if (block_ != nullptr && &block_->element() == &element)
+    connections_.push_back(track.SegmentChanged.connect([this](int index) {
+        if (index == FocusedIndex())
             block_->follow();
-        rearrange();
+        rearrange(index);
         set_.contentChanged(trackIndex_);
     }));
     connections_.push_back(

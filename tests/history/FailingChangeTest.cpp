@@ -115,14 +115,14 @@ struct Sabotaged {
 void editMuch(LumoraDocument& document, Random& random) {
     auto change = std::make_unique<LumoraUndoableTrackChange>();
     const LumoraTrack& track = document.Channel(1, false);
-    std::vector<LumoraSegment> segments;
+    std::vector<LumoraPlacedElement> segments;
     if (track.GetTrackCount() > 4) {
         for (const int index : {1, 2, 4})
-            segments.push_back(LumoraSegment::of(track, index));
+            segments.push_back({index, track.GetTrack(index)});
         change->InitializeGroup(document, false, 1, false, std::move(segments));
     } else {
         for (int index = 1; index <= 4; ++index)
-            segments.push_back({index, random.below(101), 1, "P", 7});
+            segments.push_back({index, {random.below(101), 1, "P", 7}});
         change->InitializeGroup(document, true, 1, false, std::move(segments));
     }
     document.HistoryObject().Record(std::move(change));

@@ -248,7 +248,7 @@ TEST_F(LumoraControlTest, CopiesAndPastesInARow) {
 }
 
 TEST_F(LumoraControlTest, FunctionsDoNotFitIntoTwoLevelTracks) {
-    insert(1, false, {1, 90, 0.5, "P", 10});
+    insert(1, false, {1, {90, 0.5, "P", 10}});
     track(1).press(1);
     control.Clipboard_Copy();
     EXPECT_TRUE(control.Clipboard_IsDataAdvanced());

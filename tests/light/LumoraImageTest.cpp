@@ -141,7 +141,7 @@ TEST_F(LumoraImage, HoldsOneHundredAndSixBlocksAndNoMore) {
     add(1, true, 1, 1);
     EXPECT_EQ(outcome().outcome, LumoraCompiled::Outcome::Done);
     EXPECT_EQ(outcome().segments, 106);
-    writable(document, 2).GetTrack(1).setFunctionCode("P"); // costs two
+    setFunction(writable(document, 2), 1, "P"); // costs two
     EXPECT_EQ(outcome().outcome, LumoraCompiled::Outcome::TooLarge);
     EXPECT_EQ(outcome().segments, 107);
     for (int i = 0; i < 20; ++i)

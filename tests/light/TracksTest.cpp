@@ -24,7 +24,7 @@ class TracksTest : public testing::Test, public LightBench {
 
 TEST_F(TracksTest, LieSideBySideOnOneTimeAxis) {
     fill(1, {10, 20});
-    insert(1, false, {2, 5, 0.25, {}, 0});
+    insert(1, false, {2, {5, 0.25}});
     LumoraTrackEditor& editor = track(1);
     EXPECT_EQ(editor.GetTrackLeft(1), 0);
     EXPECT_EQ(editor.GetTrackWidth(1), 2400);
@@ -81,11 +81,11 @@ TEST_F(TracksTest, ZoomWithinTheirLimits) {
     EXPECT_EQ(tracks.TimeScale(), 4800);
     tracks.ZoomToFit(); // nothing to fit
     EXPECT_EQ(tracks.TimeScale(), 4800);
-    insert(1, false, {1, 50, 0.01, {}, 0});
+    insert(1, false, {1, {50, 0.01}});
     tracks.ZoomToFit();
     EXPECT_EQ(tracks.TimeScale(), 307200);
     for (int i = 2; i <= 20; ++i)
-        insert(1, false, {i, 50, 2.5, {}, 0});
+        insert(1, false, {i, {50, 2.5}});
     EXPECT_LE(track(1).ContentWidth(), 15 * 16383 * 130); // until the scale is next set
     tracks.setTimeScale(300000);
     EXPECT_LE(track(1).ContentWidth(), 15 * 16383 + 20);
@@ -126,9 +126,9 @@ TEST_F(TracksTest, NoLengthIsTooMuchToZoom) {
 }
 
 TEST_F(TracksTest, WhatNoLineOfAFileCouldHoldIsRefused) {
-    std::vector<LumoraSegment> segments;
+    std::vector<LumoraPlacedElement> segments;
     for (int index = 1; index <= 200000; ++index)
-        segments.push_back({index, 50, 1, "P", 0});
+        segments.push_back({index, {50, 1, "P"}});
     auto change = std::make_unique<LumoraUndoableTrackChange>();
     change->InitializeGroup(document, true, 1, false, segments);
     EXPECT_FALSE(history.Record(std::move(change)));
@@ -282,7 +282,7 @@ TEST_F(TracksTest, RemovalMovesTheSelectionAtTheEndOnly) {
 
 TEST_F(TracksTest, KeysMoveBetweenSegmentsAndTracks) {
     fill(1, {1, 2, 3});
-    insert(1, true, {1, 9, 2.5, {}, 0});
+    insert(1, true, {1, {9, 2.5}});
     track(1).press(1);
     tracks.moveFocus(1, 0);
     EXPECT_EQ(track(1).SelectedIndex(), 2);

@@ -16,5 +16,10 @@ void setData(Document& document, int index, std::string_view propertyName, std::
 inline LumoraTrack& writable(LumoraDocument& document, int track) {
     return document.track(Writing::access(), track);
 }
+inline void setFunction(LumoraTrack& track, int index, const char* code) {
+    LumoraTrackElement element = track.GetTrack(index);
+    element.setFunctionCode(code);
+    track.SetTrack(index, std::move(element));
+}
 
 } // namespace corvane

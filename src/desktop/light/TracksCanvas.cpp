@@ -162,6 +162,7 @@ BlockLook TracksCanvas::lookOf(const LumoraTrackEditor& track, int elementIndex)
     const LumoraTrackElement& element = track.track().GetTrack(elementIndex);
     BlockLook look;
     look.element = &element;
+    look.lightColor = track.track().LightColor();
     look.marked = track.isMarked(elementIndex);
     if (const SegmentBlock* worked = track.block(); elementIndex == track.FocusedIndex()) {
         look.brightness = QString::fromStdString(worked->txtBrightness.Text());
