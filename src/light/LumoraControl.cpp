@@ -18,8 +18,8 @@ std::vector<TabStrip::Tab> allTabs() {
     for (int channel = 1; channel <= LumoraDocument::ChannelCount; ++channel)
         tabs.push_back({std::string(ChannelCaption) + std::to_string(channel), {}});
     tabs.push_back({"All Channels", {}});
-    tabs.push_back({"Transmitter", "XMit"});
-    tabs.push_back({"Simulator", "Sim"});
+    tabs.push_back({"Transmitter", LumoraControl::TransmitterTag});
+    tabs.push_back({"Simulator", LumoraControl::SimulatorTag});
     return tabs;
 }
 
@@ -61,7 +61,8 @@ LumoraControl::LumoraControl(const Workplace& place, const KOKeyboard& keyboard)
     });
     on(tripPoint.Commit, [this] {
         if (ActiveChannel() != 0)
-            options.record(ActiveChannel(), "Trip Point", std::to_string(tripPoint.Value()));
+            options.record(ActiveChannel(), LumoraDocument::TripPoint,
+                           std::to_string(tripPoint.Value()));
     });
     options.setChannel(ActiveChannel());
     Update();
@@ -152,23 +153,23 @@ void LumoraControl::Update() {
 }
 
 void LumoraControl::settingChanged(std::string_view name, int channel) {
-    if (IsSimulating() && channel != 0 && !name.starts_with("Sim ")) {
+    if (IsSimulating() && channel != 0 && !name.starts_with(LumoraDocument::SimulatorStart)) {
         simulator.takeSettings(channel);
         simulatorControl.redrawLight(channel); // its colour
     }
-    if (name == "Max Current")
+    if (name == LumoraDocument::MaxCurrent)
         options.UpdateMaxCurrent();
-    else if (name == "Light Color")
+    else if (name == LumoraDocument::LightColor)
         options.UpdateLightColor();
-    else if (name == "Turn Off Point")
+    else if (name == LumoraDocument::TurnOffPoint)
         options.UpdateTurnOffPoint();
-    else if (name == "Trip Point")
+    else if (name == LumoraDocument::TripPoint)
         UpdateTripPoint();
-    else if (name == "No Signal")
+    else if (name == LumoraDocument::NoSignal)
         options.UpdateNoSignal();
-    else if (name == "Hysteresis")
+    else if (name == LumoraDocument::Hysteresis)
         options.UpdateHysteresis();
-    else if (name.starts_with("XMit "))
+    else if (name.starts_with(LumoraDocument::TransmitterStart))
         options.UpdateXMit();
 }
 

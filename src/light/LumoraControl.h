@@ -45,12 +45,15 @@ class LumoraControl final : public ProductControl, public ClipboardCommands {
     void Clipboard_Paste(int trackIndex, int elementIndex);
     void Clipboard_Delete() override;
 
+    // Tags of tabs.
+    static constexpr const char* TransmitterTag = "XMit";
+    static constexpr const char* SimulatorTag = "Sim";
     /// Number of the channel tab on show; 0 on any other tab.
     [[nodiscard]] int ActiveChannel() const;
     [[nodiscard]] bool IsEditingTransmitter() const {
-        return TabStrip1.SelectedItem().Tag == "XMit";
+        return TabStrip1.SelectedItem().Tag == TransmitterTag;
     }
-    [[nodiscard]] bool IsSimulating() const { return TabStrip1.SelectedItem().Tag == "Sim"; }
+    [[nodiscard]] bool IsSimulating() const { return TabStrip1.SelectedItem().Tag == SimulatorTag; }
     /// Of the selected track; 0 and true without one.
     [[nodiscard]] int SelectedChannel() const;
     [[nodiscard]] bool SelectedOnState() const;

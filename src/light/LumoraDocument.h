@@ -25,6 +25,17 @@ struct LumoraChannelSettings {
 class LumoraDocument final : public HistoryHost {
   public:
     static constexpr std::string_view TextPrefix = "LumoraText";
+    // Names of settings in `Data`; those of the simulator and of the transmitter begin alike.
+    static constexpr std::string_view MaxCurrent = "Max Current";
+    static constexpr std::string_view TurnOffPoint = "Turn Off Point";
+    static constexpr std::string_view TripPoint = "Trip Point";
+    static constexpr std::string_view Hysteresis = "Hysteresis";
+    static constexpr std::string_view LightColor = "Light Color";
+    static constexpr std::string_view NoSignal = "No Signal";
+    static constexpr std::string_view RangeMin = "XMit Min";
+    static constexpr std::string_view RangeMax = "XMit Max";
+    static constexpr std::string_view TransmitterStart = "XMit ";
+    static constexpr std::string_view SimulatorStart = "Sim ";
     static constexpr int ChannelCount = 6;
     static constexpr int TrackCount = 2 * ChannelCount;
     static constexpr int FirstBinaryChannel = 5; ///< This one and those behind are two-level.
@@ -64,7 +75,7 @@ class LumoraDocument final : public HistoryHost {
     /// The colour that an untouched canvas has; for a document that has not been begun.
     void setButtonFace(KORgbValue color);
 
-    /// A setting by its name, as text. The names "XMit Min" and "XMit Max" ignore the channel; a
+    /// A setting by its name, as text. `RangeMin` and `RangeMax` ignore the channel; a
     /// name that is none gives empty text.
     [[nodiscard]] std::string Data(int channel, std::string_view propertyName) const;
     /// Reads the text leniently and limits the value; a name that is none changes nothing.
