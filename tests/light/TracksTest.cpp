@@ -14,6 +14,7 @@ using testing::IsEmpty;
 
 class TracksTest : public testing::Test, public LightBench {
   protected:
+    using Pairs = std::vector<std::pair<int, int>>;
     /// The lines of the last few changes.
     std::string lastLine() {
         const std::string all = lines();
@@ -31,11 +32,8 @@ TEST_F(TracksTest, LieSideBySideOnOneTimeAxis) {
     EXPECT_EQ(editor.GetTrackLeft(2), 2400);
     EXPECT_EQ(editor.GetTrackWidth(2), 600);
     EXPECT_EQ(editor.ContentWidth(), 5400);
-    EXPECT_EQ(editor.indexAt(2399), 1);
-    EXPECT_EQ(editor.indexAt(2400), 2);
-    EXPECT_EQ(editor.indexAt(5399), 3);
-    EXPECT_EQ(editor.indexAt(5400), 0);
-    EXPECT_EQ(editor.indexAt(-1), 0);
+    for (const auto& [x, index] : Pairs{{2399, 1}, {2400, 2}, {5399, 3}, {5400, 0}, {-1, 0}})
+        EXPECT_EQ(editor.indexAt(x), index);
     EXPECT_EQ(tracks.HScroll.Max(), 0); // all of it fits
     history.Undo();
     EXPECT_EQ(editor.ContentWidth(), 4800);
@@ -69,18 +67,17 @@ TEST_F(TracksTest, ScrollNoFartherThanTheirContent) {
 }
 
 TEST_F(TracksTest, ZoomWithinTheirLimits) {
-    tracks.setTimeScale(307200);
-    tracks.ZoomIn();
-    EXPECT_EQ(tracks.TimeScale(), 307200);
-    tracks.setTimeScale(18.75);
-    tracks.ZoomOut();
-    EXPECT_EQ(tracks.TimeScale(), 18.75);
-    tracks.ZoomToDefault();
-    EXPECT_EQ(tracks.TimeScale(), 2400);
-    tracks.ZoomIn();
-    EXPECT_EQ(tracks.TimeScale(), 4800);
-    tracks.ZoomToFit(); // nothing to fit
-    EXPECT_EQ(tracks.TimeScale(), 4800);
+    using Tracks = LumoraScrollableTracks;
+    const auto zoom = [this](float from, void (Tracks::*step)()) {
+        tracks.setTimeScale(from);
+        (tracks.*step)();
+        return tracks.TimeScale();
+    };
+    EXPECT_EQ(zoom(307200, &Tracks::ZoomIn), 307200);
+    EXPECT_EQ(zoom(18.75, &Tracks::ZoomOut), 18.75);
+    EXPECT_EQ(zoom(18.75, &Tracks::ZoomToDefault), 2400);
+    EXPECT_EQ(zoom(2400, &Tracks::ZoomIn), 4800);
+    EXPECT_EQ(zoom(4800, &Tracks::ZoomToFit), 4800); // nothing to fit
     insert(1, false, {1, {50, 0.01}});
     tracks.ZoomToFit();
     EXPECT_EQ(tracks.TimeScale(), 307200);
@@ -147,10 +144,10 @@ TEST_F(TracksTest, FocusBringsASegmentIntoView) {
     EXPECT_EQ(tracks.scrollOffset(), 10200);
     EXPECT_EQ(track(1).SelectedIndex(), 8);
     EXPECT_EQ(track(1).FocusedIndex(), 8);
-    tracks.FocusOn(1, 2);
-    EXPECT_EQ(tracks.scrollOffset(), 2400);
-    tracks.FocusOn(1, 3); // in view already
-    EXPECT_EQ(tracks.scrollOffset(), 2400);
+    for (const int inView : {2, 3}) {
+        tracks.FocusOn(1, inView);
+        EXPECT_EQ(tracks.scrollOffset(), 2400);
+    }
     tracks.Resize(1000, 3000);
     tracks.FocusOn(1, 5); // wider than the view: its left edge counts
     EXPECT_EQ(tracks.scrollOffset(), 9600);
@@ -271,6 +268,11 @@ TEST_F(TracksTest, HidingTheLastSelectsTheNextAroundTheEnd) {
 TEST_F(TracksTest, RemovalMovesTheSelectionAtTheEndOnly) {
     fill(1, {1, 2, 3});
     track(1).press(3);
+    insert(1, false, {2, {9, 1}}); // what is worked on is the same at another place
+    track(1).block()->txtBrightness.type("7");
+    writable(document, 1).RemoveTrack(2);
+    track(1).Commit();
+    EXPECT_EQ(levels(1), "1 2 7");
     writable(document, 1).RemoveTrack(3);
     EXPECT_EQ(track(1).SelectedIndex(), 2);
     writable(document, 1).RemoveTrack(1);
@@ -284,17 +286,16 @@ TEST_F(TracksTest, KeysMoveBetweenSegmentsAndTracks) {
     fill(1, {1, 2, 3});
     insert(1, true, {1, {9, 2.5}});
     track(1).press(1);
-    tracks.moveFocus(1, 0);
-    EXPECT_EQ(track(1).SelectedIndex(), 2);
-    tracks.moveFocus(9, 0);
-    EXPECT_EQ(track(1).SelectedIndex(), 3);
-    tracks.moveFocus(0, 1); // begins at 2 s, where the long one below still lasts
-    EXPECT_EQ(tracks.SelectedIndex(), 2);
-    EXPECT_EQ(track(1, true).SelectedIndex(), 1);
-    tracks.moveFocus(0, 1); // there is no other
-    EXPECT_EQ(tracks.SelectedIndex(), 2);
-    tracks.moveFocus(0, -1);
-    EXPECT_EQ(track(1).SelectedIndex(), 1);
+    for (const auto& [step, to] : Pairs{{1, 2}, {9, 3}}) {
+        tracks.moveFocus(step, 0);
+        EXPECT_EQ(track(1).SelectedIndex(), to);
+    }
+    // Below a long one still lasts where the third begins, and then there is no other track.
+    for (const auto& [step, to] : Pairs{{1, 2}, {1, 2}, {-1, 1}}) {
+        tracks.moveFocus(0, step);
+        EXPECT_EQ(tracks.SelectedIndex(), to);
+        EXPECT_EQ(tracks.track(to).SelectedIndex(), 1);
+    }
     desk.keys.shift = true;
     tracks.moveFocus(1, 0);
     EXPECT_THAT(track(1).SelectedIndices(), ElementsAre(1, 2));
