@@ -3,6 +3,7 @@
 #include "light/LumoraSimulator.h"
 #include "support/Measure.h"
 #include "support/Nobody.h"
+#include "support/Writing.h"
 #include "system/DiskFiles.h"
 
 #include <cstdio>
@@ -24,7 +25,7 @@ double frameTime(int segments) {
     LumoraDocument document({nobody, nobody, text});
     for (int index = 1; index <= LumoraDocument::TrackCount; ++index)
         for (int i = 1; i <= segments; ++i)
-            document.track(index).InsertTrack(i, 0.05, i % 101, {}, 0);
+            writable(document, index).InsertTrack(i, 0.05, i % 101, {}, 0);
     StepClock clock;
     LumoraSimulator simulator(document, clock);
     simulator.takeAllSettings();

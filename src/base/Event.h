@@ -64,7 +64,8 @@ class Event {
   public:
     using Listener = std::function<void(Args...)>;
 
-    [[nodiscard]] Connection connect(Listener listener) {
+    /// Listening changes nothing of what raises the event.
+    [[nodiscard]] Connection connect(Listener listener) const {
         auto slot = std::make_shared<Slot>();
         slot->listener = std::move(listener);
         if (!list_)
@@ -120,7 +121,7 @@ class Event {
         ~Lowered() { --list.raising; }
     };
 
-    std::shared_ptr<List> list_;
+    mutable std::shared_ptr<List> list_;
 };
 
 } // namespace corvane

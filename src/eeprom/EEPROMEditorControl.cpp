@@ -4,6 +4,7 @@
 #include "eeprom/EntryArrangement.h"
 
 #include <algorithm>
+#include <functional>
 
 namespace corvane {
 
@@ -15,14 +16,8 @@ EEPROMEditorControl::EEPROMEditorControl(const Workplace& place)
     ProgramButton.setToolTipText("Write the values of all variables into the product");
     VScroll.setVisible(false);
     connectDocument();
-    const auto on = [this](auto& event, auto react) {
-        connections_.push_back(event.connect(react));
-    };
-    on(messenger_.MessageReceived,
-       [this](std::string_view message, const void* sender, const MessageValue& value) {
-           heard(message, sender, value);
-       });
-    on(NewVariableButton.Click, [this] { newVariable(); });
+    connectRequests();
+    connections_.push_back(NewVariableButton.Click.connect([this] { newVariable(); }));
     jobs_.add(ReadSettingsButton, [this] { ReadSettings(); });
     jobs_.add(
         ProgramButton, [this] { Program(); }, [this] { return valuesAreSound(); });
@@ -51,8 +46,8 @@ EEPROMEntry& EEPROMEditorControl::Entry(int index) {
     Assert(index >= 1 && index <= EntryCount());
     Slot& slot = slots_[static_cast<std::size_t>(index) - 1];
     if (slot.entry == nullptr) {
-        slot.entry = std::make_unique<EEPROMEntry>("EEPROMEntryID" + std::to_string(slot.id));
-        slot.entry->setMessenger(messenger_);
+        slot.entry =
+            std::make_unique<EEPROMEntry>("EEPROMEntryID" + std::to_string(slot.id), requests_);
         slot.entry->Initialize(document.entry(index));
         slot.entry->setAddressConflicts(slot.conflicts);
     }
@@ -64,16 +59,16 @@ EEPROMEntry* EEPROMEditorControl::EntryIfMade(int index) const {
     return slots_[static_cast<std::size_t>(index) - 1].entry.get();
 }
 
-int EEPROMEditorControl::indexOf(const void* entry) const {
-    const auto place = std::find_if(slots_.begin(), slots_.end(), [entry](const Slot& slot) {
-        return slot.entry.get() == entry;
+int EEPROMEditorControl::indexOf(const EEPROMEntry& entry) const {
+    const auto place = std::find_if(slots_.begin(), slots_.end(), [&entry](const Slot& slot) {
+        return slot.entry.get() == &entry;
     });
     Assert(place != slots_.end());
     return static_cast<int>(std::distance(slots_.begin(), place)) + 1;
 }
 
 int EEPROMEditorControl::rowOf(const EEPROMEntry& entry) const {
-    const auto row = std::find(rows_.begin(), rows_.end(), indexOf(&entry));
+    const auto row = std::find(rows_.begin(), rows_.end(), indexOf(entry));
     return row == rows_.end() ? -1 : static_cast<int>(row - rows_.begin());
 }
 
@@ -166,21 +161,21 @@ void EEPROMEditorControl::scrollTo(const EEPROMEntry& entry) {
 
 // What the person wants
 
-void EEPROMEditorControl::heard(std::string_view message, const void* sender,
-                                const MessageValue& value) {
-    const int index = indexOf(sender);
-    if (message == "AddressChanged")
-        document.record(index, KOEEPROMDocument::Address, std::to_string(std::get<int>(value)));
-    else if (message == "LengthChanged")
-        document.record(index, KOEEPROMDocument::Length, std::to_string(std::get<int>(value)));
-    else if (message == "CommentsChanged")
-        document.record(index, KOEEPROMDocument::Comments, std::get<std::string>(value));
-    else if (message == "DataTypeChanged")
-        document.record(index, KOEEPROMDocument::DataType, std::get<std::string>(value));
-    else if (message == "DataValueChanged")
-        document.record(index, KOEEPROMDocument::DataValue, HexText(std::get<ByteString>(value)));
-    else if (message == "Removing")
-        document.recordRemoving(index);
+void EEPROMEditorControl::connectRequests() {
+    const auto records = [this](auto& request, std::string_view propertyName, auto asText) {
+        connections_.push_back(request.connect(
+            [this, propertyName, asText](const EEPROMEntry& entry, const auto& value) {
+                document.record(indexOf(entry), propertyName, asText(value));
+            }));
+    };
+    const auto number = [](int value) { return std::to_string(value); };
+    records(requests_.AddressChanged, KOEEPROMDocument::Address, number);
+    records(requests_.LengthChanged, KOEEPROMDocument::Length, number);
+    records(requests_.CommentsChanged, KOEEPROMDocument::Comments, std::identity());
+    records(requests_.DataTypeChanged, KOEEPROMDocument::DataType, std::identity());
+    records(requests_.DataValueChanged, KOEEPROMDocument::DataValue, HexText);
+    connections_.push_back(requests_.Removing.connect(
+        [this](const EEPROMEntry& entry) { document.recordRemoving(indexOf(entry)); }));
 }
 
 void EEPROMEditorControl::newVariable() {

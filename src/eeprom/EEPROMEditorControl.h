@@ -74,7 +74,8 @@ class EEPROMEditorControl final : public ProductControl {
 
   private:
     void connectDocument();
-    [[nodiscard]] int indexOf(const void* entry) const;
+    void connectRequests();
+    [[nodiscard]] int indexOf(const EEPROMEntry& entry) const;
     void addEntry(int index);
     void removeEntry(int index);
     void showEntry(int index, std::string_view propertyName);
@@ -83,7 +84,6 @@ class EEPROMEditorControl final : public ProductControl {
     void updateScrolling();
     void nameOverlaps();
     [[nodiscard]] bool valuesAreSound();
-    void heard(std::string_view message, const void* sender, const MessageValue& value);
     void newVariable();
 
     struct RunWords;
@@ -97,7 +97,7 @@ class EEPROMEditorControl final : public ProductControl {
     Workplace place_;
     StatusLine status_{ProgrammingLabel, place_.dialogs, place_.pointer};
     JobButtons jobs_{place_.pointer};
-    Messenger messenger_;
+    EEPROMRequests requests_;
     struct Slot {
         int id;
         bool conflicts = false;

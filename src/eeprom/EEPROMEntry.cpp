@@ -17,7 +17,8 @@ int limited(int number) {
 
 } // namespace
 
-EEPROMEntry::EEPROMEntry(std::string name) : name_(std::move(name)) {
+EEPROMEntry::EEPROMEntry(std::string name, const EEPROMRequests& requests)
+    : name_(std::move(name)), requests_(requests) {
     txtAddress.setText(std::to_string(address_));
     txtLength.setText(std::to_string(length_));
     showMarks();
@@ -27,14 +28,15 @@ EEPROMEntry::EEPROMEntry(std::string name) : name_(std::move(name)) {
     const auto on = [this](auto& event, auto react) {
         connections_.push_back(event.connect(react));
     };
-    on(txtAddress.Validate, [this] { validateNumber(address_, txtAddress, "AddressChanged"); });
-    on(txtLength.Validate, [this] { validateNumber(length_, txtLength, "LengthChanged"); });
+    on(txtAddress.Validate,
+       [this] { validateNumber(address_, txtAddress, requests_.AddressChanged); });
+    on(txtLength.Validate, [this] { validateNumber(length_, txtLength, requests_.LengthChanged); });
     on(txtComments.Validate, [this] { validateComments(); });
     on(ctlContents.DataValueChanged,
-       [this](const ByteString& bytes) { send("DataValueChanged", bytes); });
+       [this](const ByteString& bytes) { requests_.DataValueChanged.raise(*this, bytes); });
     on(ctlContents.DataTypeChanged,
-       [this](const std::string& type) { send("DataTypeChanged", type); });
-    on(RemoveButton.Click, [this] { send("Removing", {}); });
+       [this](const std::string& type) { requests_.DataTypeChanged.raise(*this, type); });
+    on(RemoveButton.Click, [this] { requests_.Removing.raise(*this); });
 }
 
 void EEPROMEntry::Initialize(const EEPROMVariable& variable) {
@@ -74,10 +76,12 @@ void EEPROMEntry::setNumber(int& member, TextBox& box, int value) {
     box.setText(std::to_string(member));
 }
 
-void EEPROMEntry::validateNumber(int& member, TextBox& box, std::string_view message) {
+void EEPROMEntry::validateNumber(int& member, TextBox& box,
+                                 const Event<const EEPROMEntry&, int>& request) {
     const int typed = limited(ReadInteger(box.Text()));
     if (typed != member) {
-        send(message, typed); // before, since the change takes its old value from what is there
+        request.raise(*this,
+                      typed); // before, since the change takes its old value from what is there
         member = typed;
         showMarks();
     }
@@ -87,15 +91,10 @@ void EEPROMEntry::validateNumber(int& member, TextBox& box, std::string_view mes
 void EEPROMEntry::validateComments() {
     const std::string typed = txtComments.Text();
     if (typed != comments_) {
-        send("CommentsChanged", typed);
+        requests_.CommentsChanged.raise(*this, typed);
         comments_ = typed;
     }
     txtComments.setText(comments_);
-}
-
-void EEPROMEntry::send(std::string_view message, MessageValue value) const {
-    if (messenger_ != nullptr)
-        messenger_->Notify(message, this, value);
 }
 
 } // namespace corvane

@@ -18,8 +18,8 @@ std::vector<TabStrip::Tab> allTabs() {
     for (int channel = 1; channel <= LumoraDocument::ChannelCount; ++channel)
         tabs.push_back({std::string(ChannelCaption) + std::to_string(channel), {}});
     tabs.push_back({"All Channels", {}});
-    tabs.push_back({"Transmitter", "XMit"});
-    tabs.push_back({"Simulator", "Sim"});
+    tabs.push_back({"Transmitter", LumoraControl::TransmitterTag});
+    tabs.push_back({"Simulator", LumoraControl::SimulatorTag});
     return tabs;
 }
 
@@ -61,7 +61,8 @@ LumoraControl::LumoraControl(const Workplace& place, const KOKeyboard& keyboard)
     });
     on(tripPoint.Commit, [this] {
         if (ActiveChannel() != 0)
-            options.record(ActiveChannel(), "Trip Point", std::to_string(tripPoint.Value()));
+            options.record(ActiveChannel(), LumoraDocument::TripPoint,
+                           std::to_string(tripPoint.Value()));
     });
     options.setChannel(ActiveChannel());
     Update();
@@ -81,21 +82,18 @@ void LumoraControl::connectTracks() {
     on(tracks.SegmentPasteRequested,
        [this](int track, int element) { Clipboard_Paste(track, element); });
     on(tracks.SelectionChanged, [this] { updateCanCopy(); });
+    namespace values = LumoraSegmentValues;
     on(tracks.TrackBrightnessChanged, [this](int track, int element, int value) {
-        recordValue<LumoraUndoableBrightnessChange>(
-            track, element, document.track(track).GetTrack(element).brightness(), value);
+        recordValue<values::Brightness>(track, element, value);
     });
     on(tracks.TrackBrightness2Changed, [this](int track, int element, int value) {
-        recordValue<LumoraUndoableBrightness2Change>(
-            track, element, document.track(track).GetTrack(element).brightness2(), value);
+        recordValue<values::Brightness2>(track, element, value);
     });
     on(tracks.TrackFunctionChanged, [this](int track, int element, const std::string& value) {
-        recordValue<LumoraUndoableFunctionChange>(
-            track, element, document.track(track).GetTrack(element).functionCode(), value);
+        recordValue<values::Function>(track, element, value);
     });
     on(tracks.TrackTimeChanged, [this](int track, int element, double value) {
-        recordValue<LumoraUndoableTimeChange>(
-            track, element, document.track(track).GetTrack(element).time(), value);
+        recordValue<values::Time>(track, element, value);
     });
 }
 
@@ -155,23 +153,23 @@ void LumoraControl::Update() {
 }
 
 void LumoraControl::settingChanged(std::string_view name, int channel) {
-    if (IsSimulating() && channel != 0 && !name.starts_with("Sim ")) {
+    if (IsSimulating() && channel != 0 && !name.starts_with(LumoraDocument::SimulatorStart)) {
         simulator.takeSettings(channel);
         simulatorControl.redrawLight(channel); // its colour
     }
-    if (name == "Max Current")
+    if (name == LumoraDocument::MaxCurrent)
         options.UpdateMaxCurrent();
-    else if (name == "Light Color")
+    else if (name == LumoraDocument::LightColor)
         options.UpdateLightColor();
-    else if (name == "Turn Off Point")
+    else if (name == LumoraDocument::TurnOffPoint)
         options.UpdateTurnOffPoint();
-    else if (name == "Trip Point")
+    else if (name == LumoraDocument::TripPoint)
         UpdateTripPoint();
-    else if (name == "No Signal")
+    else if (name == LumoraDocument::NoSignal)
         options.UpdateNoSignal();
-    else if (name == "Hysteresis")
+    else if (name == LumoraDocument::Hysteresis)
         options.UpdateHysteresis();
-    else if (name.starts_with("XMit "))
+    else if (name.starts_with(LumoraDocument::TransmitterStart))
         options.UpdateXMit();
 }
 
@@ -300,7 +298,7 @@ void LumoraControl::Clipboard_Cut() {
 void LumoraControl::Clipboard_Copy() {
     if (!Clipboard_CanCopy())
         return;
-    std::vector<LumoraSegment> segments = selectedSegments();
+    std::vector<LumoraPlacedElement> segments = selectedSegments();
     if (segments.empty())
         return;
     clipboard_.copy(std::move(segments));
@@ -328,28 +326,29 @@ void LumoraControl::Clipboard_Delete() {
 
 // Segments
 
-template<class Change, class Value>
-void LumoraControl::recordValue(int trackIndex, int elementIndex, const Value& oldValue,
-                                const Value& newValue) {
-    auto change = std::make_unique<Change>();
+template<class Kind>
+void LumoraControl::recordValue(int trackIndex, int elementIndex,
+                                const typename Kind::Value& newValue) {
+    auto change = std::make_unique<LumoraUndoableSegmentChange<Kind>>();
     change->Initialize(document, LumoraDocument::channelOf(trackIndex),
-                       LumoraDocument::onStateOf(trackIndex), elementIndex, oldValue, newValue);
+                       LumoraDocument::onStateOf(trackIndex), elementIndex,
+                       Kind::of(document.track(trackIndex).GetTrack(elementIndex)), newValue);
     document.HistoryObject().Record(std::move(change));
 }
 
 bool LumoraControl::recordSegments(bool insert, int trackIndex,
-                                   std::vector<LumoraSegment> segments) {
+                                   std::vector<LumoraPlacedElement> segments) {
     auto change = std::make_unique<LumoraUndoableTrackChange>();
     change->InitializeGroup(document, insert, LumoraDocument::channelOf(trackIndex),
                             LumoraDocument::onStateOf(trackIndex), std::move(segments));
     return document.HistoryObject().Record(std::move(change));
 }
 
-std::vector<LumoraSegment> LumoraControl::selectedSegments() const {
+std::vector<LumoraPlacedElement> LumoraControl::selectedSegments() const {
     const LumoraTrackEditor& editor = tracks.track(tracks.SelectedIndex());
-    std::vector<LumoraSegment> segments;
+    std::vector<LumoraPlacedElement> segments;
     for (const int index : editor.SelectedIndices())
-        segments.push_back(LumoraSegment::of(editor.track(), index));
+        segments.push_back({index, editor.track().GetTrack(index)});
     return segments;
 }
 
@@ -363,15 +362,11 @@ void LumoraControl::addOrInsert(bool add) {
     const FreezeScope frozen(document.HistoryObject());
     const LumoraTrack& track = editor.track();
     const int selected = editor.SelectedIndex();
-    LumoraSegment segment{0, track.Binary() ? 0 : 50, 1.0, {}, 0};
-    if (selected != 0) {
-        const LumoraTrackElement& like = track.GetTrack(selected);
-        segment = {0, like.brightness(), like.time(), like.functionCode(), like.brightness2()};
-    }
-    segment.index =
+    const LumoraTrackElement element =
+        selected == 0 ? LumoraTrackElement(track.Binary() ? 0 : 50, 1.0) : track.GetTrack(selected);
+    const int position =
         add || track.GetTrackCount() == 0 ? track.GetTrackCount() + 1 : std::max(1, selected);
-    const int position = segment.index;
-    recordSegments(true, trackIndex, {std::move(segment)});
+    recordSegments(true, trackIndex, {{position, element}});
     editor.setSelectedIndex(position);
     FocusOn(SelectedChannel(), SelectedOnState(), editor.SelectedIndex());
 }
@@ -383,7 +378,7 @@ void LumoraControl::deleteSelected() {
     showSelectedTrack();
     LumoraTrackEditor& editor = tracks.track(trackIndex);
     editor.Commit();
-    const std::vector<LumoraSegment> segments = selectedSegments();
+    const std::vector<LumoraPlacedElement> segments = selectedSegments();
     if (segments.empty())
         return;
     const FreezeScope frozen(document.HistoryObject());

@@ -8,11 +8,11 @@ namespace corvane {
 
 LumoraOptions::LumoraOptions(LumoraDocument& document, Dialogs& dialogs)
     : document_(document), dialogs_(dialogs) {
-    bindNumber(ChannelMaxCurrent, "Max Current", 10, 250);
-    bindNumber(ChannelHysteresis, "Hysteresis", 0, 100);
-    bindNumber(ChannelTurnOffPoint, "Turn Off Point", 0, 100);
-    bindRange(TransmitterRangeMin, "XMit Min");
-    bindRange(TransmitterRangeMax, "XMit Max");
+    bindNumber(ChannelMaxCurrent, LumoraDocument::MaxCurrent, 10, 250);
+    bindNumber(ChannelHysteresis, LumoraDocument::Hysteresis, 0, 100);
+    bindNumber(ChannelTurnOffPoint, LumoraDocument::TurnOffPoint, 0, 100);
+    bindRange(TransmitterRangeMin, LumoraDocument::RangeMin);
+    bindRange(TransmitterRangeMax, LumoraDocument::RangeMax);
     ChannelMaxCurrent.setToolTipText("Current at full brightness, 10 to 250 mA");
     ChannelHysteresis.setToolTipText(
         "How far the stick has to pass the trip point before the track changes, 0 to 100 percent");
@@ -23,10 +23,10 @@ LumoraOptions::LumoraOptions(LumoraDocument& document, Dialogs& dialogs)
     for (OptionButton* choice : {&ChannelNoSignalTopTrack, &ChannelNoSignalBottomTrack})
         choice->setToolTipText("Track that plays without a signal from the transmitter");
     connections_.push_back(ChangeLightColorButton.Click.connect([this] { changeLightColor(); }));
-    connections_.push_back(
-        ChannelNoSignalTopTrack.Click.connect([this] { record(channel_, "No Signal", "Top"); }));
+    connections_.push_back(ChannelNoSignalTopTrack.Click.connect(
+        [this] { record(channel_, LumoraDocument::NoSignal, "Top"); }));
     connections_.push_back(ChannelNoSignalBottomTrack.Click.connect(
-        [this] { record(channel_, "No Signal", "Bottom"); }));
+        [this] { record(channel_, LumoraDocument::NoSignal, "Bottom"); }));
     connections_.push_back(TransmitterRangeResetButton.Click.connect([this] {
         // One after the other, since recording the one shows both as they are stored.
         TransmitterRangeMin.setText(std::to_string(LumoraDocument::DefaultRangeMin));
@@ -36,7 +36,7 @@ LumoraOptions::LumoraOptions(LumoraDocument& document, Dialogs& dialogs)
     }));
 }
 
-void LumoraOptions::bindNumber(TextBox& box, const std::string& propertyName, int lowest,
+void LumoraOptions::bindNumber(TextBox& box, std::string_view propertyName, int lowest,
                                int highest) {
     connections_.push_back(box.Validate.connect([this, &box, propertyName, lowest, highest] {
         if (channel_ != 0)
@@ -44,25 +44,25 @@ void LumoraOptions::bindNumber(TextBox& box, const std::string& propertyName, in
     }));
 }
 
-void LumoraOptions::bindRange(TextBox& box, const std::string& propertyName) {
+void LumoraOptions::bindRange(TextBox& box, std::string_view propertyName) {
     constexpr int shortest = 800;
     constexpr int longest = 2200;
     connections_.push_back(box.Validate.connect(
         [this, &box, propertyName] { recordNumber(box, 0, propertyName, shortest, longest); }));
 }
 
-void LumoraOptions::recordNumber(const TextBox& box, int channel, const std::string& propertyName,
+void LumoraOptions::recordNumber(const TextBox& box, int channel, std::string_view propertyName,
                                  int lowest, int highest) {
     const double value = std::clamp<double>(ReadNumber(box.Text()), lowest, highest);
     record(channel, propertyName, std::to_string(RoundToInteger(value)));
 }
 
-void LumoraOptions::record(int channel, const std::string& propertyName,
+void LumoraOptions::record(int channel, std::string_view propertyName,
                            const std::string& newValue) {
     if (newValue == document_.Data(channel, propertyName))
         return;
     auto change = std::make_unique<LumoraUndoableTextChange>();
-    change->Initialize(document_, channel, propertyName, newValue);
+    change->Initialize(document_, channel, std::string(propertyName), newValue);
     document_.HistoryObject().Record(std::move(change));
 }
 
@@ -71,10 +71,11 @@ void LumoraOptions::changeLightColor() {
         return;
     if (const std::optional<int> color =
             dialogs_.PickColor(ChannelLightColorSample.ForeColor(), "Light Color"))
-        record(channel_, "Light Color", WriteHexadecimal(static_cast<std::uint32_t>(*color)));
+        record(channel_, LumoraDocument::LightColor,
+               WriteHexadecimal(static_cast<std::uint32_t>(*color)));
 }
 
-void LumoraOptions::show(TextBox& box, const std::string& propertyName) const {
+void LumoraOptions::show(TextBox& box, std::string_view propertyName) const {
     box.setText(document_.Data(channel_, propertyName));
 }
 
@@ -87,7 +88,7 @@ void LumoraOptions::UpdateMaxCurrent() {
     if (channel_ == 0)
         return;
     // Before the box goes, which is left by that: what is in it is this channel's by then.
-    show(ChannelMaxCurrent, "Max Current");
+    show(ChannelMaxCurrent, LumoraDocument::MaxCurrent);
     const bool dimmable = channel_ < LumoraDocument::FirstBinaryChannel;
     for (ChildControl* child : std::initializer_list<ChildControl*>{
              &MaxCurrentLabel, &ChannelMaxCurrent, &MaxCurrentUnit}) {
@@ -98,7 +99,7 @@ void LumoraOptions::UpdateMaxCurrent() {
 
 void LumoraOptions::UpdateTurnOffPoint() {
     if (channel_ != 0)
-        show(ChannelTurnOffPoint, "Turn Off Point");
+        show(ChannelTurnOffPoint, LumoraDocument::TurnOffPoint);
 }
 
 void LumoraOptions::UpdateNoSignal() {
@@ -111,7 +112,7 @@ void LumoraOptions::UpdateNoSignal() {
 
 void LumoraOptions::UpdateHysteresis() {
     if (channel_ != 0)
-        show(ChannelHysteresis, "Hysteresis");
+        show(ChannelHysteresis, LumoraDocument::Hysteresis);
 }
 
 void LumoraOptions::UpdateXMit() {

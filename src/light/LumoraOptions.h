@@ -55,15 +55,15 @@ class LumoraOptions {
     Button TransmitterRangeResetButton{"Reset to Default"};
 
     /// Records a setting's new value, given as text, unless it is the stored one.
-    void record(int channel, const std::string& propertyName, const std::string& newValue);
+    void record(int channel, std::string_view propertyName, const std::string& newValue);
 
   private:
-    void bindNumber(TextBox& box, const std::string& propertyName, int lowest, int highest);
-    void bindRange(TextBox& box, const std::string& propertyName);
-    void recordNumber(const TextBox& box, int channel, const std::string& propertyName, int lowest,
+    void bindNumber(TextBox& box, std::string_view propertyName, int lowest, int highest);
+    void bindRange(TextBox& box, std::string_view propertyName);
+    void recordNumber(const TextBox& box, int channel, std::string_view propertyName, int lowest,
                       int highest);
     void changeLightColor();
-    void show(TextBox& box, const std::string& propertyName) const;
+    void show(TextBox& box, std::string_view propertyName) const;
 
     LumoraDocument& document_;
     Dialogs& dialogs_;

@@ -109,7 +109,7 @@ void LumoraSimulatorControl::setButtonFace(KORgbValue color) {
 /// What nobody sees is not worked out, and in a burst of changes only the last one counts: a file
 /// may hold hundreds of large pictures.
 void LumoraSimulatorControl::settingChanged(std::string_view name, int channel) {
-    if (!name.starts_with("Sim "))
+    if (!name.starts_with(LumoraDocument::SimulatorStart))
         return;
     due_.emplace(name, channel);
     catchUp();

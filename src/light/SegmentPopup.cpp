@@ -24,15 +24,18 @@ SegmentPopup::SegmentPopup() {
     on(mnuPopupFunctionFromTrip, [](SegmentBlock& worked) {
         worked.chooseFunction(LumoraTrackElement::ProportionalFromTrip);
     });
-    const auto request = [&on](MenuItem& item, const char* message) {
-        on(item, [message](SegmentBlock& worked) { worked.request(message); });
+    on(mnuPopupAddSegment,
+       [this](const SegmentBlock&) { tracks_->SegmentAddRequested.raise(trackIndex_); });
+    const auto request = [this, &on](MenuItem& item, Event<int, int> LumoraRequests::*wanted) {
+        on(item, [this, wanted](const SegmentBlock& worked) {
+            (tracks_->*wanted).raise(trackIndex_, worked.index());
+        });
     };
-    request(mnuPopupAddSegment, "AddSegment");
-    request(mnuPopupInsertSegment, "InsertSegment");
-    request(mnuPopupDeleteSegment, "DeleteSegment");
-    request(mnuPopupCut, "CutSegment");
-    request(mnuPopupCopy, "CopySegment");
-    request(mnuPopupPaste, "PasteSegment");
+    request(mnuPopupInsertSegment, &LumoraRequests::SegmentInsertRequested);
+    request(mnuPopupDeleteSegment, &LumoraRequests::SegmentDeleteRequested);
+    request(mnuPopupCut, &LumoraRequests::SegmentCutRequested);
+    request(mnuPopupCopy, &LumoraRequests::SegmentCopyRequested);
+    request(mnuPopupPaste, &LumoraRequests::SegmentPasteRequested);
 }
 
 std::vector<MenuPlace> SegmentPopup::functionLayout() {
@@ -70,7 +73,7 @@ bool SegmentPopup::prepare(LumoraScrollableTracks& tracks, int trackIndex, int e
     worked->Commit();
     const bool binary = worked->element().Binary();
     const std::string& code = worked->element().functionCode();
-    mnuPopupPaste.setEnabled(worked->mayPaste(), NothingToPaste);
+    mnuPopupPaste.setEnabled(tracks.mayPaste(), NothingToPaste);
     mnuPopupFunction.setVisible(!binary);
     mnuPopupSep2.setVisible(!binary);
     mnuPopupFunctionNormal.setChecked(code == LumoraTrackElement::Normal);
@@ -102,9 +105,7 @@ void TrackPopup::prepare(LumoraScrollableTracks& tracks, int trackIndex) {
     trackIndex_ = trackIndex;
     tracks.takeFocus(trackIndex);
     tracks.track(trackIndex).Commit();
-    bool mayPaste = false;
-    tracks.PasteStateRequested.raise(mayPaste);
-    mnuPopupPaste.setEnabled(mayPaste, NothingToPaste);
+    mnuPopupPaste.setEnabled(tracks.mayPaste(), NothingToPaste);
 }
 
 } // namespace corvane

@@ -64,7 +64,8 @@ std::string PactorDocument::Data(int index, std::string_view propertyName) const
     return std::string(flagText(on != nullptr && *on));
 }
 
-void PactorDocument::setData(int index, std::string_view propertyName, std::string_view text) {
+void PactorDocument::setData(WriteAccess, int index, std::string_view propertyName,
+                             std::string_view text) {
     if (int* percent = percentage(settings_, propertyName))
         *percent = std::clamp(ReadInteger(text), 0, 100);
     else if (bool* on = flag(settings_, index, propertyName))

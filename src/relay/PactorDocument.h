@@ -28,7 +28,7 @@ class PactorDocument final : public HistoryHost {
     [[nodiscard]] std::string Data(int index, std::string_view propertyName) const;
     /// Reads percentages leniently and limits them to 0 to 100; a name or index that there is not
     /// changes nothing.
-    void setData(int index, std::string_view propertyName, std::string_view text);
+    void setData(WriteAccess, int index, std::string_view propertyName, std::string_view text);
     /// Whether a change in a file may carry this index with this name.
     [[nodiscard]] static bool takesData(int index, std::string_view propertyName);
 

@@ -43,7 +43,7 @@ class Saboteur {
     void onAll(LumoraDocument& document) {
         on(document.SettingChanged);
         for (int index = 1; index <= LumoraDocument::TrackCount; ++index) {
-            LumoraTrack& track = document.track(index);
+            const LumoraTrack& track = document.track(index);
             on(track.SegmentInserted);
             on(track.SegmentRemoving);
             on(track.SegmentRemoved);
@@ -114,15 +114,15 @@ struct Sabotaged {
 /// A few segments that come or go at once, which have steps in between.
 void editMuch(LumoraDocument& document, Random& random) {
     auto change = std::make_unique<LumoraUndoableTrackChange>();
-    LumoraTrack& track = document.Channel(1, false);
-    std::vector<LumoraSegment> segments;
+    const LumoraTrack& track = document.Channel(1, false);
+    std::vector<LumoraPlacedElement> segments;
     if (track.GetTrackCount() > 4) {
         for (const int index : {1, 2, 4})
-            segments.push_back(LumoraSegment::of(track, index));
+            segments.push_back({index, track.GetTrack(index)});
         change->InitializeGroup(document, false, 1, false, std::move(segments));
     } else {
         for (int index = 1; index <= 4; ++index)
-            segments.push_back({index, random.below(101), 1, "P", 7});
+            segments.push_back({index, {random.below(101), 1, "P", 7}});
         change->InitializeGroup(document, true, 1, false, std::move(segments));
     }
     document.HistoryObject().Record(std::move(change));

@@ -20,8 +20,8 @@ class LumoraFiles : public testing::Test, public LightBench {
 };
 
 TEST_F(LumoraFiles, EachChangeHasItsLine) {
-    insert(3, true, {1, 50, 0.5, {}, 77});
-    insert(3, true, {2, 50, 0.05, " PT ", 7});
+    insert(3, true, {1, {50, 0.5, {}, 77}});
+    insert(3, true, {2, {50, 0.05, " PT ", 7}});
     const auto record = [this](auto change, auto... arguments) {
         change->Initialize(document, 3, true, 2, arguments...);
         history.Record(std::move(change));
@@ -110,9 +110,9 @@ TEST_F(LumoraFiles, WhatNoFileCouldHoldIsNotRecorded) {
     refused(std::make_unique<LumoraUndoableTimeChange>(), 1, false, 2, 1.0, 2.0);
     refused(std::make_unique<LumoraUndoableTimeChange>(), 7, false, 1, 1.0, 2.0);
     refused(std::make_unique<LumoraUndoableTrackChange>(), true, 1, false,
-            LumoraSegment{3, 1, 1, {}, 0});
+            LumoraPlacedElement{3, {1, 1}});
     refused(std::make_unique<LumoraUndoableTrackChange>(), false, 1, true,
-            LumoraSegment{1, 1, 1, {}, 0});
+            LumoraPlacedElement{1, {1, 1}});
 }
 
 TEST_F(LumoraFiles, ASettingOfTheWholeDocumentIgnoresItsChannel) {

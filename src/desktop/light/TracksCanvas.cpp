@@ -159,9 +159,9 @@ BlockLook TracksCanvas::lookOf(const LumoraTrackEditor& track, int elementIndex)
     const LumoraTrackElement& element = track.track().GetTrack(elementIndex);
     BlockLook look;
     look.element = &element;
+    look.lightColor = track.track().LightColor();
     look.marked = track.isMarked(elementIndex);
-    const SegmentBlock* worked = track.block();
-    if (worked != nullptr && &worked->element() == &element) {
+    if (const SegmentBlock* worked = track.block(); elementIndex == track.FocusedIndex()) {
         look.brightness = QString::fromStdString(worked->txtBrightness.Text());
         look.brightness2 = QString::fromStdString(worked->txtBrightness2.Text());
         look.time = QString::fromStdString(worked->txtTime.Text());
