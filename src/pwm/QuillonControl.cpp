@@ -24,7 +24,7 @@ QuillonControl::QuillonControl(const Workplace& place) : place_(place) {
     for (std::size_t index = 0; index < SlotCount; ++index) {
         slots_[index] = std::make_unique<QuillonSlot>(
             static_cast<int>(index),
-            History::Surroundings{place.dialogs, place.pointer, place.text, place.journals});
+            History::Surroundings{place.dialogs, place.pointer, place.files, place.journals});
         connect(*slots_[index]);
         refresh(*slots_[index]);
     }

@@ -24,7 +24,7 @@ void showFlags(std::array<OptionButton, Options>& options, const std::array<bool
 } // namespace
 
 PactorControl::PactorControl(const Workplace& place)
-    : document({place.dialogs, place.pointer, place.text, place.journals}), place_(place) {
+    : document({place.dialogs, place.pointer, place.files, place.journals}), place_(place) {
     place.link.setMaintainConnection(false);
     setToolTips();
     connectSettings();

@@ -17,7 +17,7 @@ TEST(Examples, OpenAndAreTheSameWhenSavedAgain) {
         if (product == nullptr)
             continue; // a picture
         const auto document =
-            ProductDocuments().create(product->Class, {desk.person, desk.person, desk.text});
+            ProductDocuments().create(product->Class, {desk.person, desk.person, desk.files});
         ASSERT_TRUE(document->history().OpenHistory(path)) << path;
         EXPECT_TRUE(document->history().CanUndo()) << path;
         desk.person.files = {desk.folder.path() / "saved"};
@@ -39,8 +39,8 @@ TYPED_TEST_SUITE(RandomDocuments, AllDocuments);
 TYPED_TEST(RandomDocuments, SurviveSavingOpeningUndoingAndRedoing) {
     Desk desk;
     const std::string path = desk.folder.path() / "d";
-    const TypeParam fresh({desk.person, desk.person, desk.text});
-    TypeParam document({desk.person, desk.person, desk.text});
+    const TypeParam fresh({desk.person, desk.person, desk.files});
+    TypeParam document({desk.person, desk.person, desk.files});
     History& history = document.HistoryObject();
     for (unsigned seed = 1; seed <= 200; ++seed) {
         desk.person.answers = {Answer::No};

@@ -2,7 +2,6 @@
 
 #include "controls/Inputs.h"
 #include "kolib/images/QtImages.h"
-#include "kolib/text/TextFiles.h"
 #include "link/Workplace.h"
 #include "support/LinkBench.h"
 #include "support/Person.h"
@@ -48,7 +47,6 @@ class Desk {
     LinkBench bench;
     Person person;
     DiskFiles files;
-    TextFiles text{files};
     QtImages images;
     NotedPrograms programs;
     HeldKeys keys;
@@ -57,7 +55,7 @@ class Desk {
     StepPause pause{bench.clock};
     Workplace place{bench.link, bench.device, bench.products, bench.modes, bench.clock,
                     pause,      bench.debug,  bench.debugger, person,      person,
-                    text,       images,       programs,       registry};
+                    files,      images,       programs,       registry};
 };
 
 } // namespace corvane

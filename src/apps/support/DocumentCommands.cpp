@@ -3,7 +3,6 @@
 #include "apps/support/ConsoleDialogs.h"
 #include "apps/support/ExitStatus.h"
 #include "apps/support/SafeOutput.h"
-#include "base/HeldFile.h"
 #include "history/LostJournal.h"
 #include "shell/ProductDocuments.h"
 #include "system/File.h"
@@ -21,7 +20,8 @@ class OpenedDocument {
     OpenedDocument(Program& program, const std::string& file) {
         const KOProductProfile* product = program.products.ByExtension(KOIOExtension(file));
         if (product != nullptr)
-            document_ = ProductDocuments().create(product->Class, {dialogs, dialogs, program.text});
+            document_ =
+                ProductDocuments().create(product->Class, {dialogs, dialogs, program.files});
         if (document_ == nullptr)
             dialogs.ShowError("No product owns files like " + file + ".");
         else if (!document_->history().OpenHistory(file))
@@ -70,12 +70,11 @@ int RecoverDocument(Program& program, const std::string& name, const std::string
     const KOProductProfile* product = program.products.ByTypeCode(lost->TypeCode());
     if (!lost->isSound() || product == nullptr)
         return Fail(History::NotUnderstood);
-    HeldFile held(lost->document(), program.files);
-    TextFiles text(held);
     ConsoleDialogs dialogs;
     dialogs.setSaveName(to);
-    const auto document = ProductDocuments().create(product->Class, {dialogs, dialogs, text});
-    if (!document->history().OpenHistory(name) || !document->history().SaveHistoryAs())
+    const auto document =
+        ProductDocuments().create(product->Class, {dialogs, dialogs, program.files});
+    if (!document->history().Recover(lost->document(), {}) || !document->history().SaveHistoryAs())
         return ExitStatus::Failed;
     lost->SetAside();
     return ExitStatus::Done;

@@ -82,7 +82,7 @@ bool OpenLight(Program& program, LumoraDocument& document, const std::string& fi
 int CompileLight(Program& program, const std::string& file, bool older, const std::string& out,
                  std::optional<bool> answer) {
     AnsweringDialogs dialogs(answer);
-    LumoraDocument document({dialogs, dialogs, program.text});
+    LumoraDocument document({dialogs, dialogs, program.files});
     if (!OpenLight(program, document, file))
         return ExitStatus::Failed;
     if (const int channel = LumoraEncoding::channelWithUnknownFunction(document); channel != 0)
@@ -94,7 +94,7 @@ int CompileLight(Program& program, const std::string& file, bool older, const st
 
 int ProgramLight(Program& program, const std::string& file, std::optional<bool> answer) {
     AnsweringDialogs dialogs(answer);
-    LumoraDocument document({dialogs, dialogs, program.text});
+    LumoraDocument document({dialogs, dialogs, program.files});
     if (!OpenLight(program, document, file))
         return ExitStatus::Failed;
     LumoraProgrammer run(program.workplace(dialogs, dialogs), document);

@@ -4,7 +4,6 @@
 #include "history/Journals.h"
 #include "kolib/devices/LinkDevices.h"
 #include "kolib/images/QtImages.h"
-#include "kolib/text/TextFiles.h"
 #include "kolib/wire/HostSession.h"
 #include "link/Workplace.h"
 #include "system/DiskFiles.h"
@@ -44,7 +43,6 @@ class Program {
     KODebug debug;
     SystemClock clock;
     DiskFiles files;
-    TextFiles text{files};
     QtImages images;
     SystemPrograms programs;
     SettingsStore settings;
