@@ -85,8 +85,10 @@ JobOutcome QuillonControl::exchange(QuillonSlot& slot, const char* done, Job job
         job(transfer);
         showProgress(slot, 0, 0);
     }
-    return transfer.failure().done() ? JobOutcome{JobOutcome::Reason::Done, done, {}}
-                                     : transfer.failure();
+    JobOutcome outcome = transfer.outcome();
+    if (outcome.done())
+        outcome.text = done;
+    return outcome;
 }
 
 JobOutcome QuillonControl::Download(std::size_t index) {

@@ -165,7 +165,7 @@ JobOutcome PactorControl::ReadSettings() {
     KOBuffer image;
     JobOutcome outcome;
     if (!reader.Connect(ControlClass, FriendlyName, false)) {
-        outcome = reader.failure();
+        outcome = reader.outcome();
     } else if (!reader.ReadEEPROM(0, PactorSettings::ImageLength, image)) {
         outcome = {JobOutcome::Reason::Failed, "Read failed!", {}};
         status_.error(outcome.text);
@@ -199,7 +199,7 @@ JobOutcome PactorControl::Program() {
     GenericEEPROMProgrammer writer(place_);
     JobOutcome outcome{JobOutcome::Reason::Done, "Programmed.", {}};
     if (!writer.Connect(ControlClass, FriendlyName, false)) {
-        outcome = writer.failure();
+        outcome = writer.outcome();
     } else if (writer.WriteEEPROM(0, document.settings().toImage())) {
         status_.report(outcome.text);
     } else {
