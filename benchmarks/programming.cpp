@@ -17,8 +17,7 @@ using namespace corvane;
 KOBuffer fullImage() {
     Nobody nobody;
     DiskFiles files;
-    TextFiles text(files);
-    LumoraDocument document({nobody, nobody, text});
+    LumoraDocument document({nobody, nobody, files});
     for (int i = 1; i <= 95; ++i)
         writable(document, 1).InsertTrack(i, 0.5, i, {}, 0);
     LumoraImageCompiler compiler(document);

@@ -9,7 +9,7 @@
 namespace corvane {
 
 EEPROMEditorControl::EEPROMEditorControl(const Workplace& place)
-    : document({place.dialogs, place.pointer, place.text, place.journals}), place_(place) {
+    : document({place.dialogs, place.pointer, place.files, place.journals}), place_(place) {
     place.link.setMaintainConnection(false);
     NewVariableButton.setToolTipText("Add a variable behind all others");
     ReadSettingsButton.setToolTipText("Read the values of all variables from the product");

@@ -42,7 +42,7 @@ JobOutcome EEPROMEditorControl::run(const RunWords& words, bool writes, Job job)
     GenericEEPROMProgrammer programmer(place_);
     JobOutcome outcome;
     if (!programmer.Connect(ControlClass::EEPROMEditor, FriendlyName, true))
-        outcome = programmer.failure();
+        outcome = programmer.outcome();
     else if (writes)
         outcome = mayWrite();
     if (outcome.done()) {

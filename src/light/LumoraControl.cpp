@@ -26,7 +26,7 @@ std::vector<TabStrip::Tab> allTabs() {
 } // namespace
 
 LumoraControl::LumoraControl(const Workplace& place, const KOKeyboard& keyboard)
-    : document({place.dialogs, place.pointer, place.text, place.journals}),
+    : document({place.dialogs, place.pointer, place.files, place.journals}),
       tracks(document, place.dialogs, keyboard),
       options(document, place.dialogs),
       simulator(document, place.clock),

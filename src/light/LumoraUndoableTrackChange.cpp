@@ -123,7 +123,7 @@ bool LumoraUndoableTrackChange::ascends() const {
 
 bool LumoraUndoableTrackChange::fitsALine() const {
     const std::size_t stride = hasFunctions() ? FullStride : PlainStride;
-    return 1 + HeadLength + segments_.size() * stride <= TextLines::MostArguments;
+    return 1 + HeadLength + segments_.size() * stride <= MostArguments;
 }
 
 bool LumoraUndoableTrackChange::hasFunctions() const {

@@ -24,7 +24,7 @@ QuillonControl::QuillonControl(const Workplace& place) : place_(place) {
     for (std::size_t index = 0; index < SlotCount; ++index) {
         slots_[index] = std::make_unique<QuillonSlot>(
             static_cast<int>(index),
-            History::Surroundings{place.dialogs, place.pointer, place.text, place.journals});
+            History::Surroundings{place.dialogs, place.pointer, place.files, place.journals});
         connect(*slots_[index]);
         refresh(*slots_[index]);
     }
@@ -82,8 +82,10 @@ JobOutcome QuillonControl::exchange(QuillonSlot& slot, const char* done, Job job
         job(transfer);
         showProgress(slot, 0, 0);
     }
-    return transfer.failure().done() ? JobOutcome{JobOutcome::Reason::Done, done, {}}
-                                     : transfer.failure();
+    JobOutcome outcome = transfer.outcome();
+    if (outcome.done())
+        outcome.text = done;
+    return outcome;
 }
 
 JobOutcome QuillonControl::Download(std::size_t index) {

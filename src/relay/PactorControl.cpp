@@ -23,7 +23,7 @@ void showFlags(std::array<OptionButton, Options>& options, const std::array<bool
 } // namespace
 
 PactorControl::PactorControl(const Workplace& place)
-    : document({place.dialogs, place.pointer, place.text, place.journals}), place_(place) {
+    : document({place.dialogs, place.pointer, place.files, place.journals}), place_(place) {
     place.link.setMaintainConnection(false);
     setToolTips();
     connectSettings();
@@ -159,7 +159,7 @@ JobOutcome PactorControl::ReadSettings() {
     KOBuffer image;
     JobOutcome outcome;
     if (!reader.Connect(ControlClass::Pactor, FriendlyName, false)) {
-        outcome = reader.failure();
+        outcome = reader.outcome();
     } else if (!reader.ReadEEPROM(0, PactorSettings::ImageLength, image)) {
         outcome = {JobOutcome::Reason::Failed, "Read failed!", {}};
         status_.error(outcome.text);
@@ -194,7 +194,7 @@ JobOutcome PactorControl::Program() {
     GenericEEPROMProgrammer writer(place_);
     JobOutcome outcome{JobOutcome::Reason::Done, "Programmed.", {}};
     if (!writer.Connect(ControlClass::Pactor, FriendlyName, false)) {
-        outcome = writer.failure();
+        outcome = writer.outcome();
     } else if (writer.WriteEEPROM(0, document.settings().toImage())) {
         status_.report(outcome.text);
     } else {

@@ -1,8 +1,6 @@
 #include "shell/Recovery.h"
 
-#include "base/HeldFile.h"
 #include "history/History.h"
-#include "kolib/text/TextFiles.h"
 #include "system/File.h"
 
 #include <algorithm>
@@ -115,9 +113,7 @@ void Recovery::giveBack(const LostJournal& lost, const std::string& className) {
     if (history == nullptr || !history->ExitHistory())
         return;
     // What is not right with it is told as with any file of the kind.
-    HeldFile held(lost.document(), place_.journals->files());
-    TextFiles text(held);
-    if (!history->Recover(text, lost.unchangedPath()))
+    if (!history->Recover(lost.document(), lost.unchangedPath()))
         lost.SetAside();
     else if (history->isJournalUpToDate())
         lost.Remove();

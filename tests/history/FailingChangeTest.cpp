@@ -1,7 +1,6 @@
 // Changes that fail half-way, at every point at which anything is told of them: what there is
 // afterwards is what there was before, or what there would be had nothing failed.
 #include "history/LostJournal.h"
-#include "kolib/text/TextFiles.h"
 #include "support/Instrumented.h"
 #include "support/Person.h"
 #include "support/RandomEdits.h"
@@ -82,7 +81,7 @@ struct Sabotaged {
     void expectSound() {
         std::string bytes;
         ASSERT_TRUE(history.Compose(bytes));
-        Document other({person, person, text});
+        Document other({person, person, files});
         ASSERT_TRUE(other.HistoryObject().OpenHistory(place.file("twin", bytes)));
         ASSERT_EQ(stateOf(document), stateOf(other));
         ASSERT_EQ(frozen, 0);
@@ -101,9 +100,8 @@ struct Sabotaged {
     TemporaryFolder place;
     Person person;
     DiskFiles files;
-    TextFiles text{files};
     Journals journals{place.path() / "journals", files};
-    Document document{{person, person, text, &journals}};
+    Document document{{person, person, files, &journals}};
     History& history = document.HistoryObject();
     Saboteur saboteur;
     int frozen = 0;

@@ -122,7 +122,7 @@ TEST_F(LumoraImage, IsWhatTheRulesGiveForRandomPrograms) {
         EXPECT_EQ(image(), expectedImage(document)) << entry.path();
     }
     for (unsigned seed = 1; seed <= 300; ++seed) {
-        LumoraDocument program({desk.person, desk.person, desk.text});
+        LumoraDocument program({desk.person, desk.person, desk.files});
         fillAtRandom(program, seed, LumoraDocument::BlockLimit);
         LumoraImageCompiler compiler(program);
         const LumoraCompiled compiled = compiler.compile();

@@ -60,7 +60,7 @@ TEST_F(SimulatorControl, DecodesWhatIsSeenAndOnceWhatIsTheSame) {
     const Workplace& at = desk.place;
     const Workplace place{at.link,  at.device, at.products, at.modes,   at.clock,
                           at.pause, at.debug,  at.debugger, at.dialogs, at.pointer,
-                          at.text,  images,    at.programs, at.registry};
+                          at.files, images,    at.programs, at.registry};
     LumoraControl own(place, desk.keys);
     std::string file = "Lumora\t302\t302\t0\t2\n";
     for (int i = 0; i < 300; ++i) {

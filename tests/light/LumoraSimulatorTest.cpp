@@ -264,7 +264,7 @@ TEST_F(Simulator, ShowsWhatTheControllerPlays) {
         run(document, entry.path());
     }
     for (unsigned seed = 1; seed <= 200; ++seed) {
-        LumoraDocument program({desk.person, desk.person, desk.text});
+        LumoraDocument program({desk.person, desk.person, desk.files});
         fillAtRandom(program, seed, LumoraDocument::BlockLimit);
         run(program, "seed " + std::to_string(seed));
     }

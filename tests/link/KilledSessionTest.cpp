@@ -21,7 +21,7 @@ const char* vendorOf(std::string_view product) {
 
 /// The jobs that a program may be at. Each gives whether it was done.
 bool programLight(Desk& desk) {
-    LumoraDocument document({desk.person, desk.person, desk.text});
+    LumoraDocument document({desk.person, desk.person, desk.files});
     writable(document, 1).InsertTrack(1, 0.5, 80, {}, 0);
     return LumoraProgrammer(desk.place, document).run().done();
 }

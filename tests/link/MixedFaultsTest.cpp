@@ -66,7 +66,7 @@ class FaultyRun {
         return bytes;
     }
     void programLight() {
-        LumoraDocument document({desk_.person, desk_.person, desk_.text});
+        LumoraDocument document({desk_.person, desk_.person, desk_.files});
         for (int i = 1; i <= 5; ++i)
             writable(document, 1).InsertTrack(i, 0.5, static_cast<int>(random_() % 101), {}, 0);
         const JobOutcome outcome = LumoraProgrammer(desk_.place, document).run();

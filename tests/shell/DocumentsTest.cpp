@@ -17,7 +17,7 @@ TEST(Examples, OpenAndAreTheSameWhenSavedAgain) {
         const KOProductProfile* product = desk.bench.products.ByExtension(KOIOExtension(path));
         if (product == nullptr)
             continue; // a picture
-        const auto history = MakeDocument(product->Class, {desk.person, desk.person, desk.text});
+        const auto history = MakeDocument(product->Class, {desk.person, desk.person, desk.files});
         ASSERT_TRUE(history->OpenHistory(path)) << path;
         EXPECT_TRUE(history->CanUndo()) << path;
         desk.person.files = {desk.folder.path() / "saved"};
@@ -38,7 +38,8 @@ TEST(Products, HaveAControlAndDocumentsOfTheirOwn) {
             const KOProductProfile& product = desk.bench.products.ByIndex(row);
             EXPECT_EQ(dynamic_cast<DefaultControl*>(controls.create(product.Class).get()), nullptr)
                 << product.Class;
-            const auto history = MakeDocument(product.Class, {desk.person, desk.person, desk.text});
+            const auto history =
+                MakeDocument(product.Class, {desk.person, desk.person, desk.files});
             ASSERT_NE(history, nullptr) << product.Class;
             EXPECT_EQ(history->TypeCode(), product.Name);
         }
@@ -54,8 +55,8 @@ TYPED_TEST_SUITE(RandomDocuments, AllDocuments);
 TYPED_TEST(RandomDocuments, SurviveSavingOpeningUndoingAndRedoing) {
     Desk desk;
     const std::string path = desk.folder.path() / "d";
-    const TypeParam fresh({desk.person, desk.person, desk.text});
-    TypeParam document({desk.person, desk.person, desk.text});
+    const TypeParam fresh({desk.person, desk.person, desk.files});
+    TypeParam document({desk.person, desk.person, desk.files});
     History& history = document.HistoryObject();
     for (unsigned seed = 1; seed <= 200; ++seed) {
         desk.person.answers = {Answer::No};

@@ -23,7 +23,7 @@ class RecoveryTest : public testing::Test {
         const fs::path aside = desk.folder.path() / "killed";
         {
             Journals killed(aside, desk.files);
-            Document document({desk.person, desk.person, desk.text, &killed});
+            Document document({desk.person, desk.person, desk.files, &killed});
             if (!path.empty()) {
                 desk.person.files = {path};
                 ASSERT_TRUE(document.HistoryObject().SaveHistoryAs());

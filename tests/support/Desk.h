@@ -2,7 +2,6 @@
 
 #include "controls/Inputs.h"
 #include "kolib/KOImages.h"
-#include "kolib/text/TextFiles.h"
 #include "link/Workplace.h"
 #include "support/LinkBench.h"
 #include "support/Person.h"
@@ -48,7 +47,6 @@ class Desk {
     LinkBench bench;
     Person person;
     DiskFiles files;
-    TextFiles text{files};
     std::unique_ptr<KOImages> ownImages = MakeImages();
     KOImages& images = *ownImages;
     NotedPrograms programs;
@@ -58,7 +56,7 @@ class Desk {
     StepPause pause{bench.clock};
     Workplace place{bench.link, bench.device, bench.products, bench.modes, bench.clock,
                     pause,      bench.debug,  bench.debugger, person,      person,
-                    text,       images,       programs,       registry};
+                    files,      images,       programs,       registry};
 };
 
 } // namespace corvane

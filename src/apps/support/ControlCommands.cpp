@@ -4,6 +4,7 @@
 #include "apps/support/ExitStatus.h"
 #include "apps/support/LightCommands.h"
 #include "eeprom/EEPROMEditorControl.h"
+#include "link/ProductReach.h"
 #include "pwm/QuillonControl.h"
 #include "relay/PactorControl.h"
 
@@ -34,13 +35,10 @@ class Unwatched {
 
   private:
     /// A window has found the link long before anybody presses a button.
-    void waitForLink() const {
+    void waitForLink() {
         constexpr std::int32_t longest = 1500; // ms
-        const std::uint32_t start = program_.clock.now();
-        while (!program_.link.IsConnected() && TimeDiff(program_.clock.now(), start) < longest) {
-            program_.link.Update();
-            program_.pause();
-        }
+        AwaitLink(program_.workplace(dialogs_, dialogs_), longest,
+                  [this] { return program_.link.IsConnected(); });
     }
 
     Program& program_;

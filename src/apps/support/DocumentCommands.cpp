@@ -3,7 +3,6 @@
 #include "apps/support/ConsoleDialogs.h"
 #include "apps/support/ExitStatus.h"
 #include "apps/support/SafeOutput.h"
-#include "base/HeldFile.h"
 #include "history/LostJournal.h"
 #include "shell/ProductTable.h"
 
@@ -19,7 +18,7 @@ class OpenedDocument {
   public:
     OpenedDocument(Program& program, const std::string& file)
         : history_(
-              MakeDocument(program.products.ClassOfFile(file), {dialogs, dialogs, program.text})) {
+              MakeDocument(program.products.ClassOfFile(file), {dialogs, dialogs, program.files})) {
         if (history_ == nullptr)
             dialogs.ShowError("No product owns files like " + file + ".");
         else if (!history_->OpenHistory(file))
@@ -68,12 +67,10 @@ int RecoverDocument(Program& program, const std::string& name, const std::string
     const KOProductProfile* product = program.products.ByTypeCode(lost->TypeCode());
     if (!lost->isSound() || product == nullptr)
         return Fail(History::NotUnderstood);
-    HeldFile held(lost->document(), program.files);
-    TextFiles text(held);
     ConsoleDialogs dialogs;
     dialogs.setSaveName(to);
-    const auto history = MakeDocument(product->Class, {dialogs, dialogs, text});
-    if (!history->OpenHistory(name) || !history->SaveHistoryAs())
+    const auto history = MakeDocument(product->Class, {dialogs, dialogs, program.files});
+    if (!history->Recover(lost->document(), {}) || !history->SaveHistoryAs())
         return ExitStatus::Failed;
     lost->SetAside();
     return ExitStatus::Done;

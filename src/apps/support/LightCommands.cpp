@@ -82,7 +82,7 @@ bool OpenLight(Program& program, LumoraDocument& document, const std::string& fi
 
 int CompileLight(Program& program, const DocumentJob& job) {
     AnsweringDialogs dialogs(job.answer);
-    LumoraDocument document({dialogs, dialogs, program.text});
+    LumoraDocument document({dialogs, dialogs, program.files});
     if (!OpenLight(program, document, job.file))
         return ExitStatus::Failed;
     if (const int channel = LumoraEncoding::channelWithUnknownFunction(document); channel != 0)
@@ -94,7 +94,7 @@ int CompileLight(Program& program, const DocumentJob& job) {
 
 int ProgramLight(Program& program, const DocumentJob& job) {
     AnsweringDialogs dialogs(job.answer);
-    LumoraDocument document({dialogs, dialogs, program.text});
+    LumoraDocument document({dialogs, dialogs, program.files});
     if (!OpenLight(program, document, job.file))
         return ExitStatus::Failed;
     LumoraProgrammer run(program.workplace(dialogs, dialogs), document);

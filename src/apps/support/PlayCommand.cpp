@@ -154,7 +154,7 @@ std::optional<std::vector<PlaySetup::Move>> ParseStick(const std::string& text) 
 
 int PlayLight(Program& program, const std::string& file, const PlaySetup& setup) {
     AnsweringDialogs dialogs(std::nullopt);
-    LumoraDocument document({dialogs, dialogs, program.text});
+    LumoraDocument document({dialogs, dialogs, program.files});
     if (!OpenLight(program, document, file))
         return ExitStatus::Failed;
     Playing playing(document, setup);

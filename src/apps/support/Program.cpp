@@ -47,7 +47,7 @@ Program::Program(const RunModes& runModes, const DeviceDoor& door)
 
 Workplace Program::workplace(Dialogs& dialogs, BusyPointer& pointer) {
     return {link,     device,  products, modes, clock,   pause_,   debug,
-            debugger, dialogs, pointer,  text,  *images, programs, registry};
+            debugger, dialogs, pointer,  files, *images, programs, registry};
 }
 
 void Program::DevicePause::pause() {

@@ -3,7 +3,6 @@
 #include "base/KODebug.h"
 #include "history/Journals.h"
 #include "kolib/devices/LinkDevices.h"
-#include "kolib/text/TextFiles.h"
 #include "kolib/wire/HostSession.h"
 #include "link/Workplace.h"
 #include "system/DiskFiles.h"
@@ -43,7 +42,6 @@ class Program {
     KODebug debug;
     SystemClock clock;
     DiskFiles files;
-    TextFiles text{files};
     std::unique_ptr<KOImages> images = MakeImages();
     SystemPrograms programs;
     SettingsStore settings;
