@@ -17,25 +17,22 @@ EEPROMEditorControl::EEPROMEditorControl(const Workplace& place)
     VScroll.setVisible(false);
     connectDocument();
     connectRequests();
-    connections_.push_back(NewVariableButton.Click.connect([this] { newVariable(); }));
+    on_(NewVariableButton.Click, [this] { newVariable(); });
     jobs_.add(ReadSettingsButton, [this] { ReadSettings(); });
     jobs_.add(
         ProgramButton, [this] { Program(); }, [this] { return valuesAreSound(); });
 }
 
 void EEPROMEditorControl::connectDocument() {
-    const auto on = [this](auto& event, auto react) {
-        connections_.push_back(event.connect(react));
-    };
-    on(document.EntryAdded, [this](int index) { addEntry(index); });
-    on(document.EntryRemoved, [this](int index) { removeEntry(index); });
-    on(document.EntryChanged,
-       [this](int index, std::string_view propertyName) { showEntry(index, propertyName); });
+    on_(document.EntryAdded, [this](int index) { addEntry(index); });
+    on_(document.EntryRemoved, [this](int index) { removeEntry(index); });
+    on_(document.EntryChanged,
+        [this](int index, std::string_view propertyName) { showEntry(index, propertyName); });
     History& history = document.HistoryObject();
-    on(history.Changed, [this] { status_.clear(); });
-    on(history.ResettingToDefaults, [this] { status_.clear(); });
-    on(history.Freezing, [this] { frozen_ = true; });
-    on(history.Unfreezing, [this](bool withoutRepaint) {
+    on_(history.Changed, [this] { status_.clear(); });
+    on_(history.ResettingToDefaults, [this] { status_.clear(); });
+    on_(history.Freezing, [this] { frozen_ = true; });
+    on_(history.Unfreezing, [this](bool withoutRepaint) {
         frozen_ = false;
         if (!withoutRepaint && arrangementDue_)
             rearrange();
@@ -163,10 +160,9 @@ void EEPROMEditorControl::scrollTo(const EEPROMEntry& entry) {
 
 void EEPROMEditorControl::connectRequests() {
     const auto records = [this](auto& request, std::string_view propertyName, auto asText) {
-        connections_.push_back(request.connect(
-            [this, propertyName, asText](const EEPROMEntry& entry, const auto& value) {
-                document.record(indexOf(entry), propertyName, asText(value));
-            }));
+        on_(request, [this, propertyName, asText](const EEPROMEntry& entry, const auto& value) {
+            document.record(indexOf(entry), propertyName, asText(value));
+        });
     };
     const auto number = [](int value) { return std::to_string(value); };
     records(requests_.AddressChanged, KOEEPROMDocument::Address, number);
@@ -174,8 +170,8 @@ void EEPROMEditorControl::connectRequests() {
     records(requests_.CommentsChanged, KOEEPROMDocument::Comments, std::identity());
     records(requests_.DataTypeChanged, KOEEPROMDocument::DataType, std::identity());
     records(requests_.DataValueChanged, KOEEPROMDocument::DataValue, HexText);
-    connections_.push_back(requests_.Removing.connect(
-        [this](const EEPROMEntry& entry) { document.recordRemoving(indexOf(entry)); }));
+    on_(requests_.Removing,
+        [this](const EEPROMEntry& entry) { document.recordRemoving(indexOf(entry)); });
 }
 
 void EEPROMEditorControl::newVariable() {

@@ -111,7 +111,7 @@ class EEPROMEditorControl final : public ProductControl {
     TwipSize area_;
     int scrollBarWidth_ = 0;
     bool running_ = false; // a job
-    std::vector<Connection> connections_;
+    Connections on_;
 };
 
 } // namespace corvane

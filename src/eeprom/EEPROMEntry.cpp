@@ -25,18 +25,16 @@ EEPROMEntry::EEPROMEntry(std::string name, const EEPROMRequests& requests)
     txtComments.setToolTipText("What the variable is for");
     ctlContents.cmbDataType.setToolTipText("The form in which the value is shown and typed");
     RemoveButton.setToolTipText("Remove this variable from the list");
-    const auto on = [this](auto& event, auto react) {
-        connections_.push_back(event.connect(react));
-    };
-    on(txtAddress.Validate,
-       [this] { validateNumber(address_, txtAddress, requests_.AddressChanged); });
-    on(txtLength.Validate, [this] { validateNumber(length_, txtLength, requests_.LengthChanged); });
-    on(txtComments.Validate, [this] { validateComments(); });
-    on(ctlContents.DataValueChanged,
-       [this](const ByteString& bytes) { requests_.DataValueChanged.raise(*this, bytes); });
-    on(ctlContents.DataTypeChanged,
-       [this](const std::string& type) { requests_.DataTypeChanged.raise(*this, type); });
-    on(RemoveButton.Click, [this] { requests_.Removing.raise(*this); });
+    on_(txtAddress.Validate,
+        [this] { validateNumber(address_, txtAddress, requests_.AddressChanged); });
+    on_(txtLength.Validate,
+        [this] { validateNumber(length_, txtLength, requests_.LengthChanged); });
+    on_(txtComments.Validate, [this] { validateComments(); });
+    on_(ctlContents.DataValueChanged,
+        [this](const ByteString& bytes) { requests_.DataValueChanged.raise(*this, bytes); });
+    on_(ctlContents.DataTypeChanged,
+        [this](const std::string& type) { requests_.DataTypeChanged.raise(*this, type); });
+    on_(RemoveButton.Click, [this] { requests_.Removing.raise(*this); });
 }
 
 void EEPROMEntry::Initialize(const EEPROMVariable& variable) {

@@ -74,7 +74,7 @@ class EEPROMEntry {
     std::string comments_;
     bool conflicts_ = false;
     std::optional<std::pair<bool, bool>> marks_; // that show: conflict, beyond the end
-    std::vector<Connection> connections_;
+    Connections on_;
 };
 
 } // namespace corvane

@@ -39,27 +39,24 @@ LumoraControl::LumoraControl(const Workplace& place, const KOKeyboard& keyboard)
     place.link.setMaintainConnection(false);
     connectTracks();
     connectButtons();
-    const auto on = [this](auto& event, auto react) {
-        connections_.push_back(event.connect(react));
-    };
-    on(TabStrip1.Click, [this] { changeTab(); });
-    on(document.SettingChanged,
-       [this](std::string_view name, int channel) { settingChanged(name, channel); });
+    on_(TabStrip1.Click, [this] { changeTab(); });
+    on_(document.SettingChanged,
+        [this](std::string_view name, int channel) { settingChanged(name, channel); });
     History& history = document.HistoryObject();
-    on(history.Changed, [this] { UpdateBlockCount(); });
-    on(history.NewFileCreated, [this] { tracks.ZoomToDefault(); });
-    on(history.FileOpened, [this](const std::string&) { tracks.ZoomToFit(); });
-    on(history.ResettingToDefaults, [this] { resetToDefaults(); });
-    on(history.FilteringRequested, [this](UndoableChange& change, bool undoing, bool& cancel) {
+    on_(history.Changed, [this] { UpdateBlockCount(); });
+    on_(history.NewFileCreated, [this] { tracks.ZoomToDefault(); });
+    on_(history.FileOpened, [this](const std::string&) { tracks.ZoomToFit(); });
+    on_(history.ResettingToDefaults, [this] { resetToDefaults(); });
+    on_(history.FilteringRequested, [this](UndoableChange& change, bool undoing, bool& cancel) {
         filter(change, undoing, cancel);
     });
-    on(tripPoint.Change, [this] {
+    on_(tripPoint.Change, [this] {
         if (ActiveChannel() != 0)
             return;
         simulatedLevel_ = tripPoint.Value();
         UpdateTripPoint();
     });
-    on(tripPoint.Commit, [this] {
+    on_(tripPoint.Commit, [this] {
         if (ActiveChannel() != 0)
             options.record(ActiveChannel(), LumoraDocument::TripPoint,
                            std::to_string(tripPoint.Value()));
@@ -70,29 +67,26 @@ LumoraControl::LumoraControl(const Workplace& place, const KOKeyboard& keyboard)
 }
 
 void LumoraControl::connectTracks() {
-    const auto on = [this](auto& event, auto react) {
-        connections_.push_back(event.connect(react));
-    };
-    on(tracks.PasteStateRequested, [this](bool& state) { state = Clipboard_CanPaste(); });
-    on(tracks.SegmentAddRequested, [this](int) { addOrInsert(true); });
-    on(tracks.SegmentCutRequested, [this](int, int) { Clipboard_Cut(); });
-    on(tracks.SegmentCopyRequested, [this](int, int) { Clipboard_Copy(); });
-    on(tracks.SegmentDeleteRequested, [this](int, int) { deleteSelected(); });
-    on(tracks.SegmentInsertRequested, [this](int, int) { addOrInsert(false); });
-    on(tracks.SegmentPasteRequested,
-       [this](int track, int element) { Clipboard_Paste(track, element); });
-    on(tracks.SelectionChanged, [this] { updateCanCopy(); });
+    on_(tracks.PasteStateRequested, [this](bool& state) { state = Clipboard_CanPaste(); });
+    on_(tracks.SegmentAddRequested, [this](int) { addOrInsert(true); });
+    on_(tracks.SegmentCutRequested, [this](int, int) { Clipboard_Cut(); });
+    on_(tracks.SegmentCopyRequested, [this](int, int) { Clipboard_Copy(); });
+    on_(tracks.SegmentDeleteRequested, [this](int, int) { deleteSelected(); });
+    on_(tracks.SegmentInsertRequested, [this](int, int) { addOrInsert(false); });
+    on_(tracks.SegmentPasteRequested,
+        [this](int track, int element) { Clipboard_Paste(track, element); });
+    on_(tracks.SelectionChanged, [this] { updateCanCopy(); });
     namespace values = LumoraSegmentValues;
-    on(tracks.TrackBrightnessChanged, [this](int track, int element, int value) {
+    on_(tracks.TrackBrightnessChanged, [this](int track, int element, int value) {
         recordValue<values::Brightness>(track, element, value);
     });
-    on(tracks.TrackBrightness2Changed, [this](int track, int element, int value) {
+    on_(tracks.TrackBrightness2Changed, [this](int track, int element, int value) {
         recordValue<values::Brightness2>(track, element, value);
     });
-    on(tracks.TrackFunctionChanged, [this](int track, int element, const std::string& value) {
+    on_(tracks.TrackFunctionChanged, [this](int track, int element, const std::string& value) {
         recordValue<values::Function>(track, element, value);
     });
-    on(tracks.TrackTimeChanged, [this](int track, int element, double value) {
+    on_(tracks.TrackTimeChanged, [this](int track, int element, double value) {
         recordValue<values::Time>(track, element, value);
     });
 }
@@ -100,7 +94,7 @@ void LumoraControl::connectTracks() {
 void LumoraControl::connectButtons() {
     const auto on = [this](Button& button, const char* toolTip, auto command) {
         button.setToolTipText(toolTip);
-        connections_.push_back(button.Click.connect(command));
+        on_(button.Click, command);
     };
     on(AddButton, "Add a segment at the end of the track", [this] { addOrInsert(true); });
     on(InsertButton, "Insert a segment before the selected one", [this] { addOrInsert(false); });

@@ -125,7 +125,7 @@ class LumoraControl final : public ProductControl, public ClipboardCommands {
     int simulatedLevel_ = 50; // percent
     bool advanced_ = false;
     bool simulating_ = false; // the "Simulator" tab is on show
-    std::vector<Connection> connections_;
+    Connections on_;
 };
 
 } // namespace corvane

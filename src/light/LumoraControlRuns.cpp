@@ -34,7 +34,7 @@ void LumoraControl::program() {
     const Raised running(running_);
     LumoraProgrammer run(place_, document);
     if (programming_ != nullptr)
-        programming_->Closed.raise(); // that of an earlier run
+        programming_->close(); // that of an earlier run
     programming_ = std::make_unique<LumoraProgramming>();
     programming_->SetProgrammer(run);
     ProgrammingShown.raise(*programming_);

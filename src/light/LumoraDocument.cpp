@@ -20,7 +20,8 @@ struct NumberSetting {
 };
 
 constexpr std::array numberSettings{
-    NumberSetting{LumoraDocument::MaxCurrent, &LumoraChannelSettings::maxCurrent, 10, 250},
+    NumberSetting{LumoraDocument::MaxCurrent, &LumoraChannelSettings::maxCurrent,
+                  LumoraDocument::LowestCurrent, LumoraDocument::HighestCurrent},
     NumberSetting{LumoraDocument::TurnOffPoint, &LumoraChannelSettings::turnOffPoint, 0, 100},
     NumberSetting{LumoraDocument::TripPoint, &LumoraChannelSettings::tripPoint, 0, 100},
     NumberSetting{LumoraDocument::Hysteresis, &LumoraChannelSettings::hysteresis, 0, 100},
@@ -35,10 +36,6 @@ const NumberSetting* numberSetting(std::string_view name) {
 
 bool isChannel(int channel) {
     return channel >= 1 && channel <= LumoraDocument::ChannelCount;
-}
-
-int limited(std::string_view text, int lowest, int highest) {
-    return RoundToInteger(std::clamp<double>(ReadNumber(text), lowest, highest));
 }
 
 } // namespace
@@ -95,19 +92,24 @@ std::string LumoraDocument::Data(int channel, std::string_view propertyName) con
     return {};
 }
 
+int LumoraDocument::Limited(std::string_view propertyName, std::string_view text) {
+    const NumberSetting* setting = numberSetting(propertyName);
+    return RoundToInteger(std::clamp<double>(ReadNumber(text),
+                                             setting == nullptr ? ShortestPulse : setting->lowest,
+                                             setting == nullptr ? LongestPulse : setting->highest));
+}
+
 void LumoraDocument::setData(WriteAccess, int channel, std::string_view propertyName,
                              std::string_view text) {
-    constexpr int shortestPulse = 800;
-    constexpr int longestPulse = 2200;
     if (propertyName == RangeMin)
-        transmitterMin_ = limited(text, shortestPulse, longestPulse);
+        transmitterMin_ = Limited(propertyName, text);
     else if (propertyName == RangeMax)
-        transmitterMax_ = limited(text, shortestPulse, longestPulse);
+        transmitterMax_ = Limited(propertyName, text);
     else if (propertyName.starts_with(SimulatorStart)) {
         if (!simulator_.setChanges(channel, propertyName, text))
             return;
     } else if (const NumberSetting* setting = numberSetting(propertyName))
-        settingsOf(channel).*setting->member = limited(text, setting->lowest, setting->highest);
+        settingsOf(channel).*setting->member = Limited(propertyName, text);
     else if (propertyName == NoSignal)
         settingsOf(channel).noSignal = text == "Top" ? 0 : 1;
     else if (propertyName == LightColor) {

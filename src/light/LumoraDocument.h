@@ -42,6 +42,10 @@ class LumoraDocument final : public HistoryHost {
     static constexpr int BlockLimit = 106;       ///< What the controller has room for.
     static constexpr int DefaultRangeMin = 1200; // microseconds
     static constexpr int DefaultRangeMax = 1800;
+    static constexpr int ShortestPulse = 800;
+    static constexpr int LongestPulse = 2200;
+    static constexpr int LowestCurrent = 10; // mA
+    static constexpr int HighestCurrent = 250;
 
     explicit LumoraDocument(const History::Surroundings& surroundings);
 
@@ -81,6 +85,8 @@ class LumoraDocument final : public HistoryHost {
     /// Reads the text leniently and limits the value; a name that is none changes nothing.
     void setData(WriteAccess, int channel, std::string_view propertyName, std::string_view text);
 
+    /// A number as the setting of this name keeps it: whole, and within its limits.
+    [[nodiscard]] static int Limited(std::string_view propertyName, std::string_view text);
     /// Whether a change in a file may carry this channel with this name.
     [[nodiscard]] static bool takesData(int channel, std::string_view propertyName);
 

@@ -1,6 +1,5 @@
 #include "light/LumoraOptions.h"
 
-#include "base/KOMath.h"
 #include "base/Numbers.h"
 #include "light/LumoraUndoableChange.h"
 
@@ -8,9 +7,9 @@ namespace corvane {
 
 LumoraOptions::LumoraOptions(LumoraDocument& document, Dialogs& dialogs)
     : document_(document), dialogs_(dialogs) {
-    bindNumber(ChannelMaxCurrent, LumoraDocument::MaxCurrent, 10, 250);
-    bindNumber(ChannelHysteresis, LumoraDocument::Hysteresis, 0, 100);
-    bindNumber(ChannelTurnOffPoint, LumoraDocument::TurnOffPoint, 0, 100);
+    bindNumber(ChannelMaxCurrent, LumoraDocument::MaxCurrent);
+    bindNumber(ChannelHysteresis, LumoraDocument::Hysteresis);
+    bindNumber(ChannelTurnOffPoint, LumoraDocument::TurnOffPoint);
     bindRange(TransmitterRangeMin, LumoraDocument::RangeMin);
     bindRange(TransmitterRangeMax, LumoraDocument::RangeMax);
     ChannelMaxCurrent.setToolTipText("Current at full brightness, 10 to 250 mA");
@@ -22,39 +21,34 @@ LumoraOptions::LumoraOptions(LumoraDocument& document, Dialogs& dialogs)
     ChangeLightColorButton.setToolTipText("Choose the colour that this channel's light has");
     for (OptionButton* choice : {&ChannelNoSignalTopTrack, &ChannelNoSignalBottomTrack})
         choice->setToolTipText("Track that plays without a signal from the transmitter");
-    connections_.push_back(ChangeLightColorButton.Click.connect([this] { changeLightColor(); }));
-    connections_.push_back(ChannelNoSignalTopTrack.Click.connect(
-        [this] { record(channel_, LumoraDocument::NoSignal, "Top"); }));
-    connections_.push_back(ChannelNoSignalBottomTrack.Click.connect(
-        [this] { record(channel_, LumoraDocument::NoSignal, "Bottom"); }));
-    connections_.push_back(TransmitterRangeResetButton.Click.connect([this] {
+    on_(ChangeLightColorButton.Click, [this] { changeLightColor(); });
+    on_(ChannelNoSignalTopTrack.Click,
+        [this] { record(channel_, LumoraDocument::NoSignal, "Top"); });
+    on_(ChannelNoSignalBottomTrack.Click,
+        [this] { record(channel_, LumoraDocument::NoSignal, "Bottom"); });
+    on_(TransmitterRangeResetButton.Click, [this] {
         // One after the other, since recording the one shows both as they are stored.
         TransmitterRangeMin.setText(std::to_string(LumoraDocument::DefaultRangeMin));
         TransmitterRangeMin.leave();
         TransmitterRangeMax.setText(std::to_string(LumoraDocument::DefaultRangeMax));
         TransmitterRangeMax.leave();
-    }));
+    });
 }
 
-void LumoraOptions::bindNumber(TextBox& box, std::string_view propertyName, int lowest,
-                               int highest) {
-    connections_.push_back(box.Validate.connect([this, &box, propertyName, lowest, highest] {
+void LumoraOptions::bindNumber(TextBox& box, std::string_view propertyName) {
+    on_(box.Validate, [this, &box, propertyName] {
         if (channel_ != 0)
-            recordNumber(box, channel_, propertyName, lowest, highest);
-    }));
+            recordNumber(box, channel_, propertyName);
+    });
 }
 
 void LumoraOptions::bindRange(TextBox& box, std::string_view propertyName) {
-    constexpr int shortest = 800;
-    constexpr int longest = 2200;
-    connections_.push_back(box.Validate.connect(
-        [this, &box, propertyName] { recordNumber(box, 0, propertyName, shortest, longest); }));
+    on_(box.Validate, [this, &box, propertyName] { recordNumber(box, 0, propertyName); });
 }
 
-void LumoraOptions::recordNumber(const TextBox& box, int channel, std::string_view propertyName,
-                                 int lowest, int highest) {
-    const double value = std::clamp<double>(ReadNumber(box.Text()), lowest, highest);
-    record(channel, propertyName, std::to_string(RoundToInteger(value)));
+void LumoraOptions::recordNumber(const TextBox& box, int channel, std::string_view propertyName) {
+    record(channel, propertyName,
+           std::to_string(LumoraDocument::Limited(propertyName, box.Text())));
 }
 
 void LumoraOptions::record(int channel, std::string_view propertyName,

@@ -58,17 +58,16 @@ class LumoraOptions {
     void record(int channel, std::string_view propertyName, const std::string& newValue);
 
   private:
-    void bindNumber(TextBox& box, std::string_view propertyName, int lowest, int highest);
+    void bindNumber(TextBox& box, std::string_view propertyName);
     void bindRange(TextBox& box, std::string_view propertyName);
-    void recordNumber(const TextBox& box, int channel, std::string_view propertyName, int lowest,
-                      int highest);
+    void recordNumber(const TextBox& box, int channel, std::string_view propertyName);
     void changeLightColor();
     void show(TextBox& box, std::string_view propertyName) const;
 
     LumoraDocument& document_;
     Dialogs& dialogs_;
     int channel_ = 0;
-    std::vector<Connection> connections_;
+    Connections on_;
 };
 
 } // namespace corvane

@@ -31,13 +31,14 @@ class LumoraProgramming {
     ProgressBar Progress;
     Button OKButton{"OK"};
 
+    void close() const { Closed.raise(); }
     [[nodiscard]] bool over() const { return OKButton.Enabled(); }
 
   private:
     void showBlocks(int blocksUsed, int maxBlocks);
     void showEnd(const JobOutcome& outcome);
 
-    std::vector<Connection> connections_;
+    Connections on_;
     Connection onOk_;
 };
 

@@ -118,7 +118,7 @@ class LumoraScrollableTracks : public LumoraRequests {
     int frozen_ = 0;
     bool scrollStale_ = false;
     bool fitWhenSized_ = false; // asked for before there was any room
-    std::vector<Connection> connections_;
+    Connections on_;
 };
 
 } // namespace corvane

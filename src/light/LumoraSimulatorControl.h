@@ -129,7 +129,7 @@ class LumoraSimulatorControl {
     bool moved_ = false;
     int menuChannel_ = 0;
     bool restart_ = false;
-    std::vector<Connection> connections_;
+    Connections on_;
 };
 
 } // namespace corvane

@@ -11,37 +11,36 @@ namespace corvane {
 LumoraTrackEditor::LumoraTrackEditor(LumoraScrollableTracks& set, int trackIndex,
                                      const LumoraTrack& track)
     : set_(set), trackIndex_(trackIndex), track_(track) {
-    connections_.push_back(track.SegmentInserted.connect([this](int index) {
+    on_(track.SegmentInserted, [this](int index) {
         if (index <= FocusedIndex())
             block_->setIndex(block_->index() + 1);
         selection_.inserted(index);
         rearrange(index);
         set_.contentChanged(trackIndex_);
-    }));
-    connections_.push_back(track.SegmentRemoving.connect([this](int index) {
+    });
+    on_(track.SegmentRemoving, [this](int index) {
         if (index == SelectedIndex() && index == track_.GetTrackCount())
             setSelectedIndex(index - 1);
         if (index == FocusedIndex()) {
             block_.reset();
             set_.TrackLookChanged.raise(trackIndex_); // at once: whoever shows it lets it go
         }
-    }));
-    connections_.push_back(track.SegmentRemoved.connect([this](int index) {
+    });
+    on_(track.SegmentRemoved, [this](int index) {
         if (index < FocusedIndex())
             block_->setIndex(block_->index() - 1);
         selection_.removed(index);
         rearrange(index);
         set_.contentChanged(trackIndex_);
         selectionChanged();
-    }));
-    connections_.push_back(track.SegmentChanged.connect([this](int index) {
+    });
+    on_(track.SegmentChanged, [this](int index) {
         if (index == FocusedIndex())
             block_->follow();
         rearrange(index);
         set_.contentChanged(trackIndex_);
-    }));
-    connections_.push_back(
-        track.ColorChanged.connect([this] { set_.TrackLookChanged.raise(trackIndex_); }));
+    });
+    on_(track.ColorChanged, [this] { set_.TrackLookChanged.raise(trackIndex_); });
     for (int index = 1; index <= track.GetTrackCount(); ++index)
         selection_.inserted(index);
 }

@@ -80,7 +80,7 @@ class LumoraTrackEditor {
     std::unique_ptr<SegmentBlock> block_;
     std::array<Connection, 2> onBlock_;
     mutable std::vector<int> rights_; // right edges, as far as they are known
-    std::vector<Connection> connections_;
+    Connections on_;
 };
 
 } // namespace corvane

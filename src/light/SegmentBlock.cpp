@@ -11,10 +11,10 @@ SegmentBlock::SegmentBlock(Surroundings surroundings, int index)
     : with_(surroundings), index_(index) {
     showStored();
     for (TextBox* box : {&txtBrightness, &txtBrightness2})
-        connections_.push_back(box->Changed.connect([this] { LookChanged.raise(); }));
-    connections_.push_back(txtBrightness.Validate.connect([this] { commitBrightness(); }));
-    connections_.push_back(txtBrightness2.Validate.connect([this] { commitBrightness2(); }));
-    connections_.push_back(txtTime.Validate.connect([this] { commitTime(); }));
+        on_(box->Changed, [this] { LookChanged.raise(); });
+    on_(txtBrightness.Validate, [this] { commitBrightness(); });
+    on_(txtBrightness2.Validate, [this] { commitBrightness2(); });
+    on_(txtTime.Validate, [this] { commitTime(); });
 }
 
 void SegmentBlock::Commit() {

@@ -92,7 +92,7 @@ class SegmentBlock {
     int shownBrightness2_ = 0;
     double shownTime_ = 0;
     std::optional<WidthDrag> widthDrag_;
-    std::vector<Connection> connections_;
+    Connections on_;
 };
 
 /// The light's colour on the way from the first level (0) to the second (1); black before that way.

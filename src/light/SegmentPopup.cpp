@@ -10,10 +10,10 @@ constexpr const char* NothingToPaste = "Nothing that fits here has been copied."
 
 SegmentPopup::SegmentPopup() {
     const auto on = [this](MenuItem& item, auto act) {
-        connections_.push_back(item.Click.connect([this, act] {
+        on_(item.Click, [this, act] {
             if (SegmentBlock* worked = block())
                 act(*worked);
-        }));
+        });
     };
     on(mnuPopupChangeBrightness, [](SegmentBlock& worked) { worked.changeBrightness(); });
     on(mnuPopupChangeTime, [](SegmentBlock& worked) { worked.changeTime(); });
@@ -87,12 +87,11 @@ SegmentBlock* SegmentPopup::block() const {
 }
 
 TrackPopup::TrackPopup() {
-    connections_.push_back(
-        mnuPopupAdd.Click.connect([this] { tracks_->SegmentAddRequested.raise(trackIndex_); }));
-    connections_.push_back(mnuPopupPaste.Click.connect([this] {
+    on_(mnuPopupAdd.Click, [this] { tracks_->SegmentAddRequested.raise(trackIndex_); });
+    on_(mnuPopupPaste.Click, [this] {
         tracks_->SegmentPasteRequested.raise(
             trackIndex_, tracks_->track(trackIndex_).track().GetTrackCount() + 1);
-    }));
+    });
 }
 
 std::vector<MenuPlace> TrackPopup::layout() {
