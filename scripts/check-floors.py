@@ -1,5 +1,6 @@
 #!/usr/bin/env python3
-"""Fails on an include that climbs the house, or on the toolkit in the core."""
+"""Fails on an include that climbs the house, on the toolkit in the core, and on an event that
+another than its owner raises."""
 import pathlib
 import re
 import sys
@@ -27,6 +28,8 @@ TOOLKIT_HEADER = re.compile(r"desktop/|kolib/\w+/Qt\w+\.h")
 
 FLOOR_OF = {room: floor for floor, rooms in enumerate(FLOORS) for room in rooms}
 OWN_INCLUDE = re.compile(r'\s*#\s*include\s+"([^"]+)"')
+# An event of another object; its own are raised without a name before them.
+FOREIGN_RAISE = re.compile(r"(?!this)\b\w+[)\]]*(?:\.|->)\*?\w+\)?\.(?:raise|tell)\(")
 TOOLKIT_INCLUDE = re.compile(r"\s*#\s*include\s+<Q\w*")
 
 
@@ -64,6 +67,8 @@ def main() -> int:
                     faults.append(f"{inside}:{number}: '{target}' is not written from src/")
                 elif not allowed(room, target):
                     faults.append(f"{inside}:{number}: {room} must not use {target}")
+            if FOREIGN_RAISE.search(line):
+                faults.append(f"{inside}:{number}: an event is raised by its owner alone")
             if not has_toolkit and (TOOLKIT_INCLUDE.match(line)
                                     or own and TOOLKIT_HEADER.match(own.group(1))):
                 faults.append(f"{inside}:{number}: the toolkit in the core")

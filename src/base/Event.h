@@ -124,4 +124,12 @@ class Event {
     mutable std::shared_ptr<List> list_;
 };
 
+/// What is wanted of whoever listens. An event is raised by its owner alone, a request is made by
+/// everyone who knows it.
+template<class... Args>
+class Request : public Event<Args...> {
+  public:
+    void operator()(Args... args) const { this->raise(args...); }
+};
+
 } // namespace corvane

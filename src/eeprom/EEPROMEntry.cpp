@@ -31,10 +31,10 @@ EEPROMEntry::EEPROMEntry(std::string name, const EEPROMRequests& requests)
         [this] { validateNumber(length_, txtLength, requests_.LengthChanged); });
     on_(txtComments.Validate, [this] { validateComments(); });
     on_(ctlContents.DataValueChanged,
-        [this](const ByteString& bytes) { requests_.DataValueChanged.raise(*this, bytes); });
+        [this](const ByteString& bytes) { requests_.DataValueChanged(*this, bytes); });
     on_(ctlContents.DataTypeChanged,
-        [this](const std::string& type) { requests_.DataTypeChanged.raise(*this, type); });
-    on_(RemoveButton.Click, [this] { requests_.Removing.raise(*this); });
+        [this](const std::string& type) { requests_.DataTypeChanged(*this, type); });
+    on_(RemoveButton.Click, [this] { requests_.Removing(*this); });
 }
 
 void EEPROMEntry::Initialize(const EEPROMVariable& variable) {
@@ -75,11 +75,11 @@ void EEPROMEntry::setNumber(int& member, TextBox& box, int value) {
 }
 
 void EEPROMEntry::validateNumber(int& member, TextBox& box,
-                                 const Event<const EEPROMEntry&, int>& request) {
+                                 const Request<const EEPROMEntry&, int>& request) {
     const int typed = limited(ReadInteger(box.Text()));
     if (typed != member) {
-        request.raise(*this,
-                      typed); // before, since the change takes its old value from what is there
+        // Before, since the change takes its old value from what is there.
+        request(*this, typed);
         member = typed;
         showMarks();
     }
@@ -89,7 +89,7 @@ void EEPROMEntry::validateNumber(int& member, TextBox& box,
 void EEPROMEntry::validateComments() {
     const std::string typed = txtComments.Text();
     if (typed != comments_) {
-        requests_.CommentsChanged.raise(*this, typed);
+        requests_.CommentsChanged(*this, typed);
         comments_ = typed;
     }
     txtComments.setText(comments_);

@@ -9,12 +9,12 @@ class EEPROMEntry;
 
 /// What a person wants to become of a variable: reported by its row, with the new value.
 struct EEPROMRequests {
-    Event<const EEPROMEntry&, int> AddressChanged;
-    Event<const EEPROMEntry&, int> LengthChanged;
-    Event<const EEPROMEntry&, const std::string&> CommentsChanged;
-    Event<const EEPROMEntry&, const ByteString&> DataValueChanged;
-    Event<const EEPROMEntry&, const std::string&> DataTypeChanged;
-    Event<const EEPROMEntry&> Removing;
+    Request<const EEPROMEntry&, int> AddressChanged;
+    Request<const EEPROMEntry&, int> LengthChanged;
+    Request<const EEPROMEntry&, const std::string&> CommentsChanged;
+    Request<const EEPROMEntry&, const ByteString&> DataValueChanged;
+    Request<const EEPROMEntry&, const std::string&> DataTypeChanged;
+    Request<const EEPROMEntry&> Removing;
 };
 
 /// A row of the EEPROM editor: shows a variable, and requests what the person wants.
@@ -63,7 +63,7 @@ class EEPROMEntry {
 
   private:
     static void setNumber(int& member, TextBox& box, int value);
-    void validateNumber(int& member, TextBox& box, const Event<const EEPROMEntry&, int>& request);
+    void validateNumber(int& member, TextBox& box, const Request<const EEPROMEntry&, int>& request);
     void validateComments();
     void showMarks();
 

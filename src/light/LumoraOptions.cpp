@@ -5,6 +5,14 @@
 
 namespace corvane {
 
+namespace {
+
+std::string withRange(const std::string& text, int lowest, int highest, const char* unit) {
+    return text + ", " + std::to_string(lowest) + " to " + std::to_string(highest) + " " + unit;
+}
+
+} // namespace
+
 LumoraOptions::LumoraOptions(LumoraDocument& document, Dialogs& dialogs)
     : document_(document), dialogs_(dialogs) {
     bindNumber(ChannelMaxCurrent, LumoraDocument::MaxCurrent);
@@ -12,12 +20,16 @@ LumoraOptions::LumoraOptions(LumoraDocument& document, Dialogs& dialogs)
     bindNumber(ChannelTurnOffPoint, LumoraDocument::TurnOffPoint);
     bindRange(TransmitterRangeMin, LumoraDocument::RangeMin);
     bindRange(TransmitterRangeMax, LumoraDocument::RangeMax);
-    ChannelMaxCurrent.setToolTipText("Current at full brightness, 10 to 250 mA");
+    ChannelMaxCurrent.setToolTipText(withRange("Current at full brightness",
+                                               LumoraDocument::LowestCurrent,
+                                               LumoraDocument::HighestCurrent, "mA"));
     ChannelHysteresis.setToolTipText(
         "How far the stick has to pass the trip point before the track changes, 0 to 100 percent");
     ChannelTurnOffPoint.setToolTipText("The light is off below this level, 0 to 100 percent");
-    TransmitterRangeMin.setToolTipText("Shortest pulse of the stick, 800 to 2200 microseconds");
-    TransmitterRangeMax.setToolTipText("Longest pulse of the stick, 800 to 2200 microseconds");
+    for (const auto& [box, text] : {std::pair(&TransmitterRangeMin, "Shortest pulse of the stick"),
+                                    std::pair(&TransmitterRangeMax, "Longest pulse of the stick")})
+        box->setToolTipText(withRange(text, LumoraDocument::ShortestPulse,
+                                      LumoraDocument::LongestPulse, "microseconds"));
     ChangeLightColorButton.setToolTipText("Choose the colour that this channel's light has");
     for (OptionButton* choice : {&ChannelNoSignalTopTrack, &ChannelNoSignalBottomTrack})
         choice->setToolTipText("Track that plays without a signal from the transmitter");

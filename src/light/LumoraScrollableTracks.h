@@ -78,6 +78,10 @@ class LumoraScrollableTracks : public LumoraRequests {
     void contentChanged(int trackIndex);
     /// Tells it, for a burst of changes once at its end.
     void lookChanged(int trackIndex);
+    /// Tells it at once.
+    void repaint(int trackIndex) const { TrackLookChanged.raise(trackIndex); }
+    void selectionChanged() const { SelectionChanged.raise(); }
+    void focusMoved() const { FocusMoved.raise(); }
     [[nodiscard]] Dialogs& dialogs() const { return dialogs_; }
     [[nodiscard]] const KOKeyboard& keyboard() const { return keyboard_; }
 

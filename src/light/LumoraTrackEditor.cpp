@@ -23,7 +23,7 @@ LumoraTrackEditor::LumoraTrackEditor(LumoraScrollableTracks& set, int trackIndex
             setSelectedIndex(index - 1);
         if (index == FocusedIndex()) {
             block_.reset();
-            set_.TrackLookChanged.raise(trackIndex_); // at once: whoever shows it lets it go
+            set_.repaint(trackIndex_); // at once: whoever shows it lets it go
         }
     });
     on_(track.SegmentRemoved, [this](int index) {
@@ -40,7 +40,7 @@ LumoraTrackEditor::LumoraTrackEditor(LumoraScrollableTracks& set, int trackIndex
         rearrange(index);
         set_.contentChanged(trackIndex_);
     });
-    on_(track.ColorChanged, [this] { set_.TrackLookChanged.raise(trackIndex_); });
+    on_(track.ColorChanged, [this] { set_.repaint(trackIndex_); });
     for (int index = 1; index <= track.GetTrackCount(); ++index)
         selection_.inserted(index);
 }
@@ -48,8 +48,8 @@ LumoraTrackEditor::LumoraTrackEditor(LumoraScrollableTracks& set, int trackIndex
 void LumoraTrackEditor::setSelected(bool selected) {
     selected_ = selected;
     selection_.selectOnly(selection_.first());
-    set_.TrackLookChanged.raise(trackIndex_);
-    set_.SelectionChanged.raise();
+    set_.repaint(trackIndex_);
+    set_.selectionChanged();
 }
 
 void LumoraTrackEditor::setSelectedIndex(int index) {
@@ -108,13 +108,13 @@ void LumoraTrackEditor::FocusOn(int index, Moved moved) {
     setFocus(index);
     if (moves)
         clickRule(index, moved);
-    set_.FocusMoved.raise();
+    set_.focusMoved();
 }
 
 void LumoraTrackEditor::press(int index) {
     setFocus(index);
     clickRule(index, Moved::ByPerson);
-    set_.FocusMoved.raise();
+    set_.focusMoved();
 }
 
 void LumoraTrackEditor::requestFocus(int index) {
@@ -127,7 +127,7 @@ void LumoraTrackEditor::requestFocus(int index) {
 void LumoraTrackEditor::loseFocus() {
     Commit();
     block_.reset();
-    set_.TrackLookChanged.raise(trackIndex_);
+    set_.repaint(trackIndex_);
 }
 
 void LumoraTrackEditor::Commit() {
@@ -145,7 +145,7 @@ void LumoraTrackEditor::setFocus(int index) {
         return;
     block_ = std::make_unique<SegmentBlock>(
         SegmentBlock::Surroundings{set_, set_.dialogs(), trackIndex_, track_}, index);
-    onBlock_ = {block_->LookChanged.connect([this] { set_.TrackLookChanged.raise(trackIndex_); }),
+    onBlock_ = {block_->LookChanged.connect([this] { set_.repaint(trackIndex_); }),
                 block_->TrackResized.connect([this] {
                     rearrange(block_->index());
                     set_.contentChanged(trackIndex_);
@@ -168,7 +168,7 @@ void LumoraTrackEditor::clickRule(int index, Moved moved) {
 void LumoraTrackEditor::selectionChanged() const {
     set_.lookChanged(trackIndex_);
     if (selected_)
-        set_.SelectionChanged.raise();
+        set_.selectionChanged();
 }
 
 } // namespace corvane

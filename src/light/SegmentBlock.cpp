@@ -117,28 +117,28 @@ void SegmentBlock::changeTime() {
 
 void SegmentBlock::chooseFunction(std::string_view code) {
     if (code != element().functionCode())
-        with_.requests.TrackFunctionChanged.raise(with_.trackIndex, index_, std::string(code));
+        with_.requests.TrackFunctionChanged(with_.trackIndex, index_, std::string(code));
 }
 
 void SegmentBlock::commitBrightness() {
     const int value = level1();
     txtBrightness.setText(std::to_string(value));
     if (value != element().brightness())
-        with_.requests.TrackBrightnessChanged.raise(with_.trackIndex, index_, value);
+        with_.requests.TrackBrightnessChanged(with_.trackIndex, index_, value);
 }
 
 void SegmentBlock::commitBrightness2() {
     const int value = level2();
     txtBrightness2.setText(std::to_string(value));
     if (value != element().brightness2())
-        with_.requests.TrackBrightness2Changed.raise(with_.trackIndex, index_, value);
+        with_.requests.TrackBrightness2Changed(with_.trackIndex, index_, value);
 }
 
 void SegmentBlock::commitTime() {
     const double value = LumoraTrackElement::ClampTime(ReadNumber(txtTime.Text()));
     txtTime.setText(LumoraTrackElement::FormatTime(value));
     if (value != element().time())
-        with_.requests.TrackTimeChanged.raise(with_.trackIndex, index_, value);
+        with_.requests.TrackTimeChanged(with_.trackIndex, index_, value);
 }
 
 void SegmentBlock::ask(TextBox& box, const std::string& prompt, const std::string& title) {

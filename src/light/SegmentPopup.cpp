@@ -25,10 +25,10 @@ SegmentPopup::SegmentPopup() {
         worked.chooseFunction(LumoraTrackElement::ProportionalFromTrip);
     });
     on(mnuPopupAddSegment,
-       [this](const SegmentBlock&) { tracks_->SegmentAddRequested.raise(trackIndex_); });
-    const auto request = [this, &on](MenuItem& item, Event<int, int> LumoraRequests::*wanted) {
+       [this](const SegmentBlock&) { tracks_->SegmentAddRequested(trackIndex_); });
+    const auto request = [this, &on](MenuItem& item, Request<int, int> LumoraRequests::*wanted) {
         on(item, [this, wanted](const SegmentBlock& worked) {
-            (tracks_->*wanted).raise(trackIndex_, worked.index());
+            (tracks_->*wanted)(trackIndex_, worked.index());
         });
     };
     request(mnuPopupInsertSegment, &LumoraRequests::SegmentInsertRequested);
@@ -87,10 +87,10 @@ SegmentBlock* SegmentPopup::block() const {
 }
 
 TrackPopup::TrackPopup() {
-    on_(mnuPopupAdd.Click, [this] { tracks_->SegmentAddRequested.raise(trackIndex_); });
+    on_(mnuPopupAdd.Click, [this] { tracks_->SegmentAddRequested(trackIndex_); });
     on_(mnuPopupPaste.Click, [this] {
-        tracks_->SegmentPasteRequested.raise(
-            trackIndex_, tracks_->track(trackIndex_).track().GetTrackCount() + 1);
+        tracks_->SegmentPasteRequested(trackIndex_,
+                                       tracks_->track(trackIndex_).track().GetTrackCount() + 1);
     });
 }
 
