@@ -24,7 +24,6 @@ class TripPointControl final {
     Frame TripPointFrame;
     Label TripPointLabel{"Trip Point:"};
     TextBox TripPointValue;
-    Label TripPointPercentLabel{"%"};
     Slider TripPointSlider{0, 100}; ///< Upside down: its top end means 100.
 
   private:

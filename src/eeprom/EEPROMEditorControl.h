@@ -59,9 +59,6 @@ class EEPROMEditorControl final : public ProductControl {
     KOEEPROMDocument document;
 
     TabStrip tabs{{{"Settings", {}}}};
-    std::array<Label, 4> Titles{Label("Address"), Label("Length"), Label("Comments"),
-                                Label("Value")};
-    Frame EntriesPictureInner;
     ScrollBar VScroll;
     Button NewVariableButton{"New Variable"};
     Button ReadSettingsButton{"Read Settings"};

@@ -28,7 +28,6 @@ class LumoraOptions {
     void Update();
 
     Frame OptionsFrame;
-    Label LightColorLabel{"Light Color:"};
     Label ChannelLightColorSample; ///< Its fore colour is the light's.
     Button ChangeLightColorButton{"Change"};
     Label MaxCurrentLabel{"Max Current:"};
@@ -36,22 +35,14 @@ class LumoraOptions {
     Label MaxCurrentUnit{"mA"};
 
     Frame AdvancedOptionsFrame;
-    Label TurnOffPointLabel{"Turn Off Below:"};
     TextBox ChannelTurnOffPoint;
-    Label TurnOffPointUnit{"%"};
-    Label HysteresisLabel{"Hysteresis: +/-"};
     TextBox ChannelHysteresis;
-    Label HysteresisUnit{"%"};
-    Label NoSignalLabel{"No Signal Default:"};
     OptionButton ChannelNoSignalTopTrack{"top track"};
     OptionButton ChannelNoSignalBottomTrack{"bottom track"};
 
     Frame TransmitterFrame;
-    Label RangeLabel{"Range:"};
     TextBox TransmitterRangeMin;
-    Label RangeDash{"-"};
     TextBox TransmitterRangeMax;
-    Label RangeUnit{"µs"};
     Button TransmitterRangeResetButton{"Reset to Default"};
 
     /// Records a setting's new value, given as text, unless it is the stored one.

@@ -22,11 +22,8 @@ class LumoraProgramming {
 
     Label Status{"Connecting to the Lumora..."};
     Label Cure; ///< What to do about a failure, as long as there is something.
-    Label Label1{"Segments Used"};
     Label SegmentsUsedLabel;
-    Label Label2{"Segment Limit"};
     Label SegmentLimitLabel;
-    Label Label3{"Memory in Use"};
     Label MemoryInUseLabel;
     ProgressBar Progress;
     Button OKButton{"OK"};

@@ -17,8 +17,6 @@ class DefaultControl final : public ProductControl {
     void setInterfaceChanger(KOInterfaceChanger& changer) override { changer_ = &changer; }
 
     Button Logo;
-    Label PleaseLabel{"Please plug in a supported Ortaline Works product, or choose one from "
-                      "below:"};
     Button LumoraPicture{"Lumora"};
     Button DervanPicture{"Dervan/Maltrex"};
 

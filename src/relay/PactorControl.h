@@ -43,9 +43,7 @@ class PactorControl final : public ProductControl {
     std::array<OptionButton, 6> optRelay{OptionButton("On"), OptionButton("Off"),
                                          OptionButton("On"), OptionButton("Off"),
                                          OptionButton("On"), OptionButton("Off")};
-    Label HysteresisLabel{"Hysteresis: +/-"};
     TextBox Hysteresis;
-    Label HysteresisPercentLabel{"%"};
     Frame SimulatorTab;
     CheckBox SimulateLossOfSignalCheck{"Simulate Loss of Signal"};
     PactorRelay SimulatorRelay;

@@ -15,7 +15,6 @@ class ProgrammerControl final : public ProductControl {
     void UpdateReadyState(bool ready) override;
 
     Button Logo;
-    Label Label1{"Corvane Programmer"};
     Button ProgramButton{"Program EEPROM"};
     Label StateLabel;
 

@@ -179,9 +179,7 @@ SimulatorView::SimulatorView(LumoraSimulatorControl& control, QWidget* parent)
     Bind(this, control.UpdateTimer);
     auto* options = new QHBoxLayout;
     options->setSpacing(Theme::Spacing / 2);
-    auto* channels = new QLabel(this);
-    Bind(channels, control.ChannelLabel);
-    options->addWidget(channels);
+    options->addWidget(new QLabel("Channels", this));
     int channel = 0;
     for (Button& child : control.LightChannelButton) {
         auto* button = new QPushButton(this);
@@ -191,9 +189,7 @@ SimulatorView::SimulatorView(LumoraSimulatorControl& control, QWidget* parent)
         options->addWidget(button);
     }
     options->addSpacing(2 * Theme::Spacing);
-    auto* background = new QLabel(this);
-    Bind(background, control.BackgroundLabel);
-    options->addWidget(background);
+    options->addWidget(new QLabel("Background", this));
     auto* backgroundOptions = new QPushButton(this);
     Bind(backgroundOptions, control.BackgroundOptionsButton);
     options->addWidget(backgroundOptions);
