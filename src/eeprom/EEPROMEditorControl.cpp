@@ -70,6 +70,7 @@ int EEPROMEditorControl::rowOf(const EEPROMEntry& entry) const {
 }
 
 void EEPROMEditorControl::addEntry(int index) {
+    // The row is made when someone looks at it: of thousands few are ever seen.
     slots_.insert(static_cast<std::size_t>(index) - 1, Slot{++lastId_, false, nullptr});
     rows_.clear();
     arrangementChanged();
@@ -78,9 +79,9 @@ void EEPROMEditorControl::addEntry(int index) {
 void EEPROMEditorControl::removeEntry(int index) {
     const std::unique_ptr<EEPROMEntry> leaving =
         slots_.take(static_cast<std::size_t>(index) - 1).entry;
-    rows_.clear();
+    rows_.clear(); // its indices are those of before
     if (leaving != nullptr)
-        EntryLeaving.raise(*leaving);
+        EntryLeaving.raise(*leaving); // a view lets go of the row while it is still there
     arrangementChanged();
 }
 
@@ -98,6 +99,7 @@ void EEPROMEditorControl::showEntry(int index, std::string_view propertyName) {
         else
             entry->setDataValue(variable.DataValue);
     }
+    // A comment is the name by which another variable's conflict speaks of this one.
     const bool named = propertyName == KOEEPROMDocument::Comments &&
                        slots_[static_cast<std::size_t>(index) - 1].conflicts;
     if (named || propertyName == KOEEPROMDocument::Address ||

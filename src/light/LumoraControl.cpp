@@ -224,7 +224,8 @@ void LumoraControl::loadSimulator() {
 void LumoraControl::changeTab() {
     const FreezeScope frozen(document.HistoryObject());
     options.setChannel(ActiveChannel());
-    if (std::exchange(simulating_, IsSimulating()) != simulating_) {
+    if (simulating_ != IsSimulating()) {
+        simulating_ = IsSimulating();
         simulator.Reset();
         loadSimulator();
         simulatorControl.refresh(); // much may have changed meanwhile
@@ -249,7 +250,7 @@ void LumoraControl::doLayout() {
     tripPoint.TripPointFrame.setVisible(!IsEditingTransmitter());
     tripPoint.setSimulating(ActiveChannel() == 0);
     if (!withTracks)
-        tracks.loseFocus();
+        tracks.loseFocus(); // what is typed there counts, and no box stays without its track
     updateCanCopy();
     clipboardMessenger_.Notify("Update", this);
 }
@@ -308,6 +309,7 @@ void LumoraControl::Clipboard_Paste(int trackIndex, int elementIndex) {
         return;
     if (elementIndex == -1)
         elementIndex = std::max(1, tracks.track(trackIndex).SelectedIndex());
+    // Before the change, so that the person sees it happen.
     showSelectedTrack();
     if (recordSegments(true, trackIndex, clipboard_.placedAt(elementIndex)))
         tracks.Show(trackIndex, elementIndex);
@@ -371,11 +373,12 @@ void LumoraControl::deleteSelected() {
         return;
     showSelectedTrack();
     LumoraTrackEditor& editor = tracks.track(trackIndex);
-    editor.Commit();
+    editor.Commit(); // so that Undo brings back what was typed
     const std::vector<LumoraPlacedElement> segments = selectedSegments();
     if (segments.empty())
         return;
     const FreezeScope frozen(document.HistoryObject());
+    // The one that comes to lie where the last of them was.
     int next = segments.back().index - static_cast<int>(segments.size()) + 1;
     recordSegments(false, trackIndex, segments);
     next = std::min(next, editor.track().GetTrackCount());

@@ -90,6 +90,8 @@ bool LumoraTransferCompiler::CompileProgramBlocks() {
             table.Append(static_cast<std::uint8_t>(segments_));
     };
     for (int channel = 1; channel <= LumoraDocument::ChannelCount; ++channel) {
+        // Each table holds where its tracks begin; the bottom track of a channel follows its top
+        // track, so that one's beginning is the other's end.
         appendNumber(programH);
         fits = CompileTrackBlocks(LumoraDocument::trackIndex(channel, false)) && fits;
         appendNumber(programL);
@@ -122,6 +124,7 @@ bool LumoraTransferCompiler::CompileTrackBlocks(int trackIndex) {
     }
     for (int i = 1; i <= count; ++i) {
         const LumoraTrackElement& segment = track.GetTrack(i);
+        // Those that do not fit are still counted, to tell how many there are too many.
         if (segments_ < LumoraDocument::BlockLimit) {
             int brightness = segment.brightness();
             if (!segment.functionCode().empty()) {

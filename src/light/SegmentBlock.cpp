@@ -24,12 +24,13 @@ void SegmentBlock::Commit() {
 }
 
 void SegmentBlock::follow() {
-    const LumoraTrackElement& stored = element();
-    if (std::exchange(shownBrightness_, stored.brightness()) != shownBrightness_)
+    // What is being typed into a box stays there while another value changes.
+    const LumoraTrackElement stored = element();
+    if (std::exchange(shownBrightness_, stored.brightness()) != stored.brightness())
         txtBrightness.setText(std::to_string(shownBrightness_));
-    if (std::exchange(shownBrightness2_, stored.brightness2()) != shownBrightness2_)
+    if (std::exchange(shownBrightness2_, stored.brightness2()) != stored.brightness2())
         txtBrightness2.setText(std::to_string(shownBrightness2_));
-    if (std::exchange(shownTime_, stored.time()) != shownTime_)
+    if (std::exchange(shownTime_, stored.time()) != stored.time())
         txtTime.setText(LumoraTrackElement::FormatTime(shownTime_));
 }
 
@@ -67,6 +68,7 @@ void SegmentBlock::moveWidthDrag(int x) {
     if (!widthDrag_)
         return;
     WidthDrag& drag = *widthDrag_;
+    // `x` counts from an edge that follows the pointer, so each step adds what that lags behind.
     drag.width = std::max(0.0F, drag.width + static_cast<float>(x - drag.pressedX));
     const double time = LumoraTrackElement::ClampTime(drag.width / drag.timeScale);
     const std::string text = LumoraTrackElement::FormatTime(time);
@@ -81,6 +83,7 @@ void SegmentBlock::moveWidthDrag(int x) {
 void SegmentBlock::endWidthDrag() {
     if (!widthDrag_)
         return;
+    // Over before the time is requested, or the block would go on showing the drag's.
     const double shown = shownTime();
     widthDrag_.reset();
     if (shown != element().time())
@@ -89,6 +92,7 @@ void SegmentBlock::endWidthDrag() {
 }
 
 void SegmentBlock::dragBrightness(double y, double height) {
+    // The range reaches eight percent beyond the block, so that 0 and 100 are easy to hit.
     const int whole = std::max(1, RoundToInteger(height));
     txtBrightness.setText(
         std::to_string(element().ClampBrightness(108 - RoundToInteger(y * 116) / whole)));
