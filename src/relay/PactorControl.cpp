@@ -106,8 +106,7 @@ void PactorControl::showTripPoint() {
 void PactorControl::resetToDefaults() {
     stickPosition_ = MiddleOfTheStick;
     status_.clear();
-    for (const std::string_view name : {PactorDocument::TripPoint, PactorDocument::Hysteresis,
-                                        PactorDocument::Indicator, PactorDocument::Relay})
+    for (const std::string_view name : PactorDocument::Names)
         showSetting(name);
     refreshSimulator(true);
 }

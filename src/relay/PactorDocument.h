@@ -13,6 +13,8 @@ class PactorDocument final : public HistoryHost {
     static constexpr std::string_view Hysteresis = "Hysteresis";
     static constexpr std::string_view Indicator = "Indicator";
     static constexpr std::string_view Relay = "Relay";
+    /// Of all settings.
+    static constexpr std::array Names{TripPoint, Hysteresis, Indicator, Relay};
     static constexpr std::string_view On = "ON"; ///< What is off is empty text.
 
     explicit PactorDocument(const History::Surroundings& surroundings);
