@@ -156,6 +156,7 @@ void MainForm::setHistoryObject(History* history) {
                    [this](const std::string& file) { recentFiles_->RemoveFile(file); });
         onHistory_(history->FileSaved,
                    [this](const std::string& file, const std::string& previous) {
+                       // A document that has got another name is still one document.
                        if (!previous.empty() && previous != file)
                            recentFiles_->RenameFile(previous, file);
                        else
@@ -184,6 +185,7 @@ void MainForm::Resize(TwipSize clientSize, bool isUsual) {
 }
 
 void MainForm::takeKeptSize() {
+    // A control that knows what room it needs gets that, whatever was kept.
     if (sizes_ == nullptr || control() == nullptr || control()->GetSuggestedClientSize())
         return;
     if (const std::optional<TwipSize> kept = sizes_->of(interface_->InterfaceClass()))
@@ -239,6 +241,7 @@ void MainForm::swapControl(std::unique_ptr<ProductControl>& current, const std::
                    });
     adoptOptionsMenu();
     current->SetDebugger(place_.debugger);
+    // The view first: the room that the control would like to have is the one around it.
     ControlChanged.raise();
     const std::optional<TwipSize> wanted = current->GetSuggestedClientSize();
     if (wanted && wanted->width >= 1 && wanted->height >= 1)
@@ -311,6 +314,7 @@ void MainForm::updateRecentFiles() {
 void MainForm::updateOptionsMenu() {
     const bool autopatch = menu.mnuOptionsAutopatch.Visible();
     int count = optionsMenu_->count();
+    // That there are none is said only where nothing else stands in the menu.
     if (count == 1 && optionsMenu_->Item(1) == NoOptions && autopatch)
         count = 0;
     menu.mnuOptionsList.setCount(count);
@@ -326,6 +330,7 @@ void MainForm::toggleAutopatch() {
 }
 
 void MainForm::doLayout() {
+    // Whatever moves is painted once, in its last place.
     if (history_ == nullptr)
         return layOut();
     const FreezeScope frozen(*history_);

@@ -86,6 +86,7 @@ void EntriesView::showRows() {
     const int first = std::min(count, control_.VScroll.Value() / step);
     const int end =
         std::min(count, (control_.VScroll.Value() + height() * TwipsPerPixel) / step + 1);
+    // Asked for before any widget changes hands, since the asking makes them.
     std::vector<EEPROMEntry*> inView;
     for (int row = first; row < end; ++row)
         inView.push_back(&entryAt(row));
@@ -160,6 +161,7 @@ bool EntriesView::focusNextPrevChild(bool next) {
             ->setFocus(next ? Qt::TabFocusReason : Qt::BacktabFocusReason);
         return true;
     }
+    // The next row may be out of view, and then has no widgets that the Tab key would find.
     const int place = control_.rowOf(*row->entry()) + (next ? 1 : -1);
     if (place < 0 || place >= static_cast<int>(control_.rows().size()))
         return QWidget::focusNextPrevChild(next);

@@ -56,7 +56,7 @@ SimulatorCanvas::SimulatorCanvas(LumoraSimulatorControl& control, QWidget* paren
                            control_.cancelDrag();
                        }}) {
     setFocusPolicy(Qt::StrongFocus);
-    setAttribute(Qt::WA_OpaquePaintEvent);
+    setAttribute(Qt::WA_OpaquePaintEvent); // forty times a second; it paints all of it anyway
     setAcceptDrops(true);
     setMinimumSize(120, 80);
     TellAsCanvas(this);
@@ -78,6 +78,7 @@ void SimulatorCanvas::paintEvent(QPaintEvent* event) {
     painter.fillRect(event->rect(), toQt(control_.BackColor()));
     if (!background_.isNull())
         painter.drawImage(rectOf(control_.background()).topLeft(), background_);
+    // All lenses before all lights, which shine over the lens of a neighbour too.
     painter.setCompositionMode(QPainter::CompositionMode_Darken);
     for (int channel = 1; channel <= LumoraDocument::ChannelCount; ++channel) {
         const LumoraSimulatorControl::Patch& patch = control_.light(channel);
