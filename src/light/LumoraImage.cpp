@@ -58,7 +58,7 @@ void normaliseRange(int& xmitMin, int& xmitMax) {
         std::swap(xmitMin, xmitMax);
     if (xmitMin < xmitMax)
         return;
-    if (xmitMin == LongestPulse)
+    if (xmitMin == LumoraDocument::LongestPulse)
         --xmitMin;
     else
         ++xmitMax;
