@@ -26,7 +26,7 @@ class Saboteur {
     [[nodiscard]] bool isWaiting() const { return left_ > 0; }
 
     template<class... Args>
-    void on(Event<Args...>& event) {
+    void on(const Event<Args...>& event) {
         connections_.push_back(event.connect([this](Args...) {
             if (left_ > 0 && --left_ == 0)
                 throw Sabotage();

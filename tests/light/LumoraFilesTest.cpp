@@ -31,7 +31,7 @@ TEST_F(LumoraFiles, EachChangeHasItsLine) {
     record(std::make_unique<LumoraUndoableFunctionChange>(), std::string("PT"), std::string(" "));
     record(std::make_unique<LumoraUndoableTimeChange>(), 0.05, 2.5);
     auto removal = std::make_unique<LumoraUndoableTrackChange>();
-    removal->InitializeGroup(document, false, 3, true, {{1, 50, 0.5, {}, 0}, {2, 60, 2.5, {}, 8}});
+    removal->InitializeGroup(document, false, 3, true, {{1, {50, 0.5}}, {2, {60, 2.5, {}, 8}}});
     EXPECT_EQ(removal->count(), 2);
     history.Record(std::move(removal));
     EXPECT_EQ(lines(), "LumoraTrackInsert\t3\t1\t1\t50\t.5\n"
@@ -47,7 +47,7 @@ TEST_F(LumoraFiles, EachChangeHasItsLine) {
 
 TEST_F(LumoraFiles, AGroupWithOneFunctionIsWrittenWithAll) {
     auto group = std::make_unique<LumoraUndoableTrackChange>();
-    group->InitializeGroup(document, true, 1, false, {{1, 10, 1, {}, 5}, {2, 20, 1, "P", 6}});
+    group->InitializeGroup(document, true, 1, false, {{1, {10, 1, {}, 5}}, {2, {20, 1, "P", 6}}});
     history.Record(std::move(group));
     EXPECT_EQ(lines(), "LumoraTrackInsert2\t1\t0\t1\t10\t1\t\t5\t2\t20\t1\tP\t6\n");
 }
