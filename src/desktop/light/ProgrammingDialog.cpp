@@ -31,9 +31,8 @@ ProgrammingDialog::ProgrammingDialog(LumoraProgramming& run, QWidget* parent)
     values->setHorizontalSpacing(3 * Theme::Spacing);
     for (const auto& [name, value] : {std::pair("Segments Used", &run.SegmentsUsedLabel),
                                       std::pair("Segment Limit", &run.SegmentLimitLabel),
-                                      std::pair("Memory in Use", &run.MemoryInUseLabel)}) {
+                                      std::pair("Memory in Use", &run.MemoryInUseLabel)})
         values->addRow(name, MakeLabel(*value, this));
-    }
     auto* bar = new QProgressBar(this);
     bar->setRange(0, 100);
     bar->setAccessibleName("Progress in percent");
