@@ -1,3 +1,4 @@
+#define QT_NO_KEYWORDS // among them are words of ours
 #include "kolib/images/QtImages.h"
 #include "support/LightBench.h"
 
