@@ -24,6 +24,13 @@ step "floors and formatting"
 python3 scripts/check-floors.py
 git ls-files '*.h' '*.cpp' | xargs -P "$jobs" -n 40 clang-format --dry-run -Werror
 
+step "the core, on a machine that has no Qt"
+cmake --preset core >/dev/null
+if [ $long = yes ]; then
+  cmake --build --preset core
+  ctest --preset core -j "$jobs"
+fi
+
 step "build what people run"
 cmake --preset release >/dev/null
 cmake --build --preset release

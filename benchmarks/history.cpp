@@ -3,7 +3,6 @@
 // changes against once (aim: at most 2.2); memory of a change.
 #include "history/History.h"
 
-#include "kolib/text/TextFiles.h"
 #include "support/Measure.h"
 #include "support/Nobody.h"
 #include "system/DiskFiles.h"
@@ -75,10 +74,9 @@ struct QtAssignment final : QUndoCommand {
 
 struct Document {
     DiskFiles files;
-    TextFiles text{files};
     Nobody nobody;
     Values values;
-    History history{values, {nobody, nobody, text}};
+    History history{values, {nobody, nobody, files}};
 
     Document() {
         history.setFilter("V");

@@ -51,7 +51,7 @@ void lights(Journals* journals) {
     LumoraDocument& document = bench.control.document;
     for (int i = 0; i < Count; ++i) {
         auto change = std::make_unique<LumoraUndoableTrackChange>();
-        change->Initialize(document, i % 2 == 0, 1 + i % 12 / 2, false, {1, i % 101, 0.5, {}, 0});
+        change->Initialize(document, i % 2 == 0, 1 + i % 12 / 2, false, {1, {i % 101, 0.5}});
         document.HistoryObject().Record(std::move(change));
     }
 }

@@ -32,9 +32,9 @@ struct Bench {
         QApplication::processEvents();
     }
     void fill(int channel, int count) {
-        std::vector<LumoraSegment> segments;
+        std::vector<LumoraPlacedElement> segments;
         for (int i = 1; i <= count; ++i)
-            segments.push_back({i, i % 101, 0.5, {}, 0});
+            segments.push_back({i, {i % 101, 0.5}});
         auto change = std::make_unique<LumoraUndoableTrackChange>();
         change->InitializeGroup(control.document, true, channel, false, std::move(segments));
         control.document.HistoryObject().Record(std::move(change));

@@ -5,6 +5,7 @@
 #include "support/LinkWork.h"
 #include "support/OneCore.h"
 #include "support/VirtualProduct.h"
+#include "support/Writing.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -16,10 +17,9 @@ using namespace corvane;
 KOBuffer fullImage() {
     Nobody nobody;
     DiskFiles files;
-    TextFiles text(files);
-    LumoraDocument document({nobody, nobody, text});
+    LumoraDocument document({nobody, nobody, files});
     for (int i = 1; i <= 95; ++i)
-        document.track(1).InsertTrack(i, 0.5, i, {}, 0);
+        writable(document, 1).InsertTrack(i, 0.5, i, {}, 0);
     LumoraImageCompiler compiler(document);
     static_cast<void>(compiler.compile());
     return compiler.image();

@@ -3,6 +3,7 @@
 #include "desktop/EventLoop.h"
 #include "desktop/light/LumoraView.h"
 #include "support/EmptyDesk.h"
+#include "support/Writing.h"
 
 #include <QApplication>
 #include <QTimer>
@@ -37,11 +38,11 @@ int main(int argc, char** argv) {
     view.resize(1300, 950);
     view.show();
     LumoraDocument& document = control.document;
-    document.setData(0, "Sim Background Image", pictureText(desk.images, 1200, 800, 0xFF506070));
+    setData(document, 0, "Sim Background Image", pictureText(desk.images, 1200, 800, 0xFF506070));
     for (int channel = 1; channel <= LumoraDocument::ChannelCount; ++channel) {
-        document.setData(channel, "Sim Light Image", pictureText(desk.images, 80, 80, 0xC0FFFFFF));
+        setData(document, channel, "Sim Light Image", pictureText(desk.images, 80, 80, 0xC0FFFFFF));
         for (int i = 1; i <= (changing ? 100 : 1); ++i)
-            document.Channel(channel, false).InsertTrack(i, 0.02, i * 37 % 101, {}, 0);
+            writable(document, 2 * channel - 1).InsertTrack(i, 0.02, i * 37 % 101, {}, 0);
     }
     control.TabStrip1.select(9);
     control.tripPoint.TripPointValue.type("80");

@@ -1,8 +1,8 @@
 // A frame with 12 tracks of 1 000 segments against 12 of 10 (aim: below 3 times).
-#include "kolib/text/TextFiles.h"
 #include "light/LumoraSimulator.h"
 #include "support/Measure.h"
 #include "support/Nobody.h"
+#include "support/Writing.h"
 #include "system/DiskFiles.h"
 
 #include <cstdio>
@@ -20,11 +20,10 @@ double frameTime(int segments) {
     constexpr int frames = 100000;
     Nobody nobody;
     DiskFiles files;
-    TextFiles text(files);
-    LumoraDocument document({nobody, nobody, text});
+    LumoraDocument document({nobody, nobody, files});
     for (int index = 1; index <= LumoraDocument::TrackCount; ++index)
         for (int i = 1; i <= segments; ++i)
-            document.track(index).InsertTrack(i, 0.05, i % 101, {}, 0);
+            writable(document, index).InsertTrack(i, 0.05, i % 101, {}, 0);
     StepClock clock;
     LumoraSimulator simulator(document, clock);
     simulator.takeAllSettings();

@@ -1,7 +1,6 @@
 #pragma once
 
 #include "history/History.h"
-#include "kolib/text/TextFiles.h"
 #include "support/Nobody.h"
 
 #include <cstdint>
@@ -28,9 +27,8 @@ template<class Document>
 int FuzzDocument(const char* header, const std::uint8_t* data, std::size_t size) {
     MemoryFile file;
     file.content = header + std::string(data, data + size);
-    TextFiles text(file);
     Nobody nobody;
-    Document document({nobody, nobody, text});
+    Document document({nobody, nobody, file});
     History& history = document.HistoryObject();
     if (!history.OpenHistory("x"))
         return 0;

@@ -39,10 +39,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     MemoryFile file;
     // The header's type is given, so that the rest is reached.
     file.content = std::string(size % 2 == 0 ? "T" : "") + std::string(data, data + size);
-    TextFiles text(file);
     Nobody nobody;
     HistoryHost host;
-    History history(host, {nobody, nobody, text});
+    History history(host, {nobody, nobody, file});
     history.setFilter("T");
     history.setTypeCode("T");
     history.setVersionCode(1);

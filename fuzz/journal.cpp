@@ -1,20 +1,18 @@
 // Any bytes as a journal: refused, or a document that a file could hold, with as many changes as
 // the journal tells.
-#include "base/HeldFile.h"
-#include "base/TextLines.h"
+#include "FuzzedDocument.h"
 #include "history/LostJournal.h"
-#include "system/DiskFiles.h"
 
 #include <algorithm>
 #include <cstdlib>
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace corvane;
-    static DiskFiles nowhere;
     // The beginning is given, so that the rest is reached.
     const std::string start = "CorvaneJournal\t1\t\t\n";
-    HeldFile held((size % 4 == 0 ? "" : start) + std::string(data, data + size), nowhere);
-    const LostJournal lost(Handle(), "x.journal", held);
+    MemoryFile file;
+    file.content = (size % 4 == 0 ? "" : start) + std::string(data, data + size);
+    const LostJournal lost(Handle(), "x.journal", file);
     if (!lost.isSound())
         return 0;
     const auto lines =

@@ -40,7 +40,7 @@ class Player {
         reopen();
         while (history_.position() > 0)
             history_.Undo(true);
-        require(stateOf(control_.document) == stateOf(LumoraDocument({nobody_, nobody_, text_})));
+        require(stateOf(control_.document) == stateOf(LumoraDocument({nobody_, nobody_, file_})));
         check();
     }
 
@@ -172,8 +172,7 @@ class Player {
     void reopen() {
         MemoryFile file;
         require(history_.Compose(file.content));
-        TextFiles text(file);
-        LumoraDocument twin({nobody_, nobody_, text});
+        LumoraDocument twin({nobody_, nobody_, file});
         require(twin.HistoryObject().OpenHistory("x"));
         require(stateOf(twin) == stateOf(control_.document));
     }
@@ -182,12 +181,11 @@ class Player {
     std::size_t left_;
     EmptyDesk desk_;
     MemoryFile file_;
-    TextFiles text_{file_};
     Nobody nobody_;
     Keys keys_;
     Workplace place_{desk_.link,  desk_.device, desk_.products, desk_.modes,   desk_.clock,
                      desk_.pause, desk_.debug,  desk_.debugger, nobody_,       nobody_,
-                     text_,       desk_.images, desk_.programs, desk_.registry};
+                     file_,       desk_.images, desk_.programs, desk_.registry};
     LumoraControl control_{place_, keys_};
     History& history_ = control_.document.HistoryObject();
     int frozen_ = 0;

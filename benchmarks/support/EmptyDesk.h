@@ -2,7 +2,6 @@
 
 #include "kolib/devices/LinkDevices.h"
 #include "kolib/images/QtImages.h"
-#include "kolib/text/TextFiles.h"
 #include "kolib/wire/HostSession.h"
 #include "link/Workplace.h"
 #include "support/Nobody.h"
@@ -26,7 +25,6 @@ struct EmptyDesk {
 
     Nobody nobody;
     DiskFiles files;
-    TextFiles text{files};
     QtImages images;
     SystemClock clock;
     RunModes modes;
@@ -44,7 +42,7 @@ struct EmptyDesk {
     SettingsStore store{"/nonexistent", files};
     KORegistry registry{store};
     Workplace place{link,     device, products, modes, clock,  pause,    debug,
-                    debugger, nobody, nobody,   text,  images, programs, registry};
+                    debugger, nobody, nobody,   files, images, programs, registry};
 };
 
 } // namespace corvane

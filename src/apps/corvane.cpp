@@ -69,6 +69,7 @@ int main(int argc, char** argv) {
         return 0;
     }
 
+    // Only now is there a desktop to talk to, so that a second start has long handed over.
     DesktopApplication desktop(argc, argv);
     FollowSystemColors();
     QApplication::setApplicationName("corvane");

@@ -10,10 +10,11 @@
 #include "base/Assert.h"
 #include "base/Product.h"
 #include "kolib/devices/VirtualLinkSource.h"
-#include "system/File.h"
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
+#include <array>
 #include <iostream>
 #include <optional>
 
@@ -25,12 +26,6 @@ struct Options {
     DevicePick pick;
     bool debug = false;
 };
-
-/// Class name of the control that a file belongs to; empty for a file of no product.
-std::string classOf(const Program& program, const std::string& file) {
-    const KOProductProfile* product = program.products.ByExtension(KOIOExtension(file));
-    return product == nullptr ? std::string() : product->Class;
-}
 
 /// What a command works with: the program's core, its log on the error output.
 class Session {
@@ -55,24 +50,28 @@ class Session {
     Connection onLine_;
 };
 
-int compileFile(Program& program, const std::string& file, bool older, const std::string& out,
-                std::optional<bool> answer) {
-    const std::string product = classOf(program, file);
-    if (product == "Corvane.PactorControl")
-        return CompileRelay(program, file, out);
-    return CompileLight(program, file, older, out, answer);
-}
+/// What the commands do with the documents of a product.
+struct ProductCommands {
+    const char* className;
+    int (*compile)(Program&, const DocumentJob&);
+    int (*program)(Program&, const DocumentJob&);
+};
 
-int programFile(Program& program, const std::string& file, std::optional<bool> answer,
-                std::size_t slot) {
-    const std::string product = classOf(program, file);
-    if (product == "Corvane.PactorControl")
-        return ProgramRelay(program, file);
-    if (product == "Corvane.EEPROMEditorControl")
-        return ProgramEEPROM(program, file, answer);
-    if (product == "Corvane.QuillonControl")
-        return ProgramQuillon(program, file, slot);
-    return ProgramLight(program, file, answer);
+// What can't be compiled goes the way of the light programs, which refuses it.
+constexpr std::array productCommands{
+    ProductCommands{ControlClass::Lumora, CompileLight, ProgramLight},
+    ProductCommands{ControlClass::Pactor, CompileRelay, ProgramRelay},
+    ProductCommands{ControlClass::EEPROMEditor, CompileLight, ProgramEEPROM},
+    ProductCommands{ControlClass::Quillon, CompileLight, ProgramQuillon},
+};
+
+/// Those of the light programs for a file of no product.
+const ProductCommands& commandsFor(const Program& program, const std::string& file) {
+    const std::string className = program.products.ClassOfFile(file);
+    const auto* found =
+        std::find_if(productCommands.begin(), productCommands.end(),
+                     [&](const ProductCommands& row) { return row.className == className; });
+    return found == productCommands.end() ? productCommands.front() : *found;
 }
 
 int listDevices(const Options& options) {
@@ -196,8 +195,9 @@ int main(int argc, char** argv) {
     compile->add_option("-o", target, "Write raw bytes to a file (1.1: the lines)");
     addAnswers(compile);
     compile->callback([&] {
-        result =
-            compileFile(Session(options).program(), file, deviceType == "1.1", target, answer());
+        Session session(options);
+        result = commandsFor(session.program(), file)
+                     .compile(session.program(), {file, target, deviceType == "1.1", answer()});
     });
     CLI::App* programming =
         app.add_subcommand("program", "Put a document into the product on the link, and verify it");
@@ -206,8 +206,11 @@ int main(int argc, char** argv) {
         ->check(CLI::Range(1, 2))
         ->capture_default_str();
     addAnswers(programming);
-    programming->callback(
-        [&] { result = programFile(Session(options).program(), file, answer(), slot - 1); });
+    programming->callback([&] {
+        Session session(options);
+        result = commandsFor(session.program(), file)
+                     .program(session.program(), {file, {}, false, answer(), slot - 1});
+    });
     CLI::App* readingSettings =
         app.add_subcommand("read-settings", "Read the product on the link into a document");
     readingSettings->require_subcommand(1);

@@ -1,8 +1,8 @@
 #pragma once
 
+#include "base/FileDoor.h"
+
 #include <cstdint>
-#include <string>
-#include <string_view>
 
 namespace corvane {
 
@@ -13,6 +13,13 @@ namespace corvane {
     for (const char c : bytes)
         sum = (sum ^ static_cast<unsigned char>(c)) * 1099511628211U;
     return std::to_string(bytes.size()) + "-" + std::to_string(sum);
+}
+
+/// The same of a file as it is now; empty if there is no such file or it can't be read.
+[[nodiscard]] inline std::string FileMark(FileDoor& files, const std::string& path) {
+    std::string bytes;
+    return files.ReadWhole(path, bytes) == FileDoor::ReadResult::Done ? ContentMark(bytes)
+                                                                      : std::string();
 }
 
 } // namespace corvane

@@ -42,6 +42,19 @@ class Connection {
     std::shared_ptr<detail::SlotState> slot_;
 };
 
+/// What one object listens to. All of it ends with this, or with `clear`.
+class Connections {
+  public:
+    template<class Event, class Reaction>
+    void operator()(Event& event, Reaction react) {
+        connections_.push_back(event.connect(std::move(react)));
+    }
+    void clear() { connections_.clear(); }
+
+  private:
+    std::vector<Connection> connections_;
+};
+
 /// A synchronous event. Listeners may come, go, or destroy the event itself while it is raised;
 /// those that come during a raising are first called by the next one. One that throws keeps none of
 /// the others from hearing, so that all of them go on knowing the same; the first of what was
@@ -51,7 +64,8 @@ class Event {
   public:
     using Listener = std::function<void(Args...)>;
 
-    [[nodiscard]] Connection connect(Listener listener) {
+    /// Listening changes nothing of what raises the event.
+    [[nodiscard]] Connection connect(Listener listener) const {
         auto slot = std::make_shared<Slot>();
         slot->listener = std::move(listener);
         if (!list_)
@@ -107,7 +121,15 @@ class Event {
         ~Lowered() { --list.raising; }
     };
 
-    std::shared_ptr<List> list_;
+    mutable std::shared_ptr<List> list_;
+};
+
+/// What is wanted of whoever listens. An event is raised by its owner alone, a request is made by
+/// everyone who knows it.
+template<class... Args>
+class Request : public Event<Args...> {
+  public:
+    void operator()(Args... args) const { this->raise(args...); }
 };
 
 } // namespace corvane

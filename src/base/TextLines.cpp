@@ -1,7 +1,10 @@
 #include "base/TextLines.h"
 
+#include "base/Assert.h"
+
 #include <algorithm>
 #include <cstring>
+#include <optional>
 
 namespace corvane {
 
@@ -36,6 +39,11 @@ bool isSoundLine(std::string_view line) {
         if (i + 1 == line.size() || Named.find(line[i + 1]) == std::string_view::npos)
             return false;
     return line.find('\r') == std::string_view::npos;
+}
+
+/// With the line feed at its end, if there is one.
+std::string_view firstLine(std::string_view bytes) {
+    return bytes.substr(0, std::min(bytes.find('\n'), bytes.size() - 1) + 1);
 }
 
 /// Without the line feed at its end, and a carriage return before that.
@@ -77,6 +85,24 @@ bool escape(std::string_view text, std::string& target) {
     }
 }
 
+/// How many lines there are; nothing if one of them is unsound.
+std::optional<std::size_t> countLines(std::string_view bytes) {
+    const bool plain =
+        bytes.find('\\') == std::string_view::npos && bytes.find('\r') == std::string_view::npos;
+    std::size_t count = 0;
+    for (; !bytes.empty(); ++count) {
+        const std::string_view line = firstLine(bytes);
+        bytes.remove_prefix(line.size());
+        if (line.size() >= MostArguments && // with fewer characters there can't be more
+            std::count(line.begin(), line.end(), '\t') >=
+                static_cast<std::ptrdiff_t>(MostArguments))
+            return std::nullopt;
+        if (!plain && !isSoundLine(withoutEnd(line)))
+            return std::nullopt;
+    }
+    return count;
+}
+
 } // namespace
 
 bool IsUtf8(std::string_view bytes) {
@@ -98,76 +124,48 @@ bool IsUtf8(std::string_view bytes) {
     return true;
 }
 
-std::optional<TextLines> TextLines::parse(std::string bytes) {
+bool KOIOReader::Load(std::string bytes) {
+    Assert(!loaded_);
     if (bytes.find('\0') != std::string::npos || !IsUtf8(bytes))
-        return std::nullopt;
-    TextLines lines;
-    lines.starts_.reserve(static_cast<std::size_t>(std::count(bytes.begin(), bytes.end(), '\n')) +
-                          1);
-    const bool plain =
-        bytes.find('\\') == std::string::npos && bytes.find('\r') == std::string::npos;
-    for (std::size_t at = 0; at < bytes.size();) {
-        const std::size_t feed = bytes.find('\n', at);
-        const std::size_t end = feed == std::string::npos ? bytes.size() : feed + 1;
-        if (end - at >= MostArguments && // with fewer characters there can't be more
-            std::count(bytes.begin() + static_cast<std::ptrdiff_t>(at),
-                       bytes.begin() + static_cast<std::ptrdiff_t>(end),
-                       '\t') >= static_cast<std::ptrdiff_t>(MostArguments))
-            return std::nullopt;
-        if (!plain && !isSoundLine(withoutEnd(std::string_view(bytes).substr(at, end - at))))
-            return std::nullopt;
-        lines.starts_.push_back(at);
-        at = end;
-    }
-    lines.bytes_ = std::move(bytes);
-    return lines;
-}
-
-void TextLines::read(std::size_t line, std::vector<std::string>& arguments) const {
-    const std::size_t end = line + 1 < starts_.size() ? starts_[line + 1] : bytes_.size();
-    std::string_view rest =
-        withoutEnd(std::string_view(bytes_).substr(starts_[line], end - starts_[line]));
-    std::size_t count = 0;
-    for (bool more = true; more; ++count) {
-        const std::size_t tab = rest.find('\t');
-        more = tab != std::string_view::npos;
-        if (count == arguments.size())
-            arguments.emplace_back();
-        unescape(rest.substr(0, tab), arguments[count]);
-        rest.remove_prefix(more ? tab + 1 : rest.size());
-    }
-    arguments.resize(count);
-}
-
-bool TextLines::append(std::string& target, const std::vector<std::string>& arguments) {
-    if (arguments.size() > MostArguments)
         return false;
-    const std::size_t before = target.size();
-    for (std::size_t i = 0; i < arguments.size(); ++i) {
-        if (i > 0)
-            target += '\t';
-        if (!escape(arguments[i], target)) {
-            target.resize(before);
-            return false;
-        }
-    }
-    target += '\n';
-    return true;
+    const std::optional<std::size_t> lines = countLines(bytes);
+    loaded_ = lines.has_value();
+    remaining_ = lines.value_or(0);
+    bytes_ = std::move(bytes);
+    return loaded_;
 }
 
-bool TextLines::append(std::string& target, const std::string& first,
-                       const std::vector<std::string>& others) {
-    const std::size_t before = target.size();
-    if (others.size() < MostArguments && escape(first, target)) {
-        target += '\t';
-        if (append(target, others)) {
-            if (others.empty())
-                target.erase(target.size() - 2, 1);
-            return true;
-        }
+void KOIOReader::ReadArray(std::string& prefix, std::vector<std::string>& values) {
+    Assert(More());
+    const std::string_view line = firstLine(std::string_view(bytes_).substr(at_));
+    at_ += line.size();
+    --remaining_;
+    std::string_view rest = withoutEnd(line);
+    std::size_t tab = rest.find('\t');
+    unescape(rest.substr(0, tab), prefix);
+    std::size_t count = 0;
+    for (; tab != std::string_view::npos; ++count) {
+        rest.remove_prefix(tab + 1);
+        tab = rest.find('\t');
+        if (count == values.size())
+            values.emplace_back();
+        unescape(rest.substr(0, tab), values[count]);
     }
-    target.resize(before);
-    return false;
+    values.resize(count);
+}
+
+bool KOIOWriter::WriteArray(const std::string& prefix, const std::vector<std::string>& values) {
+    const std::size_t before = target_.size();
+    bool sound = values.size() < MostArguments && escape(prefix, target_);
+    for (auto value = values.begin(); sound && value != values.end(); ++value) {
+        target_ += '\t';
+        sound = escape(*value, target_);
+    }
+    if (sound)
+        target_ += '\n';
+    else
+        target_.resize(before);
+    return sound;
 }
 
 } // namespace corvane

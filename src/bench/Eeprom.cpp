@@ -63,6 +63,7 @@ void EepromService::answerRead(const Request& request, Reply& reply) const {
 bool EepromService::packet(std::uint8_t channel, ByteView data, Time now, Reply& reply) {
     if (channel != ReadChannel && channel != WriteChannel)
         return false;
+    // A product queues what it can't do yet, so that requests are answered in their order.
     if (data.size() < 3 || requests_.size() >= RequestLimit)
         return true; // not understood, or no room: no answer
     Request request;
@@ -88,6 +89,7 @@ std::optional<Time> EepromService::nextTick() const {
 }
 
 void EepromService::answerNobody() {
+    // What is being written goes on: the cells do not know that whoever asked has gone.
     std::erase_if(requests_, [](const Request& request) { return !request.write; });
     for (Request& request : requests_)
         request.answered = false;

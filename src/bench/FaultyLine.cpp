@@ -88,6 +88,7 @@ void FaultyLine::sendFrame(Bytes frame, Time now) {
     } else {
         busyUntil_ = now;
     }
+    // A frame that is lost has taken its time on the wire, and counts.
     const bool muted = state_.muted();
     ++state_.frames;
     if (muted || happens(state_.faults.drop)) {
@@ -96,6 +97,7 @@ void FaultyLine::sendFrame(Bytes frame, Time now) {
     }
     if (frame.size() > 1 && happens(state_.faults.corrupt)) {
         watcher_(frame, "damaged");
+        // Not the mark at the end, or two frames would become one, and another fault.
         std::uniform_int_distribution<std::size_t> anyByte(0, frame.size() - 2);
         std::uniform_int_distribution<int> anyChange(1, 255);
         frame[anyByte(state_.random)] ^= static_cast<std::uint8_t>(anyChange(state_.random));

@@ -68,6 +68,7 @@ void LightPlayer::chooseTracks(Time now) {
             else if (state.track == Track::Off)
                 mayChange = !off;
         }
+        // From its beginning, as often as the stick comes back to it.
         if (wanted != state.track && mayChange)
             state = {wanted, now};
     }

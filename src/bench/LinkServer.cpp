@@ -45,6 +45,7 @@ LinkServer::LinkServer(VirtualLink& link, std::filesystem::path folder, std::str
     : link_(link), folder_(std::move(folder)), socketPath_(folder_ / (std::move(name) + ".link")) {
     sigset_t handled;
     sigemptyset(&handled);
+    // They come as something to read, so that one loop waits for all there is.
     for (const int signal : {SIGINT, SIGTERM, SIGUSR1})
         sigaddset(&handled, signal);
     ::sigprocmask(SIG_BLOCK, &handled, nullptr);
@@ -118,6 +119,7 @@ std::string LinkServer::plugIn() {
 void LinkServer::unplug() {
     if (listener_ < 0)
         return;
+    // The name goes after whoever listens, so that nobody connects to what is being taken away.
     ::close(listener_);
     listener_ = -1;
     if (!isInTheWay(socketPath_))
@@ -132,6 +134,7 @@ void LinkServer::run() {
         if (listener_ >= 0) {
             if (knocked_)
                 accept();
+            // What the computer sends is with the product before that takes its step.
             for (Connection& connection : connections_)
                 if (connection.readable)
                     receive(connection);
@@ -179,7 +182,7 @@ void LinkServer::accept() {
         if (connections_.size() < ConnectionLimit)
             connections_.emplace_back().descriptor = descriptor;
         else
-            ::close(descriptor);
+            ::close(descriptor); // left in the queue it would wake the loop for ever
     }
 }
 
@@ -202,6 +205,7 @@ void LinkServer::act(Connection& connection, const Message& message) {
         appendMessage(connection.waiting, 'I', packStrings(link_.strings()));
         break;
     case 'O':
+        // Like a device that another program has: whoever comes second is told by the end.
         connection.ended = opened() != nullptr && !connection.open;
         connection.open = !connection.ended;
         break;

@@ -11,16 +11,6 @@ namespace corvane::bench {
 
 namespace {
 
-struct Row {
-    std::string_view name;
-    std::uint8_t major;
-    std::uint8_t minor;
-};
-
-constexpr std::array products{
-    Row{"lumora-1.1", 1, 1}, Row{"lumora-1.2", 1, 2}, Row{"pactor-2.1", 2, 1},
-    Row{"pactor-3.1", 3, 1}, Row{"eeprom", 255, 1},   Row{"quillon", 100, 1},
-};
 constexpr std::string_view Blank = "blank";
 constexpr std::string_view Silent = "silent";
 
@@ -40,6 +30,50 @@ std::optional<Bench> withMemory(std::unique_ptr<Product> product, const Setup& s
     }
     return Bench{programmedLink, std::move(product)};
 }
+
+template<class Product>
+std::optional<Bench> make(const Identity& identity, const Setup& setup, std::string& error) {
+    if constexpr (std::is_constructible_v<Product, Identity, Time>)
+        return withMemory(std::make_unique<Product>(identity, setup.writeTime), setup, error);
+    else
+        return withMemory(std::make_unique<Product>(identity), setup, error);
+}
+
+std::optional<Bench> makeEeprom(const Identity& identity, const Setup& setup, std::string& error) {
+    const auto fault = EepromService::parse(setup.misbehaviour);
+    if (!fault) {
+        error = "'" + setup.misbehaviour + "' is nothing that an eeprom does wrong.";
+        return std::nullopt;
+    }
+    return withMemory(
+        std::make_unique<MemoryFirmware>(identity, setup.eepromSize, setup.writeTime, *fault),
+        setup, error);
+}
+
+std::optional<Bench> makeQuillon(const Identity& identity, const Setup& setup, std::string& error) {
+    const auto misbehaviour = QuillonFirmware::parse(setup.misbehaviour);
+    if (!misbehaviour) {
+        error = "'" + setup.misbehaviour + "' is nothing that a quillon does wrong.";
+        return std::nullopt;
+    }
+    return withMemory(std::make_unique<QuillonFirmware>(identity, *misbehaviour), setup, error);
+}
+
+struct Row {
+    std::string_view name;
+    std::uint8_t major;
+    std::uint8_t minor;
+    std::optional<Bench> (*make)(const Identity&, const Setup&, std::string& error);
+};
+
+constexpr std::array products{
+    Row{"lumora-1.1", 1, 1, make<OlderLumora>},
+    Row{"lumora-1.2", 1, 2, make<NewerLumora>},
+    Row{"pactor-2.1", 2, 1, make<PactorFirmware>},
+    Row{"pactor-3.1", 3, 1, make<PactorFirmware>},
+    Row{"eeprom", 255, 1, makeEeprom},
+    Row{"quillon", 100, 1, makeQuillon},
+};
 
 } // namespace
 
@@ -68,29 +102,7 @@ std::optional<Bench> makeBench(std::string_view product, const Setup& setup, std
         return std::nullopt;
     }
     const Identity identity{row->major, row->minor, setup.firmwareMajor, setup.firmwareMinor};
-    if (row->name == "lumora-1.1")
-        return withMemory(std::make_unique<OlderLumora>(identity), setup, error);
-    if (row->name == "lumora-1.2")
-        return withMemory(std::make_unique<NewerLumora>(identity, setup.writeTime), setup, error);
-    if (row->name.starts_with("pactor"))
-        return withMemory(std::make_unique<PactorFirmware>(identity, setup.writeTime), setup,
-                          error);
-    if (row->name == "eeprom") {
-        const auto fault = EepromService::parse(setup.misbehaviour);
-        if (!fault) {
-            error = "'" + setup.misbehaviour + "' is nothing that an eeprom does wrong.";
-            return std::nullopt;
-        }
-        return withMemory(
-            std::make_unique<MemoryFirmware>(identity, setup.eepromSize, setup.writeTime, *fault),
-            setup, error);
-    }
-    const auto misbehaviour = QuillonFirmware::parse(setup.misbehaviour);
-    if (!misbehaviour) {
-        error = "'" + setup.misbehaviour + "' is nothing that a quillon does wrong.";
-        return std::nullopt;
-    }
-    return withMemory(std::make_unique<QuillonFirmware>(identity, *misbehaviour), setup, error);
+    return row->make(identity, setup, error);
 }
 
 } // namespace corvane::bench

@@ -61,6 +61,7 @@ void QuillonFirmware::packet(std::uint8_t channel, ByteView data, Time, Reply& r
     std::optional<Bytes> bytes = answer(channel, data);
     if (!bytes)
         return;
+    // Kept before it is answered, and what is kept is sound: only the answer is spoilt.
     memory_.save();
     spoil(channel, *bytes);
     if (misbehaviour_.fault != Fault::Silent || misbehaviour_.silentChannel != channel)

@@ -33,6 +33,8 @@ void VirtualLink::fromComputer(ByteView bytes, Time now) {
 
 Bytes VirtualLink::run(Time now) {
     now_ = now;
+    // What has arrived first, then the clock: a repeat that is due at this moment is not due any
+    // more if its acknowledgement is there.
     const Bytes bytes = toProduct_.arrived(now);
     if (product_) {
         product_->received(bytes, now);
@@ -55,6 +57,7 @@ std::optional<Time> VirtualLink::nextEvent() const {
 }
 
 void VirtualLink::powerCycle() {
+    // What is on the wires is lost with the power of whoever sends or hears it.
     toProduct_.clear();
     toComputer_.clear();
     if (product_)

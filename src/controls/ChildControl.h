@@ -116,6 +116,7 @@ class Timer final : public ChildControl {
     Event<> Fired;
 
     [[nodiscard]] int Interval() const { return interval_; } ///< ms
+    void fire() const { Fired.raise(); }                     ///< The interval is over.
 
   private:
     int interval_;

@@ -98,6 +98,16 @@ class BusyPointer {
 
   private:
     friend class JobScope;
+    void changeJobs(int by) {
+        const bool ran = JobRuns();
+        jobs_ += by;
+        if (JobRuns() == ran)
+            return;
+        JobChanged.raise();
+        if (ran)
+            JobsOver.raise();
+    }
+
     int jobs_ = 0;
 };
 
@@ -105,22 +115,12 @@ class BusyPointer {
 /// and what a person does is thrown away; only questions of the job are answered.
 class JobScope {
   public:
-    explicit JobScope(BusyPointer& pointer) : pointer_(pointer) { change(1); }
-    ~JobScope() { change(-1); }
+    explicit JobScope(BusyPointer& pointer) : pointer_(pointer) { pointer_.changeJobs(1); }
+    ~JobScope() { pointer_.changeJobs(-1); }
     JobScope(const JobScope&) = delete;
     JobScope& operator=(const JobScope&) = delete;
 
   private:
-    void change(int by) {
-        const bool ran = pointer_.JobRuns();
-        pointer_.jobs_ += by;
-        if (pointer_.JobRuns() == ran)
-            return;
-        pointer_.JobChanged.raise();
-        if (ran)
-            pointer_.JobsOver.raise();
-    }
-
     BusyPointer& pointer_;
 };
 

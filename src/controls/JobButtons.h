@@ -13,21 +13,21 @@ namespace corvane {
 class JobButtons {
   public:
     /// The pointer must outlive it, as must the buttons.
-    explicit JobButtons(BusyPointer& pointer)
-        : pointer_(pointer), onJob_(pointer.JobChanged.connect([this] { hold(); })) {}
+    explicit JobButtons(BusyPointer& pointer) : pointer_(pointer) {
+        on_(pointer.JobChanged, [this] { hold(); });
+    }
 
     /// From now on a press of the button runs this job, if it may begin.
     template<class Job>
     void add(
         Button& button, Job job, std::function<bool()> mayBegin = [] { return true; }) {
         buttons_.push_back(&button);
-        presses_.push_back(
-            button.Click.connect([this, job = std::move(job), mayBegin = std::move(mayBegin)] {
-                if (!mayBegin())
-                    return;
-                const JobScope scope(pointer_);
-                job();
-            }));
+        on_(button.Click, [this, job = std::move(job), mayBegin = std::move(mayBegin)] {
+            if (!mayBegin())
+                return;
+            const JobScope scope(pointer_);
+            job();
+        });
     }
 
   private:
@@ -38,8 +38,7 @@ class JobButtons {
 
     BusyPointer& pointer_;
     std::vector<Button*> buttons_;
-    std::vector<Connection> presses_;
-    Connection onJob_;
+    Connections on_;
 };
 
 } // namespace corvane

@@ -13,19 +13,19 @@ constexpr const char* StickTip = "Position of the stick to try, 0 to 100 percent
 TripPointControl::TripPointControl() {
     setValue(0);
     TripPointValue.setToolTipText(TripPointTip);
-    connections_.push_back(TripPointSlider.Change.connect([this] {
+    on_(TripPointSlider.Change, [this] {
         setValue(Value());
         Change.raise();
-    }));
-    connections_.push_back(TripPointValue.Change.connect([this] {
+    });
+    on_(TripPointValue.Change, [this] {
         setValue(ReadInteger(TripPointValue.Text()));
         Change.raise();
-    }));
-    connections_.push_back(TripPointSlider.Validate.connect([this] { Commit.raise(); }));
-    connections_.push_back(TripPointValue.Validate.connect([this] {
+    });
+    on_(TripPointSlider.Validate, [this] { Commit.raise(); });
+    on_(TripPointValue.Validate, [this] {
         setValue(ReadInteger(TripPointValue.Text()));
         Commit.raise();
-    }));
+    });
 }
 
 void TripPointControl::setValue(int value) {

@@ -24,12 +24,11 @@ class TripPointControl final {
     Frame TripPointFrame;
     Label TripPointLabel{"Trip Point:"};
     TextBox TripPointValue;
-    Label TripPointPercentLabel{"%"};
     Slider TripPointSlider{0, 100}; ///< Upside down: its top end means 100.
 
   private:
     bool simulating_ = false;
-    std::vector<Connection> connections_;
+    Connections on_;
 };
 
 } // namespace corvane

@@ -60,12 +60,11 @@ void HyperlinkLabel::paintEvent(QPaintEvent*) {
 AboutWindow::AboutWindow(AboutForm& form, QWidget* parent) : QDialog(parent), form_(form) {
     setWindowTitle(QString::fromStdString(form.Title()));
     auto* logo = MakeLogo(form.Logo, 96, this);
-    auto* product = new QLabel(this);
+    auto* product = new QLabel(ProgramName, this);
     QFont large = font();
     large.setPointSizeF(large.pointSizeF() * 1.6);
     large.setBold(true);
     product->setFont(large);
-    Bind(product, form.ProductLabel);
     auto* version = new QLabel(this);
     Bind(version, form.VersionLabel);
     QLabel* news = MakeLabel(form.NewsLabel, this);

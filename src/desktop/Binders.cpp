@@ -44,6 +44,12 @@ void Follow(QObject* object, ChildControl& child, std::function<void()> follow) 
     On(object, child.Changed, std::move(follow));
 }
 
+void LetGo(QObject* object) {
+    for (QObject* part : object->findChildren<QObject*>())
+        if (auto* held = dynamic_cast<HeldConnection*>(part))
+            delete held;
+}
+
 void BindWidget(QWidget* widget, ChildControl& child) {
     Follow(widget, child, [widget, &child] {
         if (widget->isVisibleTo(widget->parentWidget()) != child.Visible())
@@ -101,6 +107,7 @@ void Bind(QAbstractButton* button, Button& child) {
     Follow(button, child,
            [button, &child] { button->setText(QString::fromStdString(child.Caption())); });
     QObject::connect(button, &QAbstractButton::clicked, button, [&child] {
+        // What was typed counts before the press, also where that leaves the focus in the box.
         CommitFocusedBox();
         child.press();
     });
@@ -110,7 +117,7 @@ void Bind(QObject* object, Timer& child) {
     auto* timer = new QTimer(object);
     QObject::connect(timer, &QTimer::timeout, object, [&child] {
         if (!InsideRepaint())
-            child.Fired.raise();
+            child.fire();
     });
     Follow(object, child, [timer, &child] {
         if (child.Enabled() && !timer->isActive())

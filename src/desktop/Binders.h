@@ -44,6 +44,9 @@ class HeldConnection : public QObject {
     Connection connection_;
 };
 
+/// Ends all connections that are held within the object, whose children are about to go.
+void LetGo(QObject* object);
+
 template<class... Args, class React>
 void On(QObject* object, Event<Args...>& event, React react) {
     new HeldConnection(object, event.connect(std::move(react)));

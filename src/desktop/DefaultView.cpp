@@ -17,10 +17,11 @@ DefaultView::DefaultView(DefaultControl& control, QWidget* parent) : QWidget(par
     auto* lumora = new PictureButton(control.LumoraPicture, "lumora", productSize, "Lumora", this);
     auto* dervan =
         new PictureButton(control.DervanPicture, "relay", productSize, "Dervan/Maltrex", this);
-    auto* please = new QLabel(this);
+    auto* please = new QLabel("Please plug in a supported Ortaline Works product, or choose one "
+                              "from below:",
+                              this);
     please->setWordWrap(true);
     please->setAlignment(Qt::AlignCenter);
-    Bind(please, control.PleaseLabel);
 
     auto* pictures = new QHBoxLayout;
     pictures->setSpacing(4 * Theme::Spacing);

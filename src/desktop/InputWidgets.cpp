@@ -38,6 +38,7 @@ Box::Box(TextBox& child, const QString& accessibleName, QWidget* parent) : Box(p
 void Box::bindTo(TextBox* child) {
     delete held_;
     child_ = child;
+    // What shows next is not typed, and belongs to another child.
     disconnect(this, &QLineEdit::textEdited, nullptr, nullptr);
     if (child == nullptr)
         return;
@@ -85,6 +86,7 @@ void Box::showTint() {
 
 bool Box::event(QEvent* event) {
     if (event->type() == QEvent::ShortcutOverride) {
+        // The box undoes what has been typed in it; where nothing has, the key is the document's.
         auto& key = dynamic_cast<QKeyEvent&>(*event);
         const bool undo = key.matches(QKeySequence::Undo) && !isUndoAvailable();
         if (undo || key.matches(QKeySequence::Redo) ||

@@ -56,6 +56,7 @@ void InstanceDoor::openNext() {
         return;
     if (personIsBusy())
         return later_.start(LookAgain);
+    // Opening may ask the person, and more files come in meanwhile.
     opening_ = true;
     {
         const InstanceChannel::Delivery delivery = std::move(waiting_.front());

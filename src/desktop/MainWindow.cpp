@@ -49,24 +49,21 @@ MainWindow::MainWindow(MainForm& form, LinkStatus& status)
     Bind(this, form.tmrTell);
     Bind(this, form.tmrJournals);
 
-    const auto on = [this](auto& event, auto react) {
-        connections_.push_back(event.connect(react));
-    };
-    on(form.TitleChanged, [this] {
+    on_(form.TitleChanged, [this] {
         // In a title "[*]" stands for a mark of its own, and "[*][*]" for the characters.
         setWindowTitle(QString::fromStdString(form_.Title()).replace("[*]", "[*][*]"));
     });
-    on(form.ControlLeaving, [this] { dropView(); });
-    on(form.ControlChanged, [this] { showControl(); });
-    on(form.LayoutChanged, [this] { place(); });
-    on(form.ClientSizeWanted, [this](TwipSize size) { takeSize(size); });
-    on(form.Ending, [this] { hide(); });
-    on(form.Closed, [this] { close(); });
-    on(form.about.Shown, [this] { showAbout(); });
-    on(form.debugForm.Shown, [this] { showLog(); });
+    on_(form.ControlLeaving, [this] { dropView(); });
+    on_(form.ControlChanged, [this] { showControl(); });
+    on_(form.LayoutChanged, [this] { place(); });
+    on_(form.ClientSizeWanted, [this](TwipSize size) { takeSize(size); });
+    on_(form.Ending, [this] { hide(); });
+    on_(form.Closed, [this] { close(); });
+    on_(form.about.Shown, [this] { showAbout(); });
+    on_(form.debugForm.Shown, [this] { showLog(); });
     if (form.debugForm.open())
         showLog();
-    on(status.Changed, [this, &status] { showStatus(status); });
+    on_(status.Changed, [this, &status] { showStatus(status); });
     showStatus(status);
     takeSize({11010, 7770});
     if (form.control() != nullptr)
@@ -123,6 +120,7 @@ bool MainWindow::eventFilter(QObject* watched, QEvent* event) {
 void MainWindow::showControl() {
     view_ = MakeView(*form_.control(), area_);
     view_->installEventFilter(this);
+    // In its place before it shows, or it would be seen to jump.
     place();
     view_->show();
     if (QWidget* first = view_->focusWidget())
@@ -136,9 +134,7 @@ void MainWindow::dropView() {
     QWidget* leaving = view_;
     view_ = nullptr;
     leaving->hide();
-    for (QObject* child : leaving->findChildren<QObject*>())
-        if (auto* held = dynamic_cast<HeldConnection*>(child))
-            delete held;
+    LetGo(leaving);
     leaving->disconnect();
     leaving->deleteLater();
 }
@@ -151,16 +147,14 @@ void MainWindow::setBand(SoftwareUpdateBand& band) {
 
 void MainWindow::setUpdateStatus(UpdateStatusForm& status) {
     form_.menu.mnuHelpCheckForUpdatesNow.setEnabled(status.HasUpdates());
-    connections_.push_back(
-        form_.menu.mnuHelpCheckForUpdatesNow.Click.connect([&status] { status.show(); }));
-    connections_.push_back(
-        form_.about.Shown.connect([this, &status] { form_.about.setNews(status.News()); }));
-    connections_.push_back(form_.Closed.connect([&status] { status.close(); }));
-    connections_.push_back(status.Shown.connect([this, &status] {
+    on_(form_.menu.mnuHelpCheckForUpdatesNow.Click, [&status] { status.show(); });
+    on_(form_.about.Shown, [this, &status] { form_.about.setNews(status.News()); });
+    on_(form_.Closed, [&status] { status.close(); });
+    on_(status.Shown, [this, &status] {
         auto* window = new UpdateStatusWindow(status, this);
         window->setAttribute(Qt::WA_DeleteOnClose);
         window->show();
-    }));
+    });
 }
 
 void MainWindow::place() {

@@ -58,7 +58,7 @@ class MainWindow final : public QMainWindow {
     QPointer<UpdateBandView> band_;
     int grown_ = 0; // pixels, by which the window has grown for what it shows
     QPointer<QWidget> log_;
-    std::vector<Connection> connections_;
+    Connections on_;
 };
 
 } // namespace corvane

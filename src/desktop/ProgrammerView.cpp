@@ -14,7 +14,7 @@ namespace corvane {
 ProgrammerView::ProgrammerView(ProgrammerControl& control, QWidget* parent) : QWidget(parent) {
     constexpr int logoSize = 112;
     auto* logo = MakeLogo(control.Logo, logoSize, this);
-    QLabel* title = MakeLabel(control.Label1, this);
+    auto* title = new QLabel("Corvane Programmer", this);
     QFont large = font();
     large.setPointSizeF(large.pointSizeF() * 1.6);
     title->setFont(large);

@@ -61,17 +61,19 @@ class UsualPointer {
 
 } // namespace
 
-QtDialogs::QtDialogs()
-    : onJob_(JobChanged.connect([this] {
-          if (JobRuns())
-              focused_ = QApplication::focusWidget();
-      })),
-      onJobsOver_(JobsOver.connect([this] {
-          ThrowInputAway();
-          if (focused_ != nullptr && focused_->isEnabled() && focused_->isVisible())
-              focused_->setFocus();
-          focused_ = nullptr;
-      })) {}
+QtDialogs::QtDialogs() {
+    on_(JobChanged, [this] {
+        if (JobRuns())
+            focused_ = QApplication::focusWidget();
+    });
+    on_(JobsOver, [this] {
+        // First what was pressed meanwhile goes, or whoever gets the focus back would take it.
+        ThrowInputAway();
+        if (focused_ != nullptr && focused_->isEnabled() && focused_->isVisible())
+            focused_->setFocus();
+        focused_ = nullptr;
+    });
+}
 
 QString ToolkitFilter(const std::string& filter) {
     const QStringList parts = QString::fromStdString(filter).split('|');
@@ -86,6 +88,7 @@ QString ToolkitFilter(const std::string& filter) {
 
 Answer QtDialogs::Message(const MessageBox& box) {
     const UsualPointer pointer(*this);
+    // Plain, since names of files stand in it, which may look like marks of a format.
     QMessageBox message(iconOf(box.icon), QString::fromStdString(box.title),
                         QString::fromStdString(box.text).replace("\r\n", "\n"),
                         buttonsOf(box.buttons), parent());
@@ -122,7 +125,7 @@ std::optional<std::string> QtDialogs::SaveFile(const std::string& filter,
     const UsualPointer pointer(*this);
     QFileDialog dialog(parent(), "Save As", folder_, ToolkitFilter(filter));
     dialog.setAcceptMode(QFileDialog::AcceptSave);
-    dialog.setOption(QFileDialog::DontConfirmOverwrite);
+    dialog.setOption(QFileDialog::DontConfirmOverwrite); // the history asks, in its own words
     if (!initialName.empty())
         dialog.selectFile(QString::fromStdString(initialName));
     return dialog.exec() == QDialog::Accepted ? chosen(dialog.selectedFiles().value(0))
@@ -171,6 +174,7 @@ void QtDialogs::set(bool busy) {
 }
 
 QWidget* QtDialogs::parent() const {
+    // A dialog over a dialog belongs to that, or it would come to lie behind it.
     QWidget* active = QApplication::activeWindow();
     return active == nullptr ? parent_ : active;
 }

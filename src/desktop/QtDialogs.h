@@ -41,8 +41,7 @@ class QtDialogs final : public Dialogs, public BusyPointer {
     QString folder_;
     bool busy_ = false;
     QPointer<QWidget> focused_; // when the job began
-    Connection onJob_;
-    Connection onJobsOver_;
+    Connections on_;
 };
 
 /// "Name (*.x)|*.x|Other|*.y" in the form that the toolkit takes.

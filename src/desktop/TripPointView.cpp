@@ -21,8 +21,7 @@ TripPointView::TripPointView(TripPointControl& control, QWidget* parent) : QWidg
     auto* value = new Box(control.TripPointValue, {}, this);
     value->setAlignment(Qt::AlignRight);
     value->setFixedWidth(value->fontMetrics().horizontalAdvance("0000") + 2 * Theme::Spacing);
-    auto* percent = new QLabel(this);
-    Bind(percent, control.TripPointPercentLabel);
+    auto* percent = new QLabel("%", this);
     Follow(this, control.TripPointLabel, [label, slider, value] {
         const QString name = label->text().chopped(1);
         slider->setAccessibleName(name);

@@ -7,21 +7,34 @@
 #include "desktop/pwm/QuillonView.h"
 #include "desktop/relay/PactorView.h"
 
+#include <array>
+
 namespace corvane {
 
+namespace {
+
+/// Nothing for a control that it is not the view of.
+template<class Control, class View>
+QWidget* makeIfOf(ProductControl& control, QWidget* parent) {
+    auto* own = dynamic_cast<Control*>(&control);
+    return own == nullptr ? nullptr : new View(*own, parent);
+}
+
+constexpr std::array table{
+    makeIfOf<LumoraControl, LumoraView>,
+    makeIfOf<PactorControl, PactorView>,
+    makeIfOf<EEPROMEditorControl, EEPROMEditorView>,
+    makeIfOf<QuillonControl, QuillonView>,
+    makeIfOf<ProgrammerControl, ProgrammerView>,
+    makeIfOf<DefaultControl, DefaultView>,
+};
+
+} // namespace
+
 QWidget* MakeView(ProductControl& control, QWidget* parent) {
-    if (auto* start = dynamic_cast<DefaultControl*>(&control))
-        return new DefaultView(*start, parent);
-    if (auto* programmer = dynamic_cast<ProgrammerControl*>(&control))
-        return new ProgrammerView(*programmer, parent);
-    if (auto* light = dynamic_cast<LumoraControl*>(&control))
-        return new LumoraView(*light, parent);
-    if (auto* relay = dynamic_cast<PactorControl*>(&control))
-        return new PactorView(*relay, parent);
-    if (auto* eeprom = dynamic_cast<EEPROMEditorControl*>(&control))
-        return new EEPROMEditorView(*eeprom, parent);
-    if (auto* pwm = dynamic_cast<QuillonControl*>(&control))
-        return new QuillonView(*pwm, parent);
+    for (auto* make : table)
+        if (QWidget* view = make(control, parent))
+            return view;
     return new QWidget(parent);
 }
 

@@ -19,13 +19,10 @@ std::vector<std::string> names() {
 
 BinHexTextBox::BinHexTextBox() : cmbDataType(names()) {
     cmbDataType.setText(DataType());
-    const auto on = [this](auto& event, auto react) {
-        connections_.push_back(event.connect(react));
-    };
-    on(txtData.Change, [this] { recolor(); });
-    on(txtData.Validate, [this] { commitText(); });
-    on(cmbDataType.Click, [this] { setDataType(cmbDataType.Text()); });
-    on(cmbDataType.Validate, [this] {
+    on_(txtData.Change, [this] { recolor(); });
+    on_(txtData.Validate, [this] { commitText(); });
+    on_(cmbDataType.Click, [this] { setDataType(cmbDataType.Text()); });
+    on_(cmbDataType.Validate, [this] {
         const std::string chosen = cmbDataType.Text();
         DataTypeChanged.raise(chosen);
         setDataType(chosen);

@@ -35,7 +35,7 @@ class BinHexTextBox {
 
     const IBinHexTextBoxConverter* converter_ = FindConverter({});
     ByteString data_;
-    std::vector<Connection> connections_;
+    Connections on_;
 };
 
 } // namespace corvane

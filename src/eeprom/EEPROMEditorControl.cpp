@@ -4,43 +4,35 @@
 #include "eeprom/EntryArrangement.h"
 
 #include <algorithm>
+#include <functional>
 
 namespace corvane {
 
 EEPROMEditorControl::EEPROMEditorControl(const Workplace& place)
-    : document({place.dialogs, place.pointer, place.text, place.journals}), place_(place) {
+    : document({place.dialogs, place.pointer, place.files, place.journals}), place_(place) {
     place.link.setMaintainConnection(false);
     NewVariableButton.setToolTipText("Add a variable behind all others");
     ReadSettingsButton.setToolTipText("Read the values of all variables from the product");
     ProgramButton.setToolTipText("Write the values of all variables into the product");
     VScroll.setVisible(false);
     connectDocument();
-    const auto on = [this](auto& event, auto react) {
-        connections_.push_back(event.connect(react));
-    };
-    on(messenger_.MessageReceived,
-       [this](std::string_view message, const void* sender, const MessageValue& value) {
-           heard(message, sender, value);
-       });
-    on(NewVariableButton.Click, [this] { newVariable(); });
+    connectRequests();
+    on_(NewVariableButton.Click, [this] { newVariable(); });
     jobs_.add(ReadSettingsButton, [this] { ReadSettings(); });
     jobs_.add(
         ProgramButton, [this] { Program(); }, [this] { return valuesAreSound(); });
 }
 
 void EEPROMEditorControl::connectDocument() {
-    const auto on = [this](auto& event, auto react) {
-        connections_.push_back(event.connect(react));
-    };
-    on(document.EntryAdded, [this](int index) { addEntry(index); });
-    on(document.EntryRemoved, [this](int index) { removeEntry(index); });
-    on(document.EntryChanged,
-       [this](int index, std::string_view propertyName) { showEntry(index, propertyName); });
+    on_(document.EntryAdded, [this](int index) { addEntry(index); });
+    on_(document.EntryRemoved, [this](int index) { removeEntry(index); });
+    on_(document.EntryChanged,
+        [this](int index, std::string_view propertyName) { showEntry(index, propertyName); });
     History& history = document.HistoryObject();
-    on(history.Changed, [this] { status_.clear(); });
-    on(history.ResettingToDefaults, [this] { status_.clear(); });
-    on(history.Freezing, [this] { frozen_ = true; });
-    on(history.Unfreezing, [this](bool withoutRepaint) {
+    on_(history.Changed, [this] { status_.clear(); });
+    on_(history.ResettingToDefaults, [this] { status_.clear(); });
+    on_(history.Freezing, [this] { frozen_ = true; });
+    on_(history.Unfreezing, [this](bool withoutRepaint) {
         frozen_ = false;
         if (!withoutRepaint && arrangementDue_)
             rearrange();
@@ -51,8 +43,8 @@ EEPROMEntry& EEPROMEditorControl::Entry(int index) {
     Assert(index >= 1 && index <= EntryCount());
     Slot& slot = slots_[static_cast<std::size_t>(index) - 1];
     if (slot.entry == nullptr) {
-        slot.entry = std::make_unique<EEPROMEntry>("EEPROMEntryID" + std::to_string(slot.id));
-        slot.entry->setMessenger(messenger_);
+        slot.entry =
+            std::make_unique<EEPROMEntry>("EEPROMEntryID" + std::to_string(slot.id), requests_);
         slot.entry->Initialize(document.entry(index));
         slot.entry->setAddressConflicts(slot.conflicts);
     }
@@ -64,20 +56,21 @@ EEPROMEntry* EEPROMEditorControl::EntryIfMade(int index) const {
     return slots_[static_cast<std::size_t>(index) - 1].entry.get();
 }
 
-int EEPROMEditorControl::indexOf(const void* entry) const {
-    const auto place = std::find_if(slots_.begin(), slots_.end(), [entry](const Slot& slot) {
-        return slot.entry.get() == entry;
+int EEPROMEditorControl::indexOf(const EEPROMEntry& entry) const {
+    const auto place = std::find_if(slots_.begin(), slots_.end(), [&entry](const Slot& slot) {
+        return slot.entry.get() == &entry;
     });
     Assert(place != slots_.end());
     return static_cast<int>(std::distance(slots_.begin(), place)) + 1;
 }
 
 int EEPROMEditorControl::rowOf(const EEPROMEntry& entry) const {
-    const auto row = std::find(rows_.begin(), rows_.end(), indexOf(&entry));
+    const auto row = std::find(rows_.begin(), rows_.end(), indexOf(entry));
     return row == rows_.end() ? -1 : static_cast<int>(row - rows_.begin());
 }
 
 void EEPROMEditorControl::addEntry(int index) {
+    // The row is made when someone looks at it: of thousands few are ever seen.
     slots_.insert(static_cast<std::size_t>(index) - 1, Slot{++lastId_, false, nullptr});
     rows_.clear();
     arrangementChanged();
@@ -86,9 +79,9 @@ void EEPROMEditorControl::addEntry(int index) {
 void EEPROMEditorControl::removeEntry(int index) {
     const std::unique_ptr<EEPROMEntry> leaving =
         slots_.take(static_cast<std::size_t>(index) - 1).entry;
-    rows_.clear();
+    rows_.clear(); // its indices are those of before
     if (leaving != nullptr)
-        EntryLeaving.raise(*leaving);
+        EntryLeaving.raise(*leaving); // a view lets go of the row while it is still there
     arrangementChanged();
 }
 
@@ -106,6 +99,7 @@ void EEPROMEditorControl::showEntry(int index, std::string_view propertyName) {
         else
             entry->setDataValue(variable.DataValue);
     }
+    // A comment is the name by which another variable's conflict speaks of this one.
     const bool named = propertyName == KOEEPROMDocument::Comments &&
                        slots_[static_cast<std::size_t>(index) - 1].conflicts;
     if (named || propertyName == KOEEPROMDocument::Address ||
@@ -166,21 +160,20 @@ void EEPROMEditorControl::scrollTo(const EEPROMEntry& entry) {
 
 // What the person wants
 
-void EEPROMEditorControl::heard(std::string_view message, const void* sender,
-                                const MessageValue& value) {
-    const int index = indexOf(sender);
-    if (message == "AddressChanged")
-        document.record(index, KOEEPROMDocument::Address, std::to_string(std::get<int>(value)));
-    else if (message == "LengthChanged")
-        document.record(index, KOEEPROMDocument::Length, std::to_string(std::get<int>(value)));
-    else if (message == "CommentsChanged")
-        document.record(index, KOEEPROMDocument::Comments, std::get<std::string>(value));
-    else if (message == "DataTypeChanged")
-        document.record(index, KOEEPROMDocument::DataType, std::get<std::string>(value));
-    else if (message == "DataValueChanged")
-        document.record(index, KOEEPROMDocument::DataValue, HexText(std::get<ByteString>(value)));
-    else if (message == "Removing")
-        document.recordRemoving(index);
+void EEPROMEditorControl::connectRequests() {
+    const auto records = [this](auto& request, std::string_view propertyName, auto asText) {
+        on_(request, [this, propertyName, asText](const EEPROMEntry& entry, const auto& value) {
+            document.record(indexOf(entry), propertyName, asText(value));
+        });
+    };
+    const auto number = [](int value) { return std::to_string(value); };
+    records(requests_.AddressChanged, KOEEPROMDocument::Address, number);
+    records(requests_.LengthChanged, KOEEPROMDocument::Length, number);
+    records(requests_.CommentsChanged, KOEEPROMDocument::Comments, std::identity());
+    records(requests_.DataTypeChanged, KOEEPROMDocument::DataType, std::identity());
+    records(requests_.DataValueChanged, KOEEPROMDocument::DataValue, HexText);
+    on_(requests_.Removing,
+        [this](const EEPROMEntry& entry) { document.recordRemoving(indexOf(entry)); });
 }
 
 void EEPROMEditorControl::newVariable() {

@@ -59,9 +59,6 @@ class EEPROMEditorControl final : public ProductControl {
     KOEEPROMDocument document;
 
     TabStrip tabs{{{"Settings", {}}}};
-    std::array<Label, 4> Titles{Label("Address"), Label("Length"), Label("Comments"),
-                                Label("Value")};
-    Frame EntriesPictureInner;
     ScrollBar VScroll;
     Button NewVariableButton{"New Variable"};
     Button ReadSettingsButton{"Read Settings"};
@@ -74,7 +71,8 @@ class EEPROMEditorControl final : public ProductControl {
 
   private:
     void connectDocument();
-    [[nodiscard]] int indexOf(const void* entry) const;
+    void connectRequests();
+    [[nodiscard]] int indexOf(const EEPROMEntry& entry) const;
     void addEntry(int index);
     void removeEntry(int index);
     void showEntry(int index, std::string_view propertyName);
@@ -83,7 +81,6 @@ class EEPROMEditorControl final : public ProductControl {
     void updateScrolling();
     void nameOverlaps();
     [[nodiscard]] bool valuesAreSound();
-    void heard(std::string_view message, const void* sender, const MessageValue& value);
     void newVariable();
 
     struct RunWords;
@@ -97,7 +94,7 @@ class EEPROMEditorControl final : public ProductControl {
     Workplace place_;
     StatusLine status_{ProgrammingLabel, place_.dialogs, place_.pointer};
     JobButtons jobs_{place_.pointer};
-    Messenger messenger_;
+    EEPROMRequests requests_;
     struct Slot {
         int id;
         bool conflicts = false;
@@ -111,7 +108,7 @@ class EEPROMEditorControl final : public ProductControl {
     TwipSize area_;
     int scrollBarWidth_ = 0;
     bool running_ = false; // a job
-    std::vector<Connection> connections_;
+    Connections on_;
 };
 
 } // namespace corvane

@@ -9,7 +9,6 @@ namespace corvane {
 
 namespace {
 
-constexpr const char* ControlClass = "Corvane.EEPROMEditorControl";
 constexpr const char* FriendlyName = "microcontroller";
 constexpr int AddressSpace = 65536; // bytes; what lies behind would come round to its beginning
 constexpr int LongestPiece = GenericEEPROMProgrammer::MaxRead;
@@ -42,8 +41,8 @@ JobOutcome EEPROMEditorControl::run(const RunWords& words, bool writes, Job job)
     const BusyScope busy(place_.pointer);
     GenericEEPROMProgrammer programmer(place_);
     JobOutcome outcome;
-    if (!programmer.Connect(ControlClass, FriendlyName, true))
-        outcome = programmer.failure();
+    if (!programmer.Connect(ControlClass::EEPROMEditor, FriendlyName, true))
+        outcome = programmer.outcome();
     else if (writes)
         outcome = mayWrite();
     if (outcome.done()) {
@@ -73,7 +72,7 @@ JobOutcome EEPROMEditorControl::run(const RunWords& words, bool writes, Job job)
 
 JobOutcome EEPROMEditorControl::mayWrite() {
     const AttachedProduct& product = place_.link.Product();
-    if (product.profile == nullptr || product.isOf(ControlClass))
+    if (product.profile == nullptr || product.isOf(ControlClass::EEPROMEditor))
         return {};
     const std::string name = product.name();
     const Answer answer = askWithin(

@@ -17,24 +17,24 @@ int limited(int number) {
 
 } // namespace
 
-EEPROMEntry::EEPROMEntry(std::string name) : name_(std::move(name)) {
+EEPROMEntry::EEPROMEntry(std::string name, const EEPROMRequests& requests)
+    : name_(std::move(name)), requests_(requests) {
     txtAddress.setText(std::to_string(address_));
     txtLength.setText(std::to_string(length_));
     showMarks();
     txtComments.setToolTipText("What the variable is for");
     ctlContents.cmbDataType.setToolTipText("The form in which the value is shown and typed");
     RemoveButton.setToolTipText("Remove this variable from the list");
-    const auto on = [this](auto& event, auto react) {
-        connections_.push_back(event.connect(react));
-    };
-    on(txtAddress.Validate, [this] { validateNumber(address_, txtAddress, "AddressChanged"); });
-    on(txtLength.Validate, [this] { validateNumber(length_, txtLength, "LengthChanged"); });
-    on(txtComments.Validate, [this] { validateComments(); });
-    on(ctlContents.DataValueChanged,
-       [this](const ByteString& bytes) { send("DataValueChanged", bytes); });
-    on(ctlContents.DataTypeChanged,
-       [this](const std::string& type) { send("DataTypeChanged", type); });
-    on(RemoveButton.Click, [this] { send("Removing", {}); });
+    on_(txtAddress.Validate,
+        [this] { validateNumber(address_, txtAddress, requests_.AddressChanged); });
+    on_(txtLength.Validate,
+        [this] { validateNumber(length_, txtLength, requests_.LengthChanged); });
+    on_(txtComments.Validate, [this] { validateComments(); });
+    on_(ctlContents.DataValueChanged,
+        [this](const ByteString& bytes) { requests_.DataValueChanged(*this, bytes); });
+    on_(ctlContents.DataTypeChanged,
+        [this](const std::string& type) { requests_.DataTypeChanged(*this, type); });
+    on_(RemoveButton.Click, [this] { requests_.Removing(*this); });
 }
 
 void EEPROMEntry::Initialize(const EEPROMVariable& variable) {
@@ -74,10 +74,12 @@ void EEPROMEntry::setNumber(int& member, TextBox& box, int value) {
     box.setText(std::to_string(member));
 }
 
-void EEPROMEntry::validateNumber(int& member, TextBox& box, std::string_view message) {
+void EEPROMEntry::validateNumber(int& member, TextBox& box,
+                                 const Request<const EEPROMEntry&, int>& request) {
     const int typed = limited(ReadInteger(box.Text()));
     if (typed != member) {
-        send(message, typed); // before, since the change takes its old value from what is there
+        // Before, since the change takes its old value from what is there.
+        request(*this, typed);
         member = typed;
         showMarks();
     }
@@ -87,15 +89,10 @@ void EEPROMEntry::validateNumber(int& member, TextBox& box, std::string_view mes
 void EEPROMEntry::validateComments() {
     const std::string typed = txtComments.Text();
     if (typed != comments_) {
-        send("CommentsChanged", typed);
+        requests_.CommentsChanged(*this, typed);
         comments_ = typed;
     }
     txtComments.setText(comments_);
-}
-
-void EEPROMEntry::send(std::string_view message, MessageValue value) const {
-    if (messenger_ != nullptr)
-        messenger_->Notify(message, this, value);
 }
 
 } // namespace corvane

@@ -1,22 +1,30 @@
 #pragma once
 
-#include "base/Messenger.h"
 #include "eeprom/BinHexTextBox.h"
 #include "eeprom/KOEEPROMDocument.h"
 
 namespace corvane {
 
-/// A row of the EEPROM editor: shows a variable, and tells in messages what the person wants to
-/// become of it. The messages are "AddressChanged", "LengthChanged", "CommentsChanged",
-/// "DataValueChanged", "DataTypeChanged", each with the new value, and "Removing".
+class EEPROMEntry;
+
+/// What a person wants to become of a variable: reported by its row, with the new value.
+struct EEPROMRequests {
+    Request<const EEPROMEntry&, int> AddressChanged;
+    Request<const EEPROMEntry&, int> LengthChanged;
+    Request<const EEPROMEntry&, const std::string&> CommentsChanged;
+    Request<const EEPROMEntry&, const ByteString&> DataValueChanged;
+    Request<const EEPROMEntry&, const std::string&> DataTypeChanged;
+    Request<const EEPROMEntry&> Removing;
+};
+
+/// A row of the EEPROM editor: shows a variable, and requests what the person wants.
 class EEPROMEntry {
   public:
-    explicit EEPROMEntry(std::string name);
+    /// The requests must outlive the row.
+    EEPROMEntry(std::string name, const EEPROMRequests& requests);
 
     /// Name of the row, of which there is never another.
     [[nodiscard]] const std::string& Name() const { return name_; }
-    /// Set once; it must outlive the row.
-    void setMessenger(const corvane::Messenger& messenger) { messenger_ = &messenger; }
     void Initialize(const EEPROMVariable& variable);
 
     [[nodiscard]] int Address() const { return address_; }
@@ -55,19 +63,18 @@ class EEPROMEntry {
 
   private:
     static void setNumber(int& member, TextBox& box, int value);
-    void validateNumber(int& member, TextBox& box, std::string_view message);
+    void validateNumber(int& member, TextBox& box, const Request<const EEPROMEntry&, int>& request);
     void validateComments();
     void showMarks();
-    void send(std::string_view message, MessageValue value) const;
 
     std::string name_;
-    const corvane::Messenger* messenger_ = nullptr;
+    const EEPROMRequests& requests_;
     int address_ = 0;
     int length_ = 1;
     std::string comments_;
     bool conflicts_ = false;
     std::optional<std::pair<bool, bool>> marks_; // that show: conflict, beyond the end
-    std::vector<Connection> connections_;
+    Connections on_;
 };
 
 } // namespace corvane

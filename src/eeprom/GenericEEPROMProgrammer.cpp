@@ -25,20 +25,6 @@ void appendAddress(KOBuffer& buffer, int address) {
 
 } // namespace
 
-GenericEEPROMProgrammer::GenericEEPROMProgrammer(const Workplace& place)
-    : with_(place), onPacket_(place.link.PacketReceived.connect([this](const KOPacket& packet) {
-          ProcessPacket(packet);
-      })) {}
-
-bool GenericEEPROMProgrammer::Connect(const std::string& className, const std::string& friendlyName,
-                                      bool anyDevice) {
-    if (!with_.link.IsConnected())
-        return fail(NoLinkOpen(with_.link));
-    JobOutcome reached = ReachProduct(with_, className, anyDevice);
-    reached.text = "Unable to connect to the " + friendlyName + ".";
-    return reached.done() || fail(std::move(reached));
-}
-
 void GenericEEPROMProgrammer::ProcessPacket(const KOPacket& packet) {
     if (packet.Channel() == ReadReplyChannel)
         reply_ = packet.buffer().Clone();
@@ -61,7 +47,7 @@ bool GenericEEPROMProgrammer::ReadEEPROM(int Address, int Length, KOBuffer& buff
     static_cast<void>(request.Send()); // one that is not accepted is not answered
     Reading.raise(0, Length);
     if (!WaitForReply())
-        return fail({JobOutcome::Reason::Failed, "Read timed out.", NoReplyCure(with_.link)});
+        return fail("Read timed out.", NoReplyCure(with_.link));
     Reading.raise(Length, Length);
     buffer = std::exchange(reply_, {});
     return true;
@@ -75,10 +61,9 @@ bool GenericEEPROMProgrammer::ReadExactly(int Address, int Length, KOBuffer& buf
     const auto number = [](int count, const char* one, const char* many) {
         return std::to_string(count) + (count == 1 ? one : many);
     };
-    return fail({JobOutcome::Reason::Failed,
-                 "The product sent " + number(buffer.Length(), " byte", " bytes") + " where " +
-                     number(Length, " was", " were") + " asked for.",
-                 "Nothing of it was taken over. Try again."});
+    return fail("The product sent " + number(buffer.Length(), " byte", " bytes") + " where " +
+                    number(Length, " was", " were") + " asked for.",
+                "Nothing of it was taken over. Try again.");
 }
 
 bool GenericEEPROMProgrammer::WriteEEPROM(int Address, const KOBuffer& buffer) {
@@ -90,6 +75,7 @@ bool GenericEEPROMProgrammer::WriteEEPROM(int Address, const KOBuffer& buffer) {
             return fail("Write timed out.\r\n\r\nIf this problem occurs often, try connecting "
                         "through a powered USB hub.");
     Writing.raise(offset, buffer.Length());
+    // A reply says that a piece was taken, not that it was kept.
     KOBuffer readBack;
     const auto couldNotRead = "Couldn't read back the EEPROM to verify it.";
     const bool replyMissing = overdue_ > 0;
@@ -142,13 +128,8 @@ bool GenericEEPROMProgrammer::WriteChunkWithRetries(int Address, const KOBuffer&
 }
 
 bool GenericEEPROMProgrammer::WaitForReply() {
-    const std::uint32_t start = with_.clock.now();
     waiting_ = true;
-    while (waiting_ && TimeDiff(with_.clock.now(), start) < ReplyWithin && with_.link.ready()) {
-        with_.link.Update();
-        if (waiting_)
-            with_.pause.pause();
-    }
+    await(ReplyWithin, [this] { return !waiting_; });
     if (!std::exchange(waiting_, false))
         return true;
     ++overdue_;
@@ -156,25 +137,8 @@ bool GenericEEPROMProgrammer::WaitForReply() {
 }
 
 void GenericEEPROMProgrammer::AwaitLateReply() {
-    const std::uint32_t start = with_.clock.now();
-    while (overdue_ > 0 && TimeDiff(with_.clock.now(), start) < ReplyWithin && with_.link.ready()) {
-        with_.link.Update();
-        if (overdue_ > 0)
-            with_.pause.pause();
-    }
+    await(ReplyWithin, [this] { return overdue_ <= 0; });
     overdue_ = 0;
-}
-
-bool GenericEEPROMProgrammer::fail(JobOutcome outcome) {
-    failure_ = std::move(outcome);
-    failure_.told = true;
-    with_.pointer.set(false);
-    with_.dialogs.ShowError(failure_.inWords());
-    return false;
-}
-
-bool GenericEEPROMProgrammer::fail(const std::string& text) {
-    return fail({JobOutcome::Reason::Failed, text, {}});
 }
 
 void GenericEEPROMProgrammer::sleep() const {

@@ -1,30 +1,24 @@
 #pragma once
 
-#include "link/ProductReach.h"
+#include "link/ProductJob.h"
 
 namespace corvane {
 
 /// Reads and writes the EEPROM of whatever product hangs on the link. Every operation blocks until
 /// it is done, keeps the link running meanwhile, shows its own message if it fails, and puts the
-/// busy pointer back before that. Lives for one job, and hears the link's packets itself.
-class GenericEEPROMProgrammer {
+/// busy pointer back before that. Lives for one job.
+class GenericEEPROMProgrammer final : public ProductJob {
   public:
     static constexpr int MaxRead = 255; ///< Bytes of one read, and so of one verified write.
 
-    explicit GenericEEPROMProgrammer(const Workplace& place);
-    GenericEEPROMProgrammer(const GenericEEPROMProgrammer&) = delete;
-    GenericEEPROMProgrammer& operator=(const GenericEEPROMProgrammer&) = delete;
+    explicit GenericEEPROMProgrammer(const Workplace& place) : ProductJob(place) {}
 
     Event<int, int> Reading; ///< Bytes so far, and in all.
     Event<int, int> Writing;
 
-    /// `friendlyName` is what the failure message calls the product.
-    [[nodiscard]] bool Connect(const std::string& className, const std::string& friendlyName,
-                               bool anyDevice);
+    using ProductJob::Connect;
     /// Returns when the link has let go.
     void Disconnect(bool pleaseReset) { with_.link.DisconnectAndBlock(pleaseReset); }
-    /// Every packet of the link comes here.
-    void ProcessPacket(const KOPacket& packet);
 
     /// Replaces `buffer` by the bytes read, as many as the product sent. `Address` has 16 bits,
     /// `Length` is at most `MaxRead`.
@@ -37,9 +31,6 @@ class GenericEEPROMProgrammer {
     /// not taken for the reply to the next request.
     void AwaitLateReply();
 
-    /// Why the last operation that failed did so. The person has been told.
-    [[nodiscard]] const JobOutcome& failure() const { return failure_; }
-
     /// Size of the receive buffer of the product's controller, 5 bytes or more.
     [[nodiscard]] int UCBufferSize() const { return chunkPayload_ + PacketOverhead; }
     void setUCBufferSize(int bytes) { chunkPayload_ = bytes - PacketOverhead; }
@@ -47,21 +38,17 @@ class GenericEEPROMProgrammer {
   private:
     static constexpr int PacketOverhead = 4;
 
+    void ProcessPacket(const KOPacket& packet) override;
     [[nodiscard]] bool WriteChunk(int Address, const KOBuffer& chunk, int& offset);
     [[nodiscard]] bool WriteChunkWithRetries(int Address, const KOBuffer& chunk, int& offset);
     [[nodiscard]] bool WriteWithTries(int tries, int Address, const KOBuffer& chunk, int& offset);
     [[nodiscard]] bool WaitForReply();
-    [[nodiscard]] bool fail(JobOutcome outcome);
-    [[nodiscard]] bool fail(const std::string& text);
     void sleep() const;
 
-    Workplace with_;
     int chunkPayload_ = 1;
     KOBuffer reply_;
     bool waiting_ = false;
     int overdue_ = 0; // replies that nobody waits for any more
-    JobOutcome failure_;
-    Connection onPacket_;
 };
 
 } // namespace corvane

@@ -36,7 +36,7 @@ EEPROMVariable& KOEEPROMDocument::writable(int index) {
     return entries_[static_cast<std::size_t>(index) - 1];
 }
 
-void KOEEPROMDocument::AddField(int insertBefore, EEPROMVariable variable) {
+void KOEEPROMDocument::AddField(WriteAccess, int insertBefore, EEPROMVariable variable) {
     Assert(insertBefore >= 1 && insertBefore <= EntryCount() + 1);
     variable.Address = limited(variable.Address);
     variable.Length = limited(variable.Length);
@@ -47,7 +47,7 @@ void KOEEPROMDocument::AddField(int insertBefore, EEPROMVariable variable) {
     EntryAdded.raise(insertBefore);
 }
 
-void KOEEPROMDocument::RemoveField(int location) {
+void KOEEPROMDocument::RemoveField(WriteAccess, int location) {
     Assert(location >= 1 && location <= EntryCount());
     static_cast<void>(entries_.take(static_cast<std::size_t>(location) - 1));
     EntryRemoved.raise(location);
@@ -66,7 +66,8 @@ std::string KOEEPROMDocument::Data(int index, std::string_view propertyName) con
     return propertyName == DataValue ? HexText(variable.DataValue) : std::string();
 }
 
-void KOEEPROMDocument::setData(int index, std::string_view propertyName, std::string_view text) {
+void KOEEPROMDocument::setData(WriteAccess, int index, std::string_view propertyName,
+                               std::string_view text) {
     Assert(isText(propertyName, text));
     EEPROMVariable& variable = writable(index);
     if (propertyName == Address)

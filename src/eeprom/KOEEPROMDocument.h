@@ -42,14 +42,14 @@ class KOEEPROMDocument final : public HistoryHost {
     /// From 1.
     [[nodiscard]] const EEPROMVariable& entry(int index) const;
 
-    /// For changes only. Numbers are limited; the new variable has the index `insertBefore`.
-    void AddField(int insertBefore, EEPROMVariable variable);
-    void RemoveField(int location);
+    /// Numbers are limited; the new variable has the index `insertBefore`.
+    void AddField(WriteAccess, int insertBefore, EEPROMVariable variable);
+    void RemoveField(WriteAccess, int location);
     /// A property of a variable as text: numbers in decimal, bytes in hexadecimal. A name that is
     /// none gives empty text.
     [[nodiscard]] std::string Data(int index, std::string_view propertyName) const;
     /// The text must be one that `isText` allows; a name that is none changes nothing.
-    void setData(int index, std::string_view propertyName, std::string_view text);
+    void setData(WriteAccess, int index, std::string_view propertyName, std::string_view text);
     [[nodiscard]] static bool takesData(int index, std::string_view) { return index >= 1; }
     /// Whether a property may have this text: types and bytes must be some.
     [[nodiscard]] static bool isText(std::string_view propertyName, std::string_view text);

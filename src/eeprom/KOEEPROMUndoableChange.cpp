@@ -25,20 +25,20 @@ void KOEEPROMUndoableListChange::Initialize(bool adding, KOEEPROMDocument& docum
 
 void KOEEPROMUndoableListChange::add() const {
     const int before = document_->EntryCount();
-    AllOrNothing([&] { document_->AddField(index_, variable_); },
+    AllOrNothing([&] { document_->AddField(access(), index_, variable_); },
                  [&] {
                      if (document_->EntryCount() > before)
-                         document_->RemoveField(index_);
+                         document_->RemoveField(access(), index_);
                  });
 }
 
 void KOEEPROMUndoableListChange::remove() const {
     const int before = document_->EntryCount();
     EEPROMVariable removed = document_->entry(index_); // as it was, which a file need not tell
-    AllOrNothing([&] { document_->RemoveField(index_); },
+    AllOrNothing([&] { document_->RemoveField(access(), index_); },
                  [&] {
                      if (document_->EntryCount() < before)
-                         document_->AddField(index_, std::move(removed));
+                         document_->AddField(access(), index_, std::move(removed));
                  });
 }
 

@@ -1,6 +1,5 @@
 #include "history/DocumentJournal.h"
 
-#include "base/TextLines.h"
 #include "history/History.h"
 
 #include <cerrno>
@@ -20,7 +19,7 @@ void DocumentJournal::Recorded(const UndoableChange& change) {
     change.Serialize(prefix_, data_);
     line_ = RecordWord;
     line_ += '\t';
-    if (TextLines::append(line_, prefix_, data_))
+    if (KOIOWriter(line_).WriteArray(prefix_, data_))
         append();
     else
         behind_ = true; // no file could hold it either
@@ -86,9 +85,9 @@ bool DocumentJournal::Begin() {
 
 bool DocumentJournal::begin() {
     std::string content;
-    bool good =
-        TextLines::append(content, {HeaderWord, std::to_string(FormatVersion), path_, mark_});
-    good = history_.Compose(content) && good;
+    const bool good =
+        KOIOWriter(content).WriteArray(HeaderWord, {std::to_string(FormatVersion), path_, mark_}) &&
+        history_.Compose(content);
     std::shared_ptr<AppendedFile> begun = good ? journals_->Begin(content) : nullptr;
     if (begun == nullptr) {
         failed();

@@ -39,7 +39,7 @@ class DocumentJournal {
     /// More was done than it was told of: it is begun anew with the next thing that is.
     void FallBehind();
     /// The document is now what its file is, or a new one; nothing of it can be lost. `mark` stands
-    /// for the file's content, see `KOText`.
+    /// for the file's content, see `ContentMark`.
     void Saved(const std::string& path, const std::string& mark) { settle(SaveWord, path, mark); }
     void Reset(const std::string& path, const std::string& mark) { settle(ResetWord, path, mark); }
     /// None of the document is safe elsewhere. True if it is now.

@@ -2,9 +2,9 @@
 
 #include "base/Event.h"
 #include "controls/Dialogs.h"
+#include "history/DocumentHead.h"
 #include "history/DocumentJournal.h"
 #include "history/UndoableChange.h"
-#include "kolib/KOText.h"
 
 #include <cstdint>
 #include <optional>
@@ -26,7 +26,7 @@ class History {
     struct Surroundings {
         Dialogs& dialogs;
         BusyPointer& pointer;
-        KOText& text;
+        FileDoor& files;
         Journals* journals = nullptr; ///< Where what is not saved is kept; nothing for nowhere.
     };
 
@@ -102,10 +102,10 @@ class History {
     void SaveHistory();
     /// False if nothing was saved.
     bool SaveHistoryAs();
-    /// Opens the document that is read from this text, whatever the file's name, as the changed
-    /// document of a path or, if that is empty, as a new one. What is there is lost. False if it
-    /// is unsound, which has been told.
-    bool Recover(KOText& lost, const std::string& path);
+    /// Opens the document that a file of this text would be, as the changed document of a path or,
+    /// if that is empty, as a new one. What is there is lost. False if it is unsound, which has
+    /// been told.
+    bool Recover(std::string lost, const std::string& path);
     /// Whether what the file lacks is kept elsewhere, as long as the program runs.
     [[nodiscard]] bool isJournalUpToDate() const { return journal_.isUpToDate(); }
     /// Appends all of it as a file holds it. False if it has text that no file can hold.
@@ -121,11 +121,18 @@ class History {
     void QuickUnfreeze();
 
   private:
+    /// What has become of reading a file.
+    enum class Loading {
+        Done,
+        NotFound,
+        NotUnderstood,
+        NewerVersion,
+        UnknownPrefix,
+        Unfit, // for this document
+    };
     struct Loaded {
+        DocumentHead head;
         UndoableChanges changes;
-        int position = 0;
-        int stopPoint = 0;
-        std::int32_t version = 0;
     };
 
     /// Much is undone and redone that the journal need not be told of, step by step.
@@ -157,14 +164,16 @@ class History {
     [[nodiscard]] bool isChangedByAnother(const std::string& path) const;
     [[nodiscard]] Overwriting mayOverwrite(const std::string& path) const;
     [[nodiscard]] bool writeTo(const std::string& path);
-    [[nodiscard]] std::optional<Loaded> readFrom(KOText& text, const std::string& path);
-    /// Fills `loaded`, or gives the message of what is wrong with the file.
-    [[nodiscard]] std::string parse(KOText& text, const std::string& path, Loaded& loaded);
-    [[nodiscard]] std::vector<std::string> header() const;
+    [[nodiscard]] static const char* inWords(Loading outcome);
+    [[nodiscard]] Loading read(const std::string& path, std::string& bytes) const;
+    /// Touches nothing but `loaded`, and asks nobody.
+    [[nodiscard]] Loading load(std::string bytes, Loaded& loaded);
+    [[nodiscard]] bool isDone(Loading outcome) const;
     [[nodiscard]] std::unique_ptr<UndoableChange> emptyChange(std::string_view prefix) const;
     [[nodiscard]] bool comesBack(const UndoableChange& change);
-    void replay(Loaded loaded, const std::string& filename);
-    void replayed(const std::string& filename);
+    [[nodiscard]] bool open(std::string bytes, const std::string& path, const std::string& mark,
+                            bool lost);
+    void replay(Loaded loaded, const std::string& path);
 
     HistoryHost& host_;
     Surroundings with_;

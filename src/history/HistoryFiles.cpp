@@ -1,39 +1,13 @@
 #include "base/Assert.h"
-#include "base/Numbers.h"
+#include "base/ContentMark.h"
 #include "base/Text.h"
-#include "base/TextLines.h"
 #include "history/FreezeScope.h"
 #include "history/History.h"
-#include "history/KOIO.h"
 #include "system/File.h"
 
 #include <filesystem>
 
 namespace corvane {
-
-namespace {
-
-constexpr const char* NotForThisDocument =
-    "Can't understand the file format (deserialization error).";
-
-struct Header {
-    std::int32_t length = 0;
-    std::int32_t position = 0;
-    std::int32_t stopPoint = 0;
-    std::int32_t version = 0;
-};
-
-Header headerOf(const std::vector<std::string>& values) {
-    return {ReadInteger(values[0]), ReadInteger(values[1]), ReadInteger(values[2]),
-            ReadInteger(values[3])};
-}
-
-bool isSound(const Header& header, int lines) {
-    return header.length >= 0 && header.length <= lines && header.position >= 0 &&
-           header.position <= header.length;
-}
-
-} // namespace
 
 void History::SaveHistory() {
     const Overwriting answer = savePath_.empty() ? Overwriting::SaveAs : mayOverwrite(savePath_);
@@ -57,7 +31,7 @@ bool History::SaveHistoryAs() {
 bool History::isChangedByAnother(const std::string& path) const {
     if (path != savePath_)
         return false;
-    const std::string mark = with_.text.FileMark(path);
+    const std::string mark = FileMark(with_.files, path);
     return !mark.empty() && mark != fileMark_;
 }
 
@@ -128,14 +102,10 @@ bool History::OpenHistory(std::string filename) {
             filename = *chosen;
         }
         const BusyScope busy(with_.pointer);
-        if (std::optional<Loaded> loaded = readFrom(with_.text, filename)) {
-            const std::string mark = with_.text.Mark();
-            const FreezeScope frozen(*this);
-            replay(std::move(*loaded), filename);
-            fileMark_ = mark;
-            journal_.Reset(filename, fileMark_);
-            replayed(filename);
-            opened = true;
+        std::string bytes;
+        if (isDone(read(filename, bytes))) {
+            const std::string mark = ContentMark(bytes);
+            opened = open(std::move(bytes), filename, mark, false);
         }
     }
     if (!opened && !filename.empty())
@@ -147,19 +117,16 @@ std::string History::dialogFilter() const {
     return filter_ + "|All Files (*.*)|*.*";
 }
 
-std::vector<std::string> History::header() const {
-    return {std::to_string(Length()), std::to_string(position_), std::to_string(undoStopPoint_),
-            std::to_string(versionCode_)};
-}
-
 bool History::Compose(std::string& target) const {
-    bool good = TextLines::append(target, typeCode_, header());
+    bool good =
+        DocumentHead{typeCode_, Length(), position_, undoStopPoint_, versionCode_}.write(target);
+    KOIOWriter writer(target);
     std::string prefix;
     std::vector<std::string> data;
     for (const auto& change : changes_) {
         data.clear();
         change->Serialize(prefix, data);
-        good = TextLines::append(target, prefix, data) && good;
+        good = writer.WriteArray(prefix, data) && good;
     }
     return good;
 }
@@ -167,28 +134,20 @@ bool History::Compose(std::string& target) const {
 bool History::writeTo(const std::string& path) {
     Assert(!typeCode_.empty());
     const std::string previousFilename = savePath_;
-    int result = 0;
+    std::string text;
+    bool saved = false;
     {
         const BusyScope busy(with_.pointer);
-        KOIOWriter writer(with_.text);
-        writer.WriteArray(typeCode_, header());
-        std::string prefix;
-        std::vector<std::string> data;
-        for (const auto& change : changes_) {
-            data.clear();
-            change->Serialize(prefix, data);
-            writer.WriteArray(prefix, data);
-        }
-        result = writer.Save(path);
+        saved = Compose(text) && with_.files.ReplaceWhole(path, text);
     }
-    if (result != 0) {
+    if (!saved) {
         with_.dialogs.ShowError("Can't save the file.");
         return false;
     }
     saveDirty_ = false;
     savePath_ = path;
     fileVersion_.reset();
-    fileMark_ = with_.text.Mark();
+    fileMark_ = ContentMark(text);
     journal_.Saved(path, fileMark_);
     SaveStateChanged.raise();
     UndoStateChanged.raise();
@@ -196,49 +155,65 @@ bool History::writeTo(const std::string& path) {
     return true;
 }
 
-std::optional<History::Loaded> History::readFrom(KOText& text, const std::string& path) {
-    Assert(loader_ != nullptr && !typeCode_.empty());
-    Loaded loaded;
-    const std::string problem = parse(text, path, loaded);
-    if (problem.empty())
-        return loaded;
-    with_.pointer.set(false);
-    with_.dialogs.ShowError(problem);
-    return std::nullopt;
-}
-
-std::string History::parse(KOText& text, const std::string& path, Loaded& loaded) {
-    constexpr std::size_t headerValues = 4;
-    KOIOReader reader(text);
-    if (const int result = reader.Load(path); result != 0)
-        return result == 1 ? "File not found." : NotUnderstood;
-    std::string prefix;
-    std::vector<std::string> data;
-    if (!reader.More())
-        return NotUnderstood;
-    reader.ReadArray(prefix, data);
-    if (data.size() < headerValues || prefix != typeCode_)
-        return NotUnderstood;
-    const Header header = headerOf(data);
-    if (header.version > versionCode_)
+const char* History::inWords(Loading outcome) {
+    switch (outcome) {
+    case Loading::NotFound:
+        return "File not found.";
+    case Loading::NewerVersion:
         return "This file was made with a newer version of the program.\r\n\r\nYou will need to "
                "get the new version to view it.";
-    if (!isSound(header, reader.Remaining()))
+    case Loading::UnknownPrefix:
+        return "Can't understand the file format (unrecognized prefix).";
+    case Loading::Unfit:
+        return "Can't understand the file format (deserialization error).";
+    default:
         return NotUnderstood;
-    loaded.position = header.position;
-    loaded.stopPoint = header.stopPoint;
-    loaded.version = header.version;
-    loaded.changes.reserve(static_cast<std::size_t>(header.length));
-    while (static_cast<int>(loaded.changes.size()) < header.length) {
+    }
+}
+
+/// Tells what is wrong, if something is.
+bool History::isDone(Loading outcome) const {
+    if (outcome == Loading::Done)
+        return true;
+    with_.pointer.set(false);
+    with_.dialogs.ShowError(inWords(outcome));
+    return false;
+}
+
+History::Loading History::read(const std::string& path, std::string& bytes) const {
+    switch (with_.files.ReadWhole(path, bytes)) {
+    case FileDoor::ReadResult::Done:
+        return Loading::Done;
+    case FileDoor::ReadResult::NotFound:
+        return Loading::NotFound;
+    default:
+        return Loading::NotUnderstood;
+    }
+}
+
+History::Loading History::load(std::string bytes, Loaded& loaded) {
+    Assert(loader_ != nullptr && !typeCode_.empty());
+    KOIOReader reader;
+    DocumentHead& head = loaded.head;
+    if (!reader.Load(std::move(bytes)) || !head.read(reader) || head.typeCode != typeCode_)
+        return Loading::NotUnderstood;
+    if (head.version > versionCode_)
+        return Loading::NewerVersion;
+    if (!head.isSound(reader.Remaining()))
+        return Loading::NotUnderstood;
+    std::string prefix;
+    std::vector<std::string> data;
+    loaded.changes.reserve(static_cast<std::size_t>(head.length));
+    while (static_cast<int>(loaded.changes.size()) < head.length) {
         reader.ReadArray(prefix, data);
         std::unique_ptr<UndoableChange> change = emptyChange(prefix);
         if (change == nullptr)
-            return "Can't understand the file format (unrecognized prefix).";
+            return Loading::UnknownPrefix;
         if (!change->Deserialize(*this, prefix, data))
-            return NotForThisDocument;
+            return Loading::Unfit;
         loaded.changes.push_back(std::move(change));
     }
-    return loader_->FitTogether(loaded.changes) ? "" : NotForThisDocument;
+    return loader_->FitTogether(loaded.changes) ? Loading::Done : Loading::Unfit;
 }
 
 std::unique_ptr<UndoableChange> History::emptyChange(std::string_view prefix) const {
@@ -253,56 +228,55 @@ bool History::comesBack(const UndoableChange& change) {
     std::string prefix;
     std::vector<std::string> data;
     change.Serialize(prefix, data);
-    const auto lines =
-        TextLines::append(line, prefix, data) ? TextLines::parse(line) : std::optional<TextLines>();
-    if (!lines || lines->count() != 1)
+    KOIOReader reader;
+    if (!KOIOWriter(line).WriteArray(prefix, data) || !reader.Load(line) || reader.Remaining() != 1)
         return false;
-    lines->read(0, data);
-    prefix = data.front();
-    data.erase(data.begin());
+    reader.ReadArray(prefix, data);
     const std::unique_ptr<UndoableChange> read = emptyChange(prefix);
     if (read == nullptr || !read->Deserialize(*this, prefix, data))
         return false;
     data.clear();
     read->Serialize(prefix, data);
     std::string again;
-    return TextLines::append(again, prefix, data) && again == line;
+    return KOIOWriter(again).WriteArray(prefix, data) && again == line;
 }
 
-void History::replay(Loaded loaded, const std::string& filename) {
+/// Puts a document that is read in the place of what is there.
+bool History::open(std::string bytes, const std::string& path, const std::string& mark, bool lost) {
+    Loaded loaded;
+    if (!isDone(load(std::move(bytes), loaded)))
+        return false;
+    const FreezeScope frozen(*this);
+    replay(std::move(loaded), path);
+    saveDirty_ = lost;
+    fileMark_ = mark;
+    journal_.Reset(path, mark);
+    if (lost)
+        journal_.Begin();
+    UndoStateChanged.raise();
+    SaveStateChanged.raise();
+    if (!path.empty())
+        FileOpened.raise(path);
+    return true;
+}
+
+void History::replay(Loaded loaded, const std::string& path) {
     const ReplayScope replaying(*this);
     reset();
-    savePath_ = filename;
-    fileVersion_ = loaded.version;
+    savePath_ = path;
+    fileVersion_ = loaded.head.version;
     saveDirty_ = false;
     changes_ = std::move(loaded.changes);
-    while (position_ < loaded.position) {
+    while (position_ < loaded.head.position) {
         Redo(true);
-        if (position_ == loaded.stopPoint)
+        if (position_ == loaded.head.stopPoint)
             SetUndoStopPoint();
     }
 }
 
-void History::replayed(const std::string& filename) {
-    UndoStateChanged.raise();
-    SaveStateChanged.raise();
-    if (!filename.empty())
-        FileOpened.raise(filename);
-}
-
-bool History::Recover(KOText& lost, const std::string& path) {
+bool History::Recover(std::string lost, const std::string& path) {
     const BusyScope busy(with_.pointer);
-    std::optional<Loaded> loaded = readFrom(lost, path);
-    if (!loaded)
-        return false;
-    const FreezeScope frozen(*this);
-    replay(std::move(*loaded), path);
-    saveDirty_ = true;
-    fileMark_ = with_.text.FileMark(path);
-    journal_.Reset(path, fileMark_);
-    journal_.Begin();
-    replayed(path);
-    return true;
+    return open(std::move(lost), path, FileMark(with_.files, path), true);
 }
 
 } // namespace corvane

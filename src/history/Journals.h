@@ -57,7 +57,6 @@ class Journals {
     [[nodiscard]] std::vector<LostJournal> LostAndAside();
 
     [[nodiscard]] const std::filesystem::path& folder() const { return folder_; }
-    [[nodiscard]] FileDoor& files() const { return files_; }
 
   private:
     template<class Take>

@@ -1,8 +1,7 @@
 #include "history/LostJournal.h"
 
 #include "base/ContentMark.h"
-#include "base/Numbers.h"
-#include "base/TextLines.h"
+#include "history/DocumentHead.h"
 #include "history/DocumentJournal.h"
 
 #include <algorithm>
@@ -30,18 +29,10 @@ class Lines {
     std::string_view rest_;
 };
 
-std::vector<std::string> wordsOf(std::string_view line) {
-    std::vector<std::string> words;
-    if (const auto lines = TextLines::parse(std::string(line)); lines && lines->count() == 1)
-        lines->read(0, words);
-    return words;
-}
-
 /// A document as lines that stand for its changes, to which the steps of a journal are applied.
 struct Steps {
+    DocumentHead head;
     std::vector<std::string_view> changes;
-    std::size_t position = 0;
-    std::size_t stopPoint = 0;
     bool settled = false;
 
     [[nodiscard]] bool apply(std::string_view line) {
@@ -51,18 +42,19 @@ struct Steps {
         if (settled)
             return true;
         if (line.starts_with(record)) {
-            changes.resize(position);
+            changes.resize(static_cast<std::size_t>(head.position));
             changes.push_back(line.substr(record.size()));
-            ++position;
+            ++head.position;
             return true;
         }
-        if (word == DocumentJournal::UndoWord && position > 0) {
-            stopPoint = std::min(stopPoint, --position);
+        if (word == DocumentJournal::UndoWord && head.position > 0) {
+            head.stopPoint = std::min(head.stopPoint, --head.position);
             return true;
         }
-        if (word != DocumentJournal::RedoWord || position == changes.size())
+        if (word != DocumentJournal::RedoWord ||
+            static_cast<std::size_t>(head.position) == changes.size())
             return false;
-        ++position;
+        ++head.position;
         return true;
     }
 };
@@ -81,36 +73,33 @@ LostJournal::LostJournal(Handle file, fs::path path, FileDoor& files)
 }
 
 bool LostJournal::read(std::string_view bytes) {
-    constexpr std::size_t headerWords = 4;
-    constexpr std::size_t documentWords = 5;
     Lines lines(bytes);
-    const std::vector<std::string> header = wordsOf(lines.next());
-    if (header.size() != headerWords || header[0] != DocumentJournal::HeaderWord ||
-        header[1] != std::to_string(DocumentJournal::FormatVersion))
+    std::string beginning(lines.next());
+    beginning += lines.next();
+    KOIOReader reader;
+    std::string word;
+    std::vector<std::string> words;
+    if (!reader.Load(std::move(beginning)) || !reader.More())
         return false;
-    documentPath_ = header[2];
-    mark_ = header[3];
-    const std::vector<std::string> head = wordsOf(lines.next());
-    if (head.size() != documentWords)
+    reader.ReadArray(word, words);
+    Steps steps;
+    DocumentHead& head = steps.head;
+    if (word != DocumentJournal::HeaderWord || words.size() != 3 ||
+        words[0] != std::to_string(DocumentJournal::FormatVersion) || !head.read(reader))
         return false;
-    typeCode_ = head[0];
-    const auto number = [&head](std::size_t at) {
-        return static_cast<std::size_t>(std::max(0, ReadInteger(head[at])));
-    };
-    Steps steps{{}, number(2), number(3), false};
-    for (std::size_t i = number(1); i > 0 && lines.more(); --i)
+    documentPath_ = words[1];
+    mark_ = words[2];
+    for (std::int32_t i = head.length; i > 0 && lines.more(); --i)
         steps.changes.push_back(lines.next());
-    if (steps.changes.size() != number(1) || steps.position > number(1) ||
-        steps.stopPoint > steps.position)
+    if (!head.isSound(steps.changes.size()) || head.stopPoint > head.position)
         return false;
     while (lines.more())
         if (!steps.apply(lines.next()))
             return false;
     settled_ = steps.settled;
-    length_ = static_cast<int>(steps.changes.size());
-    if (!TextLines::append(document_,
-                           {typeCode_, std::to_string(length_), std::to_string(steps.position),
-                            std::to_string(steps.stopPoint), head[4]}))
+    typeCode_ = head.typeCode;
+    length_ = head.length = static_cast<int>(steps.changes.size());
+    if (!head.write(document_))
         return false;
     for (const std::string_view change : steps.changes)
         document_ += change;
@@ -127,10 +116,7 @@ bool LostJournal::isAside() const {
 }
 
 std::string LostJournal::unchangedPath() const {
-    std::string bytes;
-    const bool there = !documentPath_.empty() &&
-                       files_->ReadWhole(documentPath_, bytes) == FileDoor::ReadResult::Done;
-    return (there ? ContentMark(bytes) : std::string()) == mark_ ? documentPath_ : std::string();
+    return FileMark(*files_, documentPath_) == mark_ ? documentPath_ : std::string();
 }
 
 bool LostJournal::isNothingLost() const {

@@ -57,8 +57,10 @@ class TextChange : public Base {
   private:
     void set(const std::string& value) const {
         const std::string before = document_->Data(index_, propertyName_);
-        AllOrNothing([&] { document_->setData(index_, propertyName_, value); },
-                     [&] { document_->setData(index_, propertyName_, before); });
+        const auto write = [this](const std::string& text) {
+            document_->setData(this->access(), index_, propertyName_, text);
+        };
+        AllOrNothing([&] { write(value); }, [&] { write(before); });
     }
 
     Document* document_ = nullptr;

@@ -9,6 +9,12 @@ namespace corvane {
 
 class History;
 
+/// Lets write a document. Only changes have one.
+class WriteAccess {
+    friend class UndoableChange;
+    WriteAccess() = default;
+};
+
 /// One change of a document, which can be taken back and written as a line of a file. It lives in
 /// its history until the document ends. `Redo` and `Undo` are done whole or, if they throw, not at
 /// all.
@@ -27,6 +33,9 @@ class UndoableChange {
     /// what `Deserialize` and `FitTogether` would say of its line. Asked before each recording, so
     /// it costs next to nothing.
     [[nodiscard]] virtual bool isApplicable() const = 0;
+
+  protected:
+    [[nodiscard]] static WriteAccess access() { return {}; }
 };
 
 /// Does a step of taking something back, for which the way has failed already that it is on.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -30,6 +31,8 @@ class KOImages {
     /// False, and an empty image, if the text is no picture.
     virtual bool LoadImage(const std::string& text) = 0;
     [[nodiscard]] virtual std::string SaveImage() const = 0;
+    /// The bytes of the PNG file; empty for the empty image.
+    [[nodiscard]] virtual std::string SavePng() const = 0;
     virtual void SetImage(const Picture& picture) = 0;
     [[nodiscard]] virtual Picture GetImage() const = 0;
     /// In pixels, 0 for the empty image.
@@ -50,5 +53,8 @@ class KOImages {
     /// `MaxSize` comes scaled down.
     [[nodiscard]] virtual std::optional<Picture> DecodeFile(const std::string& path) = 0;
 };
+
+/// Those that the program was linked with: the toolkit's, or without one those that read nothing.
+[[nodiscard]] std::unique_ptr<KOImages> MakeImages();
 
 } // namespace corvane

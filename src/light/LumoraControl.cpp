@@ -18,15 +18,15 @@ std::vector<TabStrip::Tab> allTabs() {
     for (int channel = 1; channel <= LumoraDocument::ChannelCount; ++channel)
         tabs.push_back({std::string(ChannelCaption) + std::to_string(channel), {}});
     tabs.push_back({"All Channels", {}});
-    tabs.push_back({"Transmitter", "XMit"});
-    tabs.push_back({"Simulator", "Sim"});
+    tabs.push_back({"Transmitter", LumoraControl::TransmitterTag});
+    tabs.push_back({"Simulator", LumoraControl::SimulatorTag});
     return tabs;
 }
 
 } // namespace
 
 LumoraControl::LumoraControl(const Workplace& place, const KOKeyboard& keyboard)
-    : document({place.dialogs, place.pointer, place.text, place.journals}),
+    : document({place.dialogs, place.pointer, place.files, place.journals}),
       tracks(document, place.dialogs, keyboard),
       options(document, place.dialogs),
       simulator(document, place.clock),
@@ -39,29 +39,27 @@ LumoraControl::LumoraControl(const Workplace& place, const KOKeyboard& keyboard)
     place.link.setMaintainConnection(false);
     connectTracks();
     connectButtons();
-    const auto on = [this](auto& event, auto react) {
-        connections_.push_back(event.connect(react));
-    };
-    on(TabStrip1.Click, [this] { changeTab(); });
-    on(document.SettingChanged,
-       [this](std::string_view name, int channel) { settingChanged(name, channel); });
+    on_(TabStrip1.Click, [this] { changeTab(); });
+    on_(document.SettingChanged,
+        [this](std::string_view name, int channel) { settingChanged(name, channel); });
     History& history = document.HistoryObject();
-    on(history.Changed, [this] { UpdateBlockCount(); });
-    on(history.NewFileCreated, [this] { tracks.ZoomToDefault(); });
-    on(history.FileOpened, [this](const std::string&) { tracks.ZoomToFit(); });
-    on(history.ResettingToDefaults, [this] { resetToDefaults(); });
-    on(history.FilteringRequested, [this](UndoableChange& change, bool undoing, bool& cancel) {
+    on_(history.Changed, [this] { UpdateBlockCount(); });
+    on_(history.NewFileCreated, [this] { tracks.ZoomToDefault(); });
+    on_(history.FileOpened, [this](const std::string&) { tracks.ZoomToFit(); });
+    on_(history.ResettingToDefaults, [this] { resetToDefaults(); });
+    on_(history.FilteringRequested, [this](UndoableChange& change, bool undoing, bool& cancel) {
         filter(change, undoing, cancel);
     });
-    on(tripPoint.Change, [this] {
+    on_(tripPoint.Change, [this] {
         if (ActiveChannel() != 0)
             return;
         simulatedLevel_ = tripPoint.Value();
         UpdateTripPoint();
     });
-    on(tripPoint.Commit, [this] {
+    on_(tripPoint.Commit, [this] {
         if (ActiveChannel() != 0)
-            options.record(ActiveChannel(), "Trip Point", std::to_string(tripPoint.Value()));
+            options.record(ActiveChannel(), LumoraDocument::TripPoint,
+                           std::to_string(tripPoint.Value()));
     });
     options.setChannel(ActiveChannel());
     Update();
@@ -69,40 +67,34 @@ LumoraControl::LumoraControl(const Workplace& place, const KOKeyboard& keyboard)
 }
 
 void LumoraControl::connectTracks() {
-    const auto on = [this](auto& event, auto react) {
-        connections_.push_back(event.connect(react));
-    };
-    on(tracks.PasteStateRequested, [this](bool& state) { state = Clipboard_CanPaste(); });
-    on(tracks.SegmentAddRequested, [this](int) { addOrInsert(true); });
-    on(tracks.SegmentCutRequested, [this](int, int) { Clipboard_Cut(); });
-    on(tracks.SegmentCopyRequested, [this](int, int) { Clipboard_Copy(); });
-    on(tracks.SegmentDeleteRequested, [this](int, int) { deleteSelected(); });
-    on(tracks.SegmentInsertRequested, [this](int, int) { addOrInsert(false); });
-    on(tracks.SegmentPasteRequested,
-       [this](int track, int element) { Clipboard_Paste(track, element); });
-    on(tracks.SelectionChanged, [this] { updateCanCopy(); });
-    on(tracks.TrackBrightnessChanged, [this](int track, int element, int value) {
-        recordValue<LumoraUndoableBrightnessChange>(
-            track, element, document.track(track).GetTrack(element).brightness(), value);
+    on_(tracks.PasteStateRequested, [this](bool& state) { state = Clipboard_CanPaste(); });
+    on_(tracks.SegmentAddRequested, [this](int) { addOrInsert(true); });
+    on_(tracks.SegmentCutRequested, [this](int, int) { Clipboard_Cut(); });
+    on_(tracks.SegmentCopyRequested, [this](int, int) { Clipboard_Copy(); });
+    on_(tracks.SegmentDeleteRequested, [this](int, int) { deleteSelected(); });
+    on_(tracks.SegmentInsertRequested, [this](int, int) { addOrInsert(false); });
+    on_(tracks.SegmentPasteRequested,
+        [this](int track, int element) { Clipboard_Paste(track, element); });
+    on_(tracks.SelectionChanged, [this] { updateCanCopy(); });
+    namespace values = LumoraSegmentValues;
+    on_(tracks.TrackBrightnessChanged, [this](int track, int element, int value) {
+        recordValue<values::Brightness>(track, element, value);
     });
-    on(tracks.TrackBrightness2Changed, [this](int track, int element, int value) {
-        recordValue<LumoraUndoableBrightness2Change>(
-            track, element, document.track(track).GetTrack(element).brightness2(), value);
+    on_(tracks.TrackBrightness2Changed, [this](int track, int element, int value) {
+        recordValue<values::Brightness2>(track, element, value);
     });
-    on(tracks.TrackFunctionChanged, [this](int track, int element, const std::string& value) {
-        recordValue<LumoraUndoableFunctionChange>(
-            track, element, document.track(track).GetTrack(element).functionCode(), value);
+    on_(tracks.TrackFunctionChanged, [this](int track, int element, const std::string& value) {
+        recordValue<values::Function>(track, element, value);
     });
-    on(tracks.TrackTimeChanged, [this](int track, int element, double value) {
-        recordValue<LumoraUndoableTimeChange>(
-            track, element, document.track(track).GetTrack(element).time(), value);
+    on_(tracks.TrackTimeChanged, [this](int track, int element, double value) {
+        recordValue<values::Time>(track, element, value);
     });
 }
 
 void LumoraControl::connectButtons() {
     const auto on = [this](Button& button, const char* toolTip, auto command) {
         button.setToolTipText(toolTip);
-        connections_.push_back(button.Click.connect(command));
+        on_(button.Click, command);
     };
     on(AddButton, "Add a segment at the end of the track", [this] { addOrInsert(true); });
     on(InsertButton, "Insert a segment before the selected one", [this] { addOrInsert(false); });
@@ -155,23 +147,23 @@ void LumoraControl::Update() {
 }
 
 void LumoraControl::settingChanged(std::string_view name, int channel) {
-    if (IsSimulating() && channel != 0 && !name.starts_with("Sim ")) {
+    if (IsSimulating() && channel != 0 && !name.starts_with(LumoraDocument::SimulatorStart)) {
         simulator.takeSettings(channel);
         simulatorControl.redrawLight(channel); // its colour
     }
-    if (name == "Max Current")
+    if (name == LumoraDocument::MaxCurrent)
         options.UpdateMaxCurrent();
-    else if (name == "Light Color")
+    else if (name == LumoraDocument::LightColor)
         options.UpdateLightColor();
-    else if (name == "Turn Off Point")
+    else if (name == LumoraDocument::TurnOffPoint)
         options.UpdateTurnOffPoint();
-    else if (name == "Trip Point")
+    else if (name == LumoraDocument::TripPoint)
         UpdateTripPoint();
-    else if (name == "No Signal")
+    else if (name == LumoraDocument::NoSignal)
         options.UpdateNoSignal();
-    else if (name == "Hysteresis")
+    else if (name == LumoraDocument::Hysteresis)
         options.UpdateHysteresis();
-    else if (name.starts_with("XMit "))
+    else if (name.starts_with(LumoraDocument::TransmitterStart))
         options.UpdateXMit();
 }
 
@@ -232,7 +224,8 @@ void LumoraControl::loadSimulator() {
 void LumoraControl::changeTab() {
     const FreezeScope frozen(document.HistoryObject());
     options.setChannel(ActiveChannel());
-    if (std::exchange(simulating_, IsSimulating()) != simulating_) {
+    if (simulating_ != IsSimulating()) {
+        simulating_ = IsSimulating();
         simulator.Reset();
         loadSimulator();
         simulatorControl.refresh(); // much may have changed meanwhile
@@ -257,7 +250,7 @@ void LumoraControl::doLayout() {
     tripPoint.TripPointFrame.setVisible(!IsEditingTransmitter());
     tripPoint.setSimulating(ActiveChannel() == 0);
     if (!withTracks)
-        tracks.loseFocus();
+        tracks.loseFocus(); // what is typed there counts, and no box stays without its track
     updateCanCopy();
     clipboardMessenger_.Notify("Update", this);
 }
@@ -300,7 +293,7 @@ void LumoraControl::Clipboard_Cut() {
 void LumoraControl::Clipboard_Copy() {
     if (!Clipboard_CanCopy())
         return;
-    std::vector<LumoraSegment> segments = selectedSegments();
+    std::vector<LumoraPlacedElement> segments = selectedSegments();
     if (segments.empty())
         return;
     clipboard_.copy(std::move(segments));
@@ -316,6 +309,7 @@ void LumoraControl::Clipboard_Paste(int trackIndex, int elementIndex) {
         return;
     if (elementIndex == -1)
         elementIndex = std::max(1, tracks.track(trackIndex).SelectedIndex());
+    // Before the change, so that the person sees it happen.
     showSelectedTrack();
     if (recordSegments(true, trackIndex, clipboard_.placedAt(elementIndex)))
         tracks.Show(trackIndex, elementIndex);
@@ -328,28 +322,29 @@ void LumoraControl::Clipboard_Delete() {
 
 // Segments
 
-template<class Change, class Value>
-void LumoraControl::recordValue(int trackIndex, int elementIndex, const Value& oldValue,
-                                const Value& newValue) {
-    auto change = std::make_unique<Change>();
+template<class Kind>
+void LumoraControl::recordValue(int trackIndex, int elementIndex,
+                                const typename Kind::Value& newValue) {
+    auto change = std::make_unique<LumoraUndoableSegmentChange<Kind>>();
     change->Initialize(document, LumoraDocument::channelOf(trackIndex),
-                       LumoraDocument::onStateOf(trackIndex), elementIndex, oldValue, newValue);
+                       LumoraDocument::onStateOf(trackIndex), elementIndex,
+                       Kind::of(document.track(trackIndex).GetTrack(elementIndex)), newValue);
     document.HistoryObject().Record(std::move(change));
 }
 
 bool LumoraControl::recordSegments(bool insert, int trackIndex,
-                                   std::vector<LumoraSegment> segments) {
+                                   std::vector<LumoraPlacedElement> segments) {
     auto change = std::make_unique<LumoraUndoableTrackChange>();
     change->InitializeGroup(document, insert, LumoraDocument::channelOf(trackIndex),
                             LumoraDocument::onStateOf(trackIndex), std::move(segments));
     return document.HistoryObject().Record(std::move(change));
 }
 
-std::vector<LumoraSegment> LumoraControl::selectedSegments() const {
+std::vector<LumoraPlacedElement> LumoraControl::selectedSegments() const {
     const LumoraTrackEditor& editor = tracks.track(tracks.SelectedIndex());
-    std::vector<LumoraSegment> segments;
+    std::vector<LumoraPlacedElement> segments;
     for (const int index : editor.SelectedIndices())
-        segments.push_back(LumoraSegment::of(editor.track(), index));
+        segments.push_back({index, editor.track().GetTrack(index)});
     return segments;
 }
 
@@ -363,15 +358,11 @@ void LumoraControl::addOrInsert(bool add) {
     const FreezeScope frozen(document.HistoryObject());
     const LumoraTrack& track = editor.track();
     const int selected = editor.SelectedIndex();
-    LumoraSegment segment{0, track.Binary() ? 0 : 50, 1.0, {}, 0};
-    if (selected != 0) {
-        const LumoraTrackElement& like = track.GetTrack(selected);
-        segment = {0, like.brightness(), like.time(), like.functionCode(), like.brightness2()};
-    }
-    segment.index =
+    const LumoraTrackElement element =
+        selected == 0 ? LumoraTrackElement(track.Binary() ? 0 : 50, 1.0) : track.GetTrack(selected);
+    const int position =
         add || track.GetTrackCount() == 0 ? track.GetTrackCount() + 1 : std::max(1, selected);
-    const int position = segment.index;
-    recordSegments(true, trackIndex, {std::move(segment)});
+    recordSegments(true, trackIndex, {{position, element}});
     editor.setSelectedIndex(position);
     FocusOn(SelectedChannel(), SelectedOnState(), editor.SelectedIndex());
 }
@@ -382,11 +373,12 @@ void LumoraControl::deleteSelected() {
         return;
     showSelectedTrack();
     LumoraTrackEditor& editor = tracks.track(trackIndex);
-    editor.Commit();
-    const std::vector<LumoraSegment> segments = selectedSegments();
+    editor.Commit(); // so that Undo brings back what was typed
+    const std::vector<LumoraPlacedElement> segments = selectedSegments();
     if (segments.empty())
         return;
     const FreezeScope frozen(document.HistoryObject());
+    // The one that comes to lie where the last of them was.
     int next = segments.back().index - static_cast<int>(segments.size()) + 1;
     recordSegments(false, trackIndex, segments);
     next = std::min(next, editor.track().GetTrackCount());

@@ -45,12 +45,15 @@ class LumoraControl final : public ProductControl, public ClipboardCommands {
     void Clipboard_Paste(int trackIndex, int elementIndex);
     void Clipboard_Delete() override;
 
+    // Tags of tabs.
+    static constexpr const char* TransmitterTag = "XMit";
+    static constexpr const char* SimulatorTag = "Sim";
     /// Number of the channel tab on show; 0 on any other tab.
     [[nodiscard]] int ActiveChannel() const;
     [[nodiscard]] bool IsEditingTransmitter() const {
-        return TabStrip1.SelectedItem().Tag == "XMit";
+        return TabStrip1.SelectedItem().Tag == TransmitterTag;
     }
-    [[nodiscard]] bool IsSimulating() const { return TabStrip1.SelectedItem().Tag == "Sim"; }
+    [[nodiscard]] bool IsSimulating() const { return TabStrip1.SelectedItem().Tag == SimulatorTag; }
     /// Of the selected track; 0 and true without one.
     [[nodiscard]] int SelectedChannel() const;
     [[nodiscard]] bool SelectedOnState() const;
@@ -98,11 +101,10 @@ class LumoraControl final : public ProductControl, public ClipboardCommands {
     void addOrInsert(bool add);
     void deleteSelected();
     void showSelectedTrack();
-    [[nodiscard]] std::vector<LumoraSegment> selectedSegments() const;
-    bool recordSegments(bool insert, int trackIndex, std::vector<LumoraSegment> segments);
-    template<class Change, class Value>
-    void recordValue(int trackIndex, int elementIndex, const Value& oldValue,
-                     const Value& newValue);
+    [[nodiscard]] std::vector<LumoraPlacedElement> selectedSegments() const;
+    bool recordSegments(bool insert, int trackIndex, std::vector<LumoraPlacedElement> segments);
+    template<class Kind>
+    void recordValue(int trackIndex, int elementIndex, const typename Kind::Value& newValue);
     [[nodiscard]] LumoraPlace userPlace() const;
     void filter(UndoableChange& change, bool undoing, bool& cancel);
     void goTo(const LumoraPlace& place);
@@ -123,7 +125,7 @@ class LumoraControl final : public ProductControl, public ClipboardCommands {
     int simulatedLevel_ = 50; // percent
     bool advanced_ = false;
     bool simulating_ = false; // the "Simulator" tab is on show
-    std::vector<Connection> connections_;
+    Connections on_;
 };
 
 } // namespace corvane

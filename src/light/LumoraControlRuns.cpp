@@ -34,7 +34,7 @@ void LumoraControl::program() {
     const Raised running(running_);
     LumoraProgrammer run(place_, document);
     if (programming_ != nullptr)
-        programming_->Closed.raise(); // that of an earlier run
+        programming_->close(); // that of an earlier run
     programming_ = std::make_unique<LumoraProgramming>();
     programming_->SetProgrammer(run);
     ProgrammingShown.raise(*programming_);
@@ -59,7 +59,7 @@ void LumoraControl::dump() {
     const Raised running(running_);
     const BusyScope busy(place_.pointer);
     KOCommLink& link = place_.link;
-    if (const JobOutcome reached = ReachProduct(place_, LumoraProgrammer::ControlClass, false);
+    if (const JobOutcome reached = ReachProduct(place_, ControlClass::Lumora, false);
         !reached.done()) {
         link.Disconnect(false);
         writeLine("Couldn't connect.");

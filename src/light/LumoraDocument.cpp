@@ -20,17 +20,12 @@ struct NumberSetting {
 };
 
 constexpr std::array numberSettings{
-    NumberSetting{"Max Current", &LumoraChannelSettings::maxCurrent, 10, 250},
-    NumberSetting{"Turn Off Point", &LumoraChannelSettings::turnOffPoint, 0, 100},
-    NumberSetting{"Trip Point", &LumoraChannelSettings::tripPoint, 0, 100},
-    NumberSetting{"Hysteresis", &LumoraChannelSettings::hysteresis, 0, 100},
+    NumberSetting{LumoraDocument::MaxCurrent, &LumoraChannelSettings::maxCurrent,
+                  LumoraDocument::LowestCurrent, LumoraDocument::HighestCurrent},
+    NumberSetting{LumoraDocument::TurnOffPoint, &LumoraChannelSettings::turnOffPoint, 0, 100},
+    NumberSetting{LumoraDocument::TripPoint, &LumoraChannelSettings::tripPoint, 0, 100},
+    NumberSetting{LumoraDocument::Hysteresis, &LumoraChannelSettings::hysteresis, 0, 100},
 };
-
-constexpr std::string_view LightColorName = "Light Color";
-constexpr std::string_view NoSignalName = "No Signal";
-constexpr std::string_view RangeMinName = "XMit Min";
-constexpr std::string_view RangeMaxName = "XMit Max";
-constexpr std::string_view SimulatorStart = "Sim ";
 
 const NumberSetting* numberSetting(std::string_view name) {
     const auto* found =
@@ -41,10 +36,6 @@ const NumberSetting* numberSetting(std::string_view name) {
 
 bool isChannel(int channel) {
     return channel >= 1 && channel <= LumoraDocument::ChannelCount;
-}
-
-int limited(std::string_view text, int lowest, int highest) {
-    return RoundToInteger(std::clamp<double>(ReadNumber(text), lowest, highest));
 }
 
 } // namespace
@@ -63,11 +54,7 @@ LumoraDocument::LumoraDocument(const History::Surroundings& surroundings)
     history_.setLoader(std::make_unique<LumoraHistoryLoader>());
 }
 
-LumoraTrack& LumoraDocument::Channel(int channel, bool onState) const {
-    return track(trackIndex(channel, onState));
-}
-
-LumoraTrack& LumoraDocument::track(int index) const {
+LumoraTrack& LumoraDocument::at(int index) const {
     Assert(index >= 1 && index <= TrackCount);
     return *tracks_[static_cast<std::size_t>(index) - 1];
 }
@@ -90,40 +77,46 @@ LumoraChannelSettings& LumoraDocument::settingsOf(int channel) {
 }
 
 std::string LumoraDocument::Data(int channel, std::string_view propertyName) const {
-    if (propertyName == RangeMinName)
+    if (propertyName == RangeMin)
         return std::to_string(transmitterMin_);
-    if (propertyName == RangeMaxName)
+    if (propertyName == RangeMax)
         return std::to_string(transmitterMax_);
     if (propertyName.starts_with(SimulatorStart))
         return simulator_.Changes(channel, propertyName);
     if (const NumberSetting* setting = numberSetting(propertyName))
         return std::to_string(settings(channel).*setting->member);
-    if (propertyName == LightColorName)
+    if (propertyName == LightColor)
         return WriteHexadecimal(static_cast<std::uint32_t>(settings(channel).lightColor));
-    if (propertyName == NoSignalName)
+    if (propertyName == NoSignal)
         return settings(channel).noSignal == 0 ? "Top" : "Bottom";
     return {};
 }
 
-void LumoraDocument::setData(int channel, std::string_view propertyName, std::string_view text) {
-    constexpr int shortestPulse = 800;
-    constexpr int longestPulse = 2200;
-    if (propertyName == RangeMinName)
-        transmitterMin_ = limited(text, shortestPulse, longestPulse);
-    else if (propertyName == RangeMaxName)
-        transmitterMax_ = limited(text, shortestPulse, longestPulse);
+int LumoraDocument::Limited(std::string_view propertyName, std::string_view text) {
+    const NumberSetting* setting = numberSetting(propertyName);
+    return RoundToInteger(std::clamp<double>(ReadNumber(text),
+                                             setting == nullptr ? ShortestPulse : setting->lowest,
+                                             setting == nullptr ? LongestPulse : setting->highest));
+}
+
+void LumoraDocument::setData(WriteAccess, int channel, std::string_view propertyName,
+                             std::string_view text) {
+    if (propertyName == RangeMin)
+        transmitterMin_ = Limited(propertyName, text);
+    else if (propertyName == RangeMax)
+        transmitterMax_ = Limited(propertyName, text);
     else if (propertyName.starts_with(SimulatorStart)) {
         if (!simulator_.setChanges(channel, propertyName, text))
             return;
     } else if (const NumberSetting* setting = numberSetting(propertyName))
-        settingsOf(channel).*setting->member = limited(text, setting->lowest, setting->highest);
-    else if (propertyName == NoSignalName)
+        settingsOf(channel).*setting->member = Limited(propertyName, text);
+    else if (propertyName == NoSignal)
         settingsOf(channel).noSignal = text == "Top" ? 0 : 1;
-    else if (propertyName == LightColorName) {
+    else if (propertyName == LightColor) {
         const auto color = static_cast<int>(ReadHexadecimal(text));
         settingsOf(channel).lightColor = color;
         for (const bool onState : {false, true})
-            Channel(channel, onState).setLightColor(color);
+            at(trackIndex(channel, onState)).setLightColor(color);
     } else {
         return;
     }
@@ -131,8 +124,8 @@ void LumoraDocument::setData(int channel, std::string_view propertyName, std::st
 }
 
 bool LumoraDocument::takesData(int channel, std::string_view propertyName) {
-    const bool ofAChannel = numberSetting(propertyName) != nullptr ||
-                            propertyName == LightColorName || propertyName == NoSignalName ||
+    const bool ofAChannel = numberSetting(propertyName) != nullptr || propertyName == LightColor ||
+                            propertyName == NoSignal ||
                             propertyName == LumoraSimulatorSettings::LightImageName ||
                             propertyName == LumoraSimulatorSettings::LightPositionName;
     return isChannel(channel) || !ofAChannel; // the others ignore their channel

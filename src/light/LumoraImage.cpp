@@ -9,9 +9,7 @@ namespace corvane {
 
 namespace {
 
-constexpr int ShortestPulse = 800; // microseconds
-constexpr int LongestPulse = 2200;
-constexpr int HighestCurrent = 250; // above it stand the tags
+// Above the highest current.
 constexpr std::uint8_t ProportionalTag = 251;
 constexpr std::uint8_t FromTripTag = 252;
 constexpr std::uint8_t EmptyTrackTime = 100; // a second of darkness
@@ -54,13 +52,13 @@ std::uint8_t hysteresis(const LumoraChannelSettings& settings) {
 }
 
 void normaliseRange(int& xmitMin, int& xmitMax) {
-    xmitMin = std::clamp(xmitMin, ShortestPulse, LongestPulse);
-    xmitMax = std::clamp(xmitMax, ShortestPulse, LongestPulse);
+    xmitMin = std::clamp(xmitMin, LumoraDocument::ShortestPulse, LumoraDocument::LongestPulse);
+    xmitMax = std::clamp(xmitMax, LumoraDocument::ShortestPulse, LumoraDocument::LongestPulse);
     if (xmitMin > xmitMax)
         std::swap(xmitMin, xmitMax);
     if (xmitMin < xmitMax)
         return;
-    if (xmitMin == LongestPulse)
+    if (xmitMin == LumoraDocument::LongestPulse)
         --xmitMin;
     else
         ++xmitMax;
@@ -140,7 +138,8 @@ bool LumoraImageCompiler::CompileTrackImage(int trackIndex) {
     const LumoraTrack& track = document_.track(trackIndex);
     const int maxCurrent = document_.settings(LumoraDocument::channelOf(trackIndex)).maxCurrent;
     const auto currentByte = [maxCurrent](int brightness) {
-        return static_cast<std::uint8_t>(std::min(current(maxCurrent, brightness), HighestCurrent));
+        return static_cast<std::uint8_t>(
+            std::min(current(maxCurrent, brightness), LumoraDocument::HighestCurrent));
     };
     if (track.GetTrackCount() == 0) {
         program_.Append(EmptyTrackTime);

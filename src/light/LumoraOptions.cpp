@@ -1,68 +1,74 @@
 #include "light/LumoraOptions.h"
 
-#include "base/KOMath.h"
 #include "base/Numbers.h"
 #include "light/LumoraUndoableChange.h"
 
 namespace corvane {
 
+namespace {
+
+std::string withRange(const std::string& text, int lowest, int highest, const char* unit) {
+    return text + ", " + std::to_string(lowest) + " to " + std::to_string(highest) + " " + unit;
+}
+
+} // namespace
+
 LumoraOptions::LumoraOptions(LumoraDocument& document, Dialogs& dialogs)
     : document_(document), dialogs_(dialogs) {
-    bindNumber(ChannelMaxCurrent, "Max Current", 10, 250);
-    bindNumber(ChannelHysteresis, "Hysteresis", 0, 100);
-    bindNumber(ChannelTurnOffPoint, "Turn Off Point", 0, 100);
-    bindRange(TransmitterRangeMin, "XMit Min");
-    bindRange(TransmitterRangeMax, "XMit Max");
-    ChannelMaxCurrent.setToolTipText("Current at full brightness, 10 to 250 mA");
+    bindNumber(ChannelMaxCurrent, LumoraDocument::MaxCurrent);
+    bindNumber(ChannelHysteresis, LumoraDocument::Hysteresis);
+    bindNumber(ChannelTurnOffPoint, LumoraDocument::TurnOffPoint);
+    bindRange(TransmitterRangeMin, LumoraDocument::RangeMin);
+    bindRange(TransmitterRangeMax, LumoraDocument::RangeMax);
+    ChannelMaxCurrent.setToolTipText(withRange("Current at full brightness",
+                                               LumoraDocument::LowestCurrent,
+                                               LumoraDocument::HighestCurrent, "mA"));
     ChannelHysteresis.setToolTipText(
         "How far the stick has to pass the trip point before the track changes, 0 to 100 percent");
     ChannelTurnOffPoint.setToolTipText("The light is off below this level, 0 to 100 percent");
-    TransmitterRangeMin.setToolTipText("Shortest pulse of the stick, 800 to 2200 microseconds");
-    TransmitterRangeMax.setToolTipText("Longest pulse of the stick, 800 to 2200 microseconds");
+    for (const auto& [box, text] : {std::pair(&TransmitterRangeMin, "Shortest pulse of the stick"),
+                                    std::pair(&TransmitterRangeMax, "Longest pulse of the stick")})
+        box->setToolTipText(withRange(text, LumoraDocument::ShortestPulse,
+                                      LumoraDocument::LongestPulse, "microseconds"));
     ChangeLightColorButton.setToolTipText("Choose the colour that this channel's light has");
     for (OptionButton* choice : {&ChannelNoSignalTopTrack, &ChannelNoSignalBottomTrack})
         choice->setToolTipText("Track that plays without a signal from the transmitter");
-    connections_.push_back(ChangeLightColorButton.Click.connect([this] { changeLightColor(); }));
-    connections_.push_back(
-        ChannelNoSignalTopTrack.Click.connect([this] { record(channel_, "No Signal", "Top"); }));
-    connections_.push_back(ChannelNoSignalBottomTrack.Click.connect(
-        [this] { record(channel_, "No Signal", "Bottom"); }));
-    connections_.push_back(TransmitterRangeResetButton.Click.connect([this] {
+    on_(ChangeLightColorButton.Click, [this] { changeLightColor(); });
+    on_(ChannelNoSignalTopTrack.Click,
+        [this] { record(channel_, LumoraDocument::NoSignal, "Top"); });
+    on_(ChannelNoSignalBottomTrack.Click,
+        [this] { record(channel_, LumoraDocument::NoSignal, "Bottom"); });
+    on_(TransmitterRangeResetButton.Click, [this] {
         // One after the other, since recording the one shows both as they are stored.
         TransmitterRangeMin.setText(std::to_string(LumoraDocument::DefaultRangeMin));
         TransmitterRangeMin.leave();
         TransmitterRangeMax.setText(std::to_string(LumoraDocument::DefaultRangeMax));
         TransmitterRangeMax.leave();
-    }));
+    });
 }
 
-void LumoraOptions::bindNumber(TextBox& box, const std::string& propertyName, int lowest,
-                               int highest) {
-    connections_.push_back(box.Validate.connect([this, &box, propertyName, lowest, highest] {
+void LumoraOptions::bindNumber(TextBox& box, std::string_view propertyName) {
+    on_(box.Validate, [this, &box, propertyName] {
         if (channel_ != 0)
-            recordNumber(box, channel_, propertyName, lowest, highest);
-    }));
+            recordNumber(box, channel_, propertyName);
+    });
 }
 
-void LumoraOptions::bindRange(TextBox& box, const std::string& propertyName) {
-    constexpr int shortest = 800;
-    constexpr int longest = 2200;
-    connections_.push_back(box.Validate.connect(
-        [this, &box, propertyName] { recordNumber(box, 0, propertyName, shortest, longest); }));
+void LumoraOptions::bindRange(TextBox& box, std::string_view propertyName) {
+    on_(box.Validate, [this, &box, propertyName] { recordNumber(box, 0, propertyName); });
 }
 
-void LumoraOptions::recordNumber(const TextBox& box, int channel, const std::string& propertyName,
-                                 int lowest, int highest) {
-    const double value = std::clamp<double>(ReadNumber(box.Text()), lowest, highest);
-    record(channel, propertyName, std::to_string(RoundToInteger(value)));
+void LumoraOptions::recordNumber(const TextBox& box, int channel, std::string_view propertyName) {
+    record(channel, propertyName,
+           std::to_string(LumoraDocument::Limited(propertyName, box.Text())));
 }
 
-void LumoraOptions::record(int channel, const std::string& propertyName,
+void LumoraOptions::record(int channel, std::string_view propertyName,
                            const std::string& newValue) {
     if (newValue == document_.Data(channel, propertyName))
         return;
     auto change = std::make_unique<LumoraUndoableTextChange>();
-    change->Initialize(document_, channel, propertyName, newValue);
+    change->Initialize(document_, channel, std::string(propertyName), newValue);
     document_.HistoryObject().Record(std::move(change));
 }
 
@@ -71,10 +77,11 @@ void LumoraOptions::changeLightColor() {
         return;
     if (const std::optional<int> color =
             dialogs_.PickColor(ChannelLightColorSample.ForeColor(), "Light Color"))
-        record(channel_, "Light Color", WriteHexadecimal(static_cast<std::uint32_t>(*color)));
+        record(channel_, LumoraDocument::LightColor,
+               WriteHexadecimal(static_cast<std::uint32_t>(*color)));
 }
 
-void LumoraOptions::show(TextBox& box, const std::string& propertyName) const {
+void LumoraOptions::show(TextBox& box, std::string_view propertyName) const {
     box.setText(document_.Data(channel_, propertyName));
 }
 
@@ -87,7 +94,7 @@ void LumoraOptions::UpdateMaxCurrent() {
     if (channel_ == 0)
         return;
     // Before the box goes, which is left by that: what is in it is this channel's by then.
-    show(ChannelMaxCurrent, "Max Current");
+    show(ChannelMaxCurrent, LumoraDocument::MaxCurrent);
     const bool dimmable = channel_ < LumoraDocument::FirstBinaryChannel;
     for (ChildControl* child : std::initializer_list<ChildControl*>{
              &MaxCurrentLabel, &ChannelMaxCurrent, &MaxCurrentUnit}) {
@@ -98,7 +105,7 @@ void LumoraOptions::UpdateMaxCurrent() {
 
 void LumoraOptions::UpdateTurnOffPoint() {
     if (channel_ != 0)
-        show(ChannelTurnOffPoint, "Turn Off Point");
+        show(ChannelTurnOffPoint, LumoraDocument::TurnOffPoint);
 }
 
 void LumoraOptions::UpdateNoSignal() {
@@ -111,7 +118,7 @@ void LumoraOptions::UpdateNoSignal() {
 
 void LumoraOptions::UpdateHysteresis() {
     if (channel_ != 0)
-        show(ChannelHysteresis, "Hysteresis");
+        show(ChannelHysteresis, LumoraDocument::Hysteresis);
 }
 
 void LumoraOptions::UpdateXMit() {

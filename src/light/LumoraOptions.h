@@ -28,7 +28,6 @@ class LumoraOptions {
     void Update();
 
     Frame OptionsFrame;
-    Label LightColorLabel{"Light Color:"};
     Label ChannelLightColorSample; ///< Its fore colour is the light's.
     Button ChangeLightColorButton{"Change"};
     Label MaxCurrentLabel{"Max Current:"};
@@ -36,39 +35,30 @@ class LumoraOptions {
     Label MaxCurrentUnit{"mA"};
 
     Frame AdvancedOptionsFrame;
-    Label TurnOffPointLabel{"Turn Off Below:"};
     TextBox ChannelTurnOffPoint;
-    Label TurnOffPointUnit{"%"};
-    Label HysteresisLabel{"Hysteresis: +/-"};
     TextBox ChannelHysteresis;
-    Label HysteresisUnit{"%"};
-    Label NoSignalLabel{"No Signal Default:"};
     OptionButton ChannelNoSignalTopTrack{"top track"};
     OptionButton ChannelNoSignalBottomTrack{"bottom track"};
 
     Frame TransmitterFrame;
-    Label RangeLabel{"Range:"};
     TextBox TransmitterRangeMin;
-    Label RangeDash{"-"};
     TextBox TransmitterRangeMax;
-    Label RangeUnit{"µs"};
     Button TransmitterRangeResetButton{"Reset to Default"};
 
     /// Records a setting's new value, given as text, unless it is the stored one.
-    void record(int channel, const std::string& propertyName, const std::string& newValue);
+    void record(int channel, std::string_view propertyName, const std::string& newValue);
 
   private:
-    void bindNumber(TextBox& box, const std::string& propertyName, int lowest, int highest);
-    void bindRange(TextBox& box, const std::string& propertyName);
-    void recordNumber(const TextBox& box, int channel, const std::string& propertyName, int lowest,
-                      int highest);
+    void bindNumber(TextBox& box, std::string_view propertyName);
+    void bindRange(TextBox& box, std::string_view propertyName);
+    void recordNumber(const TextBox& box, int channel, std::string_view propertyName);
     void changeLightColor();
-    void show(TextBox& box, const std::string& propertyName) const;
+    void show(TextBox& box, std::string_view propertyName) const;
 
     LumoraDocument& document_;
     Dialogs& dialogs_;
     int channel_ = 0;
-    std::vector<Connection> connections_;
+    Connections on_;
 };
 
 } // namespace corvane

@@ -1,5 +1,7 @@
 #include "light/LumoraPlaces.h"
 
+#include "light/LumoraDocument.h"
+
 namespace corvane {
 
 namespace {
@@ -50,9 +52,9 @@ std::string whatToDo(const LumoraPlace& user, const LumoraPlace& change) {
 } // namespace
 
 LumoraPlace PlaceOfChange(int channel, std::string_view propertyName) {
-    if (propertyName.starts_with("Sim "))
+    if (propertyName.starts_with(LumoraDocument::SimulatorStart))
         return {Kind::Simulator, 0};
-    if (propertyName.starts_with("XMit "))
+    if (propertyName.starts_with(LumoraDocument::TransmitterStart))
         return {Kind::Transmitter, 0};
     return {Kind::Channel, channel};
 }

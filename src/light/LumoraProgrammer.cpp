@@ -27,12 +27,6 @@ constexpr const char* NotWritten =
 
 } // namespace
 
-LumoraProgrammer::LumoraProgrammer(const Workplace& place, const LumoraDocument& document)
-    : with_(place),
-      document_(document),
-      onPacket_(place.link.PacketReceived.connect(
-          [this](const KOPacket& packet) { ProcessPacket(packet); })) {}
-
 JobOutcome LumoraProgrammer::run() {
     BeginProgramming();
     while (!over_) {
@@ -46,17 +40,15 @@ JobOutcome LumoraProgrammer::run() {
 }
 
 void LumoraProgrammer::BeginProgramming() {
-    JobOutcome reached = ReachProduct(with_, ControlClass, false);
+    JobOutcome reached = ReachProduct(with_, ControlClass::Lumora, false);
     if (!reached.done()) {
-        with_.link.DisconnectAndBlock(false); // it may have got hold of another product
         reached.text = "Unable to connect to the Lumora.";
-        end(std::move(reached));
+        end(std::move(reached)); // it may have got hold of another product
         return ConnectionFailed.raise();
     }
     const Version controller = with_.link.Product().deviceType;
     const bool older = controller.Equals(Version(1, 1));
     if (!older && !controller.Equals(Version(1, 2))) {
-        with_.link.DisconnectAndBlock(false);
         end({Reason::OtherProduct, "Unable to connect to the Lumora.",
              "The controller is of type " + controller.ToString() +
                  ", which this program can't program. Look for a newer version of the program."});
@@ -68,8 +60,6 @@ void LumoraProgrammer::BeginProgramming() {
         with_.dialogs.ShowError("Channel " + std::to_string(channel) +
                                 " has a segment with a function that the controller does not "
                                 "know.\r\n\r\nChoose another function for it, then program again.");
-        queue_.clear();
-        with_.link.DisconnectAndBlock(false);
         end({Reason::Unfit, Failed, {}, true});
         return ProgrammingFailed.raise();
     }
@@ -185,36 +175,34 @@ void LumoraProgrammer::programImage() {
     ProgrammingStarted.raise(compiled.segments, LumoraDocument::BlockLimit);
     readTotal_ = writeTotal_ = compiler.image().Length();
     const bool done = EepWriter_->WriteEEPROM(0, compiler.image());
-    end(done ? JobOutcome{Reason::Done, Complete, {}}
-             : JobOutcome{Reason::Failed, Failed, NotWritten});
+    over_ = true;
+    outcome_ = done ? JobOutcome{Reason::Done, Complete, {}}
+                    : JobOutcome{Reason::Failed, Failed, NotWritten};
     (done ? ProgrammingComplete : ProgrammingFailed).raise();
+    // With a power cycle, so that the controller begins anew with what it holds now.
     EepWriter_->Disconnect(true);
 }
 
 // Ends
 
-void LumoraProgrammer::end(JobOutcome outcome) {
+void LumoraProgrammer::end(JobOutcome outcome, bool pleaseReset) {
+    queue_.clear();
+    with_.link.DisconnectAndBlock(pleaseReset);
     over_ = true;
     outcome_ = std::move(outcome);
 }
 
 void LumoraProgrammer::FailProgramming(const std::string& cure) {
-    queue_.clear();
-    with_.link.DisconnectAndBlock(false);
     end({Reason::Failed, Failed, cure + OnlyAPart});
     ProgrammingFailed.raise();
 }
 
 void LumoraProgrammer::CancelProgramming() {
-    queue_.clear();
-    with_.link.DisconnectAndBlock(false);
     end({Reason::Canceled, "Programming canceled.", {}});
     ProgrammingCanceled.raise();
 }
 
 void LumoraProgrammer::FailForCodeSpace(int blocksUsed) {
-    queue_.clear();
-    with_.link.DisconnectAndBlock(false);
     end({Reason::Unfit,
          "The Lumora controller can only hold " + std::to_string(LumoraDocument::BlockLimit) +
              " segments.",
@@ -223,8 +211,7 @@ void LumoraProgrammer::FailForCodeSpace(int blocksUsed) {
 }
 
 void LumoraProgrammer::FinishProgramming() {
-    with_.link.DisconnectAndBlock(true);
-    end({Reason::Done, Complete, {}});
+    end({Reason::Done, Complete, {}}, true);
     ProgrammingComplete.raise();
 }
 

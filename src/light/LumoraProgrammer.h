@@ -7,15 +7,13 @@
 
 namespace corvane {
 
-/// Takes a light program into the controller that hangs on the link. Made anew for each run, and
-/// hears the link's packets itself. Nothing is sent before `ProgrammingStarted`.
-class LumoraProgrammer {
+/// Takes a light program into the controller that hangs on the link. Made anew for each run.
+/// Nothing is sent before `ProgrammingStarted`. `outcome` is that of the run as soon as an end
+/// event has come, and told by whoever shows the run.
+class LumoraProgrammer final : public ProductJob {
   public:
-    static constexpr const char* ControlClass = "Corvane.LumoraControl"; ///< Of what it programs.
-
-    LumoraProgrammer(const Workplace& place, const LumoraDocument& document);
-    LumoraProgrammer(const LumoraProgrammer&) = delete;
-    LumoraProgrammer& operator=(const LumoraProgrammer&) = delete;
+    LumoraProgrammer(const Workplace& place, const LumoraDocument& document)
+        : ProductJob(place), document_(document) {}
 
     Event<> Connected;
     Event<> ConnectionFailed; ///< The run is over.
@@ -31,20 +29,17 @@ class LumoraProgrammer {
 
     /// A whole run, from the connection to its end.
     [[nodiscard]] JobOutcome run();
-    /// What has become of the run, as soon as an end event has come.
-    [[nodiscard]] const JobOutcome& outcome() const { return outcome_; }
 
     /// Begins a run, which `Update` and the link's `Update` go on with until an end event has come;
     /// the newer controller's is over when this returns.
     void BeginProgramming();
-    /// Every packet of the link comes here.
-    void ProcessPacket(const KOPacket& packet);
     /// Watches for the reply that does not come.
     void Update();
     /// 0 to 100.
     [[nodiscard]] int Progress() const;
 
   private:
+    void ProcessPacket(const KOPacket& packet) override;
     void programTransfers();
     void programImage();
     [[nodiscard]] bool endsHere(const LumoraCompiled& compiled);
@@ -52,11 +47,11 @@ class LumoraProgrammer {
     void RetryTransfer(int weight, const std::string& cure);
     void FailProgramming(const std::string& cure);
     void CancelProgramming();
-    void end(JobOutcome outcome);
+    /// Lets the controller go; the end event is raised behind it.
+    void end(JobOutcome outcome, bool pleaseReset = false);
     void FailForCodeSpace(int blocksUsed);
     void FinishProgramming();
 
-    Workplace with_;
     const LumoraDocument& document_;
     std::unique_ptr<GenericEEPROMProgrammer> EepWriter_; // for the newer controller only
     int readPosition_ = 0;
@@ -67,9 +62,7 @@ class LumoraProgrammer {
     int transferTotal_ = 0;
     int retryCount_ = 0; // spent of the budget of the transfer at the head
     std::uint32_t sentAt_ = 0;
-    JobOutcome outcome_;
     bool over_ = false;
-    Connection onPacket_;
     Connection onReading_;
     Connection onWriting_;
 };

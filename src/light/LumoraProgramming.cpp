@@ -14,32 +14,29 @@ std::string percentText(double share) {
 
 } // namespace
 
-LumoraProgramming::LumoraProgramming() : onOk_(OKButton.Click.connect([this] { Closed.raise(); })) {
+LumoraProgramming::LumoraProgramming() : onOk_(OKButton.Click.connect([this] { close(); })) {
     Cure.setVisible(false);
     OKButton.setEnabled(false, "The controller is being programmed.");
 }
 
 void LumoraProgramming::SetProgrammer(LumoraProgrammer& programmer) {
-    connections_.clear();
-    const auto on = [this](auto& event, auto react) {
-        connections_.push_back(event.connect(react));
-    };
-    on(programmer.Connected, [this] {
+    on_.clear();
+    on_(programmer.Connected, [this] {
         Status.setCaption("Programming, please wait...");
         Refresh.raise();
     });
     const auto end = [this, &programmer] { showEnd(programmer.outcome()); };
-    on(programmer.ConnectionFailed, end);
-    on(programmer.ProgrammingStarted, [this](int used, int most) { showBlocks(used, most); });
-    on(programmer.ProgressChanged,
-       [this, &programmer] { Progress.setValue(programmer.Progress()); });
-    on(programmer.ProgrammingComplete, [this, end] {
+    on_(programmer.ConnectionFailed, end);
+    on_(programmer.ProgrammingStarted, [this](int used, int most) { showBlocks(used, most); });
+    on_(programmer.ProgressChanged,
+        [this, &programmer] { Progress.setValue(programmer.Progress()); });
+    on_(programmer.ProgrammingComplete, [this, end] {
         Progress.setValue(100);
         end();
     });
-    on(programmer.ProgrammingCanceled, end);
-    on(programmer.ProgrammingFailed, end);
-    on(programmer.ProgrammingFailedDueToCodeSpace, [this, end](int used, int most) {
+    on_(programmer.ProgrammingCanceled, end);
+    on_(programmer.ProgrammingFailed, end);
+    on_(programmer.ProgrammingFailedDueToCodeSpace, [this, end](int used, int most) {
         showBlocks(used, most);
         end();
     });

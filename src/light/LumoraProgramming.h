@@ -22,22 +22,20 @@ class LumoraProgramming {
 
     Label Status{"Connecting to the Lumora..."};
     Label Cure; ///< What to do about a failure, as long as there is something.
-    Label Label1{"Segments Used"};
     Label SegmentsUsedLabel;
-    Label Label2{"Segment Limit"};
     Label SegmentLimitLabel;
-    Label Label3{"Memory in Use"};
     Label MemoryInUseLabel;
     ProgressBar Progress;
     Button OKButton{"OK"};
 
+    void close() const { Closed.raise(); }
     [[nodiscard]] bool over() const { return OKButton.Enabled(); }
 
   private:
     void showBlocks(int blocksUsed, int maxBlocks);
     void showEnd(const JobOutcome& outcome);
 
-    std::vector<Connection> connections_;
+    Connections on_;
     Connection onOk_;
 };
 

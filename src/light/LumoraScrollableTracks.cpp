@@ -27,12 +27,12 @@ LumoraScrollableTracks::LumoraScrollableTracks(LumoraDocument& document, Dialogs
     for (int index = 1; index <= TrackCount(); ++index)
         place(index).editor =
             std::make_unique<LumoraTrackEditor>(*this, index, document_.track(index));
-    connections_.push_back(HScroll.Moved.connect([this] { takeOffset(); }));
-    connections_.push_back(history_.Freezing.connect([this] { ++frozen_; }));
-    connections_.push_back(history_.Unfreezing.connect([this](bool) {
+    on_(HScroll.Moved, [this] { takeOffset(); });
+    on_(history_.Freezing, [this] { ++frozen_; });
+    on_(history_.Unfreezing, [this](bool) {
         if (--frozen_ == 0)
             catchUp();
-    }));
+    });
 }
 
 LumoraTrackEditor& LumoraScrollableTracks::track(int index) const {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "light/LumoraDocument.h"
+#include "light/LumoraRequests.h"
 #include "light/LumoraTrackEditor.h"
 
 namespace corvane {
@@ -8,7 +9,7 @@ namespace corvane {
 /// All tracks of a program as they are edited: which show, one above the other, on one time axis
 /// that scrolls and zooms; which is selected; and which has the input focus. Sizes are twips;
 /// indices count from 1, and 0 means none.
-class LumoraScrollableTracks {
+class LumoraScrollableTracks : public LumoraRequests {
   public:
     static constexpr int TwipsPerPixel = 15;
     static constexpr float DefaultScale = 2400; ///< Twips a second.
@@ -19,18 +20,7 @@ class LumoraScrollableTracks {
     LumoraScrollableTracks(const LumoraScrollableTracks&) = delete;
     LumoraScrollableTracks& operator=(const LumoraScrollableTracks&) = delete;
 
-    Event<bool&> PasteStateRequested;
-    Event<int> SegmentAddRequested;
-    Event<int, int> SegmentCutRequested;
-    Event<int, int> SegmentCopyRequested;
-    Event<int, int> SegmentDeleteRequested;
-    Event<int, int> SegmentInsertRequested;
-    Event<int, int> SegmentPasteRequested;
     Event<> SelectionChanged;
-    Event<int, int, int> TrackBrightnessChanged;
-    Event<int, int, int> TrackBrightness2Changed;
-    Event<int, int, const std::string&> TrackFunctionChanged;
-    Event<int, int, double> TrackTimeChanged;
 
     // For the view.
     Event<int> TrackLookChanged; ///< One track has to be painted.
@@ -88,6 +78,10 @@ class LumoraScrollableTracks {
     void contentChanged(int trackIndex);
     /// Tells it, for a burst of changes once at its end.
     void lookChanged(int trackIndex);
+    /// Tells it at once.
+    void repaint(int trackIndex) const { TrackLookChanged.raise(trackIndex); }
+    void selectionChanged() const { SelectionChanged.raise(); }
+    void focusMoved() const { FocusMoved.raise(); }
     [[nodiscard]] Dialogs& dialogs() const { return dialogs_; }
     [[nodiscard]] const KOKeyboard& keyboard() const { return keyboard_; }
 
@@ -128,7 +122,7 @@ class LumoraScrollableTracks {
     int frozen_ = 0;
     bool scrollStale_ = false;
     bool fitWhenSized_ = false; // asked for before there was any room
-    std::vector<Connection> connections_;
+    Connections on_;
 };
 
 } // namespace corvane

@@ -46,6 +46,7 @@ double LumoraSimulator::TimeLimit(int Channel) const {
 
 void LumoraSimulator::setTime(int Channel, double seconds) {
     State& channel = state(Channel);
+    // The track may have become shorter, or empty, since the last step.
     const double limit = TimeLimit(Channel);
     if (limit == 0) {
         channel.time = 0;
@@ -94,6 +95,7 @@ void LumoraSimulator::UpdateSelectedTracks() {
 }
 
 LumoraSimulator::Selected LumoraSimulator::wanted(const State& channel) const {
+    // Without a signal there is no stick, and so neither a level to be off at nor a trip point.
     if (simulateLossOfSignal_)
         return channel.settings.noSignal == 0 ? Selected::Top : Selected::Bottom;
     if (slider_ < channel.settings.turnOffPoint)
@@ -122,10 +124,12 @@ bool LumoraSimulator::mayChange(const State& channel) const {
 void LumoraSimulator::UpdateSelectedTrack(int Channel) {
     State& channel = state(Channel);
     const Selected next = wanted(channel);
+    // Where it would like to be is one question, whether it may leave where it is another: between
+    // the two ends of the band it stays.
     if (next == channel.selected || !mayChange(channel))
         return;
     channel.selected = next;
-    channel.time = 0;
+    channel.time = 0; // a track is played from its beginning each time
     SelectedTrackChanged.raise(Channel);
     setTime(Channel, 0);
 }

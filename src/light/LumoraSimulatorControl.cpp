@@ -51,36 +51,33 @@ LumoraSimulatorControl::LumoraSimulatorControl(const Surroundings& surroundings)
     : LightChannelButton{Button("1"), Button("2"), Button("3"),
                          Button("4"), Button("5"), Button("6")},
       with_(surroundings) {
-    const auto on = [this](auto& event, auto react) {
-        connections_.push_back(event.connect(react));
-    };
-    on(with_.document.SettingChanged,
-       [this](std::string_view name, int channel) { settingChanged(name, channel); });
+    on_(with_.document.SettingChanged,
+        [this](std::string_view name, int channel) { settingChanged(name, channel); });
     History& history = with_.document.HistoryObject();
-    on(history.Freezing, [this] { ++frozen_; });
-    on(history.Unfreezing, [this](bool) {
+    on_(history.Freezing, [this] { ++frozen_; });
+    on_(history.Unfreezing, [this](bool) {
         --frozen_;
         catchUp();
     });
-    on(with_.simulator.BrightnessChanged, [this](int channel) { updateLight(channel); });
-    on(UpdateTimer.Fired, [this] { tick(); });
-    on(SlowMotionCheck.Click,
-       [this] { with_.simulator.setMotionMultiplier(SlowMotionCheck.Value() ? 0.25 : 1); });
-    on(SimulateLossOfSignalCheck.Click,
-       [this] { with_.simulator.setSimulateLossOfSignal(SimulateLossOfSignalCheck.Value()); });
-    on(SimulateHysteresisCheck.Click,
-       [this] { with_.simulator.setSimulateHysteresis(SimulateHysteresisCheck.Value()); });
+    on_(with_.simulator.BrightnessChanged, [this](int channel) { updateLight(channel); });
+    on_(UpdateTimer.Fired, [this] { tick(); });
+    on_(SlowMotionCheck.Click,
+        [this] { with_.simulator.setMotionMultiplier(SlowMotionCheck.Value() ? 0.25 : 1); });
+    on_(SimulateLossOfSignalCheck.Click,
+        [this] { with_.simulator.setSimulateLossOfSignal(SimulateLossOfSignalCheck.Value()); });
+    on_(SimulateHysteresisCheck.Click,
+        [this] { with_.simulator.setSimulateHysteresis(SimulateHysteresisCheck.Value()); });
     for (int channel = 1; channel <= LumoraDocument::ChannelCount; ++channel) {
         Button& button = LightChannelButton[place(channel)];
         button.setToolTipText("Choose or reset the picture of this channel's light");
-        on(button.Click, [this, channel] { openMenu(channel); });
+        on_(button.Click, [this, channel] { openMenu(channel); });
     }
-    on(BackgroundOptionsButton.Click, [this] { openMenu(0); });
-    on(mnuCanvasChangeBackground.Click, [this] { choosePicture(0); });
-    on(mnuCanvasResetBackground.Click, [this] { resetPicture(0); });
-    on(mnuCanvasSetBackgroundColor.Click, [this] { chooseColor(); });
-    on(mnuLightChangePicture.Click, [this] { choosePicture(menuChannel_); });
-    on(mnuLightResetPicture.Click, [this] { resetPicture(menuChannel_); });
+    on_(BackgroundOptionsButton.Click, [this] { openMenu(0); });
+    on_(mnuCanvasChangeBackground.Click, [this] { choosePicture(0); });
+    on_(mnuCanvasResetBackground.Click, [this] { resetPicture(0); });
+    on_(mnuCanvasSetBackgroundColor.Click, [this] { chooseColor(); });
+    on_(mnuLightChangePicture.Click, [this] { choosePicture(menuChannel_); });
+    on_(mnuLightResetPicture.Click, [this] { resetPicture(menuChannel_); });
     SlowMotionCheck.setToolTipText("Play at a quarter of the speed");
     SimulateLossOfSignalCheck.setToolTipText("Play what plays when no transmitter is heard");
     SimulateHysteresisCheck.setToolTipText("Change tracks only beyond the hysteresis");
@@ -109,7 +106,7 @@ void LumoraSimulatorControl::setButtonFace(KORgbValue color) {
 /// What nobody sees is not worked out, and in a burst of changes only the last one counts: a file
 /// may hold hundreds of large pictures.
 void LumoraSimulatorControl::settingChanged(std::string_view name, int channel) {
-    if (!name.starts_with("Sim "))
+    if (!name.starts_with(LumoraDocument::SimulatorStart))
         return;
     due_.emplace(name, channel);
     catchUp();

@@ -73,14 +73,11 @@ class LumoraSimulatorControl {
     void takePicture(int Channel, const std::string& path);
 
     Timer UpdateTimer{25};
-    Frame ChecksFrame;
     CheckBox SlowMotionCheck{"Slow Motion"};
     CheckBox SimulateLossOfSignalCheck{"Simulate Loss of Signal"};
     CheckBox SimulateHysteresisCheck{"Simulate Hysteresis"};
     Frame OptionsFrame;
-    Label ChannelLabel{"Channels"};
     std::array<Button, LumoraDocument::ChannelCount> LightChannelButton;
-    Label BackgroundLabel{"Background"};
     Button BackgroundOptionsButton{"Background Options"};
 
     MenuItem mnuCanvasChangeBackground{"Change &Background..."};
@@ -129,7 +126,7 @@ class LumoraSimulatorControl {
     bool moved_ = false;
     int menuChannel_ = 0;
     bool restart_ = false;
-    std::vector<Connection> connections_;
+    Connections on_;
 };
 
 } // namespace corvane

@@ -10,8 +10,8 @@ void LumoraTrack::setBinary(bool binary) {
     if (binary == binary_)
         return;
     binary_ = binary;
-    for (const auto& element : elements_)
-        element->clampAgain();
+    for (int index = 1; index <= GetTrackCount(); ++index)
+        SetTrack(index, GetTrack(index));
 }
 
 void LumoraTrack::setLightColor(int color) {
@@ -21,35 +21,36 @@ void LumoraTrack::setLightColor(int color) {
     ColorChanged.raise();
 }
 
-LumoraTrackElement& LumoraTrack::GetTrack(int index) const {
+const LumoraTrackElement& LumoraTrack::GetTrack(int index) const {
     Assert(index >= 1 && index <= GetTrackCount());
-    return *elements_[static_cast<std::size_t>(index) - 1];
+    return elements_[static_cast<std::size_t>(index) - 1];
 }
 
-int LumoraTrack::indexOf(const LumoraTrackElement& element) const {
-    int index = 0;
-    for (const auto& candidate : elements_) {
-        ++index;
-        if (candidate.get() == &element)
-            return index;
-    }
-    return 0;
+void LumoraTrack::SetTrack(int index, LumoraTrackElement element) {
+    Assert(index >= 1 && index <= GetTrackCount());
+    element.fitInto(binary_, topTrack_);
+    LumoraTrackElement& place = elements_[static_cast<std::size_t>(index) - 1];
+    if (element == place)
+        return;
+    changed(!place.functionCode().empty(), !element.functionCode().empty());
+    place = std::move(element);
+    SegmentChanged.raise(index);
 }
 
 int LumoraTrack::AddTrack(double time, int brightness) {
     return InsertTrack(GetTrackCount() + 1, time, brightness, {}, -1);
 }
 
-int LumoraTrack::InsertTrack(int index, double time, int brightness,
-                             const std::string& functionCode, int brightness2) {
+int LumoraTrack::InsertTrack(int index, LumoraTrackElement element) {
     Assert(index >= 1 && index <= GetTrackCount() + 1);
-    auto element = std::make_unique<LumoraTrackElement>(
-        *this, time == -1 ? 1 : time, brightness == -1 ? 0 : brightness,
-        binary_ ? std::string() : functionCode, binary_ || brightness2 == -1 ? 0 : brightness2);
-    const bool hasFunction = !element->functionCode().empty();
+    if (element.time() == -1)
+        element.setTime(1);
+    if (binary_)
+        element.setBrightness2(0);
+    element.fitInto(binary_, topTrack_);
+    const bool hasFunction = !element.functionCode().empty();
     elements_.insert(static_cast<std::size_t>(index) - 1, std::move(element));
-    functions_ += hasFunction ? 1 : 0;
-    ends_.clear();
+    changed(false, hasFunction);
     SegmentInserted.raise(index);
     return index;
 }
@@ -57,9 +58,8 @@ int LumoraTrack::InsertTrack(int index, double time, int brightness,
 void LumoraTrack::RemoveTrack(int index) {
     Assert(index >= 1 && index <= GetTrackCount());
     const std::exception_ptr failure = SegmentRemoving.tell(index);
-    functionChanges(GetTrack(index).functionCode(), {});
     const auto leaving = elements_.take(static_cast<std::size_t>(index) - 1);
-    ends_.clear();
+    changed(!leaving.functionCode().empty(), false);
     SegmentRemoved.raise(index);
     if (failure != nullptr)
         std::rethrow_exception(failure);
@@ -86,20 +86,16 @@ void LumoraTrack::sumTimes() const {
     ends_.clear();
     timeLimit_ = 0;
     double end = 0;
-    for (const auto& element : elements_) {
-        end += element->time();
+    for (const LumoraTrackElement& element : elements_) {
+        end += element.time();
         ends_.push_back(end);
-        timeLimit_ += static_cast<float>(element->time());
+        timeLimit_ += static_cast<float>(element.time());
     }
 }
 
-void LumoraTrack::elementChanged(const LumoraTrackElement& element) {
+void LumoraTrack::changed(bool hadFunction, bool hasFunction) {
+    functions_ += static_cast<int>(hasFunction) - static_cast<int>(hadFunction);
     ends_.clear();
-    SegmentChanged.raise(element);
-}
-
-void LumoraTrack::functionChanges(const std::string& before, const std::string& after) {
-    functions_ += (after.empty() ? 0 : 1) - (before.empty() ? 0 : 1);
 }
 
 } // namespace corvane

@@ -4,7 +4,6 @@
 #include "base/Event.h"
 #include "light/LumoraTrackElement.h"
 
-#include <memory>
 #include <vector>
 
 namespace corvane {
@@ -14,8 +13,9 @@ namespace corvane {
     return color & 0xFFFFFF;
 }
 
-/// The segments of one track, played one after another. "Track" in the operations' names means one
-/// segment. Indices count from 1; one out of range is a caller's fault.
+/// The segments of one track, played one after another, each within the track's limits. "Track" in
+/// the operations' names means one segment. Indices count from 1; one out of range is a caller's
+/// fault.
 class LumoraTrack {
   public:
     /// `topTrack`: the one that is in force from the channel's trip point on.
@@ -26,7 +26,7 @@ class LumoraTrack {
     Event<int> SegmentInserted;
     Event<int> SegmentRemoving; ///< It is still there.
     Event<int> SegmentRemoved;
-    Event<const LumoraTrackElement&> SegmentChanged;
+    Event<int> SegmentChanged;
     Event<> ColorChanged;
 
     [[nodiscard]] bool topTrack() const { return topTrack_; }
@@ -38,15 +38,19 @@ class LumoraTrack {
     void setLightColor(int color);
 
     [[nodiscard]] int GetTrackCount() const { return static_cast<int>(elements_.size()); }
-    [[nodiscard]] LumoraTrackElement& GetTrack(int index) const;
-    /// 0 if it is not in this track.
-    [[nodiscard]] int indexOf(const LumoraTrackElement& element) const;
+    /// Stays where it is until a segment comes or goes.
+    [[nodiscard]] const LumoraTrackElement& GetTrack(int index) const;
+    /// Puts another segment in the place of one, which is told if they differ.
+    void SetTrack(int index, LumoraTrackElement element);
     /// Adds a segment without a function at the end and gives its index.
     int AddTrack(double time, int brightness);
     /// Inserts a segment before the one at `index`, or at the end. -1 stands for a time of 1
     /// second and for a level of 0. A two-level track takes no function and no second level.
-    int InsertTrack(int index, double time, int brightness, const std::string& functionCode,
-                    int brightness2);
+    int InsertTrack(int index, double time, int brightness, std::string functionCode,
+                    int brightness2) {
+        return InsertTrack(index, {brightness, time, std::move(functionCode), brightness2});
+    }
+    int InsertTrack(int index, LumoraTrackElement element);
     void RemoveTrack(int index);
 
     /// Program blocks that the track costs: 1 a segment, 2 with a function, and 1 if it is empty.
@@ -57,17 +61,14 @@ class LumoraTrack {
     /// the last one past the end, 0 in an empty track.
     [[nodiscard]] int SegmentAt(double seconds) const;
 
-    // For the segments alone.
-    void elementChanged(const LumoraTrackElement& element);
-    void functionChanges(const std::string& before, const std::string& after);
-
   private:
+    void changed(bool hadFunction, bool hasFunction);
     void sumTimes() const;
 
     bool topTrack_;
     bool binary_ = false;
     int lightColor_ = 0xFFFFFF;
-    BlockSequence<std::unique_ptr<LumoraTrackElement>> elements_;
+    BlockSequence<LumoraTrackElement> elements_;
     int functions_ = 0; // segments that have one
     // Worked out when they are asked for.
     mutable std::vector<double> ends_; // of the segments, in seconds

@@ -9,39 +9,38 @@
 namespace corvane {
 
 LumoraTrackEditor::LumoraTrackEditor(LumoraScrollableTracks& set, int trackIndex,
-                                     LumoraTrack& track)
+                                     const LumoraTrack& track)
     : set_(set), trackIndex_(trackIndex), track_(track) {
-    connections_.push_back(track.SegmentInserted.connect([this](int index) {
+    on_(track.SegmentInserted, [this](int index) {
+        if (index <= FocusedIndex())
+            block_->setIndex(block_->index() + 1);
         selection_.inserted(index);
         rearrange(index);
         set_.contentChanged(trackIndex_);
-    }));
-    connections_.push_back(track.SegmentRemoving.connect([this](int index) {
+    });
+    on_(track.SegmentRemoving, [this](int index) {
         if (index == SelectedIndex() && index == track_.GetTrackCount())
             setSelectedIndex(index - 1);
-        if (block_ != nullptr && &block_->element() == &track_.GetTrack(index)) {
+        if (index == FocusedIndex()) {
             block_.reset();
-            set_.TrackLookChanged.raise(trackIndex_); // at once: whoever shows it lets it go
+            set_.repaint(trackIndex_); // at once: whoever shows it lets it go
         }
-    }));
-    connections_.push_back(track.SegmentRemoved.connect([this](int index) {
+    });
+    on_(track.SegmentRemoved, [this](int index) {
+        if (index < FocusedIndex())
+            block_->setIndex(block_->index() - 1);
         selection_.removed(index);
         rearrange(index);
         set_.contentChanged(trackIndex_);
         selectionChanged();
-    }));
-    connections_.push_back(track.SegmentChanged.connect([this](const LumoraTrackElement& element) {
-        if (block_ != nullptr && &block_->element() == &element)
+    });
+    on_(track.SegmentChanged, [this](int index) {
+        if (index == FocusedIndex())
             block_->follow();
-        rearrange();
+        rearrange(index);
         set_.contentChanged(trackIndex_);
-    }));
-    connections_.push_back(
-        track.ColorChanged.connect([this] { set_.TrackLookChanged.raise(trackIndex_); }));
-    connections_.push_back(messenger_.MessageReceived.connect(
-        [this](std::string_view message, const void* sender, MessageValue& value) {
-            MyMessenger_MessageReceived(message, sender, value);
-        }));
+    });
+    on_(track.ColorChanged, [this] { set_.repaint(trackIndex_); });
     for (int index = 1; index <= track.GetTrackCount(); ++index)
         selection_.inserted(index);
 }
@@ -49,8 +48,8 @@ LumoraTrackEditor::LumoraTrackEditor(LumoraScrollableTracks& set, int trackIndex
 void LumoraTrackEditor::setSelected(bool selected) {
     selected_ = selected;
     selection_.selectOnly(selection_.first());
-    set_.TrackLookChanged.raise(trackIndex_);
-    set_.SelectionChanged.raise();
+    set_.repaint(trackIndex_);
+    set_.selectionChanged();
 }
 
 void LumoraTrackEditor::setSelectedIndex(int index) {
@@ -69,10 +68,9 @@ void LumoraTrackEditor::rearrange(int fromIndex) const {
 }
 
 int LumoraTrackEditor::widthOf(int index, float scale) const {
-    const LumoraTrackElement& element = track_.GetTrack(index);
-    const bool worked = block_ != nullptr && &block_->element() == &element;
-    return RoundToInteger(static_cast<double>(scale) *
-                          (worked ? block_->shownTime() : element.time()));
+    return RoundToInteger(static_cast<double>(scale) * (index == FocusedIndex()
+                                                            ? block_->shownTime()
+                                                            : track_.GetTrack(index).time()));
 }
 
 double LumoraTrackEditor::ContentWidthAt(float scale) const {
@@ -105,32 +103,31 @@ int LumoraTrackEditor::firstRightOf(int x) const {
            1;
 }
 
-int LumoraTrackEditor::FocusedIndex() const {
-    return block_ == nullptr ? 0 : track_.indexOf(block_->element());
-}
-
 void LumoraTrackEditor::FocusOn(int index, Moved moved) {
     const bool moves = index != FocusedIndex() || set_.focusedTrack() != trackIndex_;
     setFocus(index);
     if (moves)
         clickRule(index, moved);
-    set_.FocusMoved.raise();
+    set_.focusMoved();
 }
 
 void LumoraTrackEditor::press(int index) {
     setFocus(index);
     clickRule(index, Moved::ByPerson);
-    set_.FocusMoved.raise();
+    set_.focusMoved();
 }
 
 void LumoraTrackEditor::requestFocus(int index) {
-    messenger_.Notify("FocusRequested", &track_.GetTrack(index));
+    set_.takeFocus(trackIndex_);
+    if (SelectedIndexCount() < 2)
+        setSelectedIndex(index);
+    FocusOn(index);
 }
 
 void LumoraTrackEditor::loseFocus() {
     Commit();
     block_.reset();
-    set_.TrackLookChanged.raise(trackIndex_);
+    set_.repaint(trackIndex_);
 }
 
 void LumoraTrackEditor::Commit() {
@@ -146,79 +143,32 @@ void LumoraTrackEditor::setFocus(int index) {
         loseFocus();
     if (index < 1 || index > track_.GetTrackCount()) // committing may have changed the track
         return;
-    block_ = std::make_unique<SegmentBlock>(track_.GetTrack(index),
-                                            SegmentBlock::Surroundings{messenger_, set_.dialogs()});
-    onBlock_ = block_->LookChanged.connect([this] { set_.TrackLookChanged.raise(trackIndex_); });
+    block_ = std::make_unique<SegmentBlock>(
+        SegmentBlock::Surroundings{set_, set_.dialogs(), trackIndex_, track_}, index);
+    onBlock_ = {block_->LookChanged.connect([this] { set_.repaint(trackIndex_); }),
+                block_->TrackResized.connect([this] {
+                    rearrange(block_->index());
+                    set_.contentChanged(trackIndex_);
+                })};
 }
 
 void LumoraTrackEditor::clickRule(int index, Moved moved) {
     if (index < 1 || index > track_.GetTrackCount())
         return;
-    const LumoraTrackElement* sender = &track_.GetTrack(index);
     const bool keysCount = moved == Moved::ByPerson;
-    if (keysCount && set_.keyboard().ShiftHeld()) {
-        messenger_.Notify("SelectRange", sender);
-    } else if (keysCount && set_.keyboard().CtrlHeld()) {
+    if (keysCount && set_.keyboard().ShiftHeld())
+        selection_.extendTo(index);
+    else if (keysCount && set_.keyboard().CtrlHeld())
         selection_.set(index, !selection_.isSelected(index));
-        messenger_.Notify("SelectionChanged", sender);
-    } else {
-        messenger_.Notify("SelectOnly", sender);
-    }
+    else
+        selection_.selectOnly(index);
+    selectionChanged();
 }
 
 void LumoraTrackEditor::selectionChanged() const {
     set_.lookChanged(trackIndex_);
     if (selected_)
-        set_.SelectionChanged.raise();
-}
-
-void LumoraTrackEditor::MyMessenger_MessageReceived(std::string_view message, const void* sender,
-                                                    MessageValue& value) {
-    const int index = track_.indexOf(*static_cast<const LumoraTrackElement*>(sender));
-    const int track = trackIndex_;
-    if (message == "CutSegment") {
-        set_.SegmentCutRequested.raise(track, index);
-    } else if (message == "CopySegment") {
-        set_.SegmentCopyRequested.raise(track, index);
-    } else if (message == "PasteSegment") {
-        set_.SegmentPasteRequested.raise(track, index);
-    } else if (message == "AddSegment") {
-        set_.SegmentAddRequested.raise(track);
-    } else if (message == "DeleteSegment") {
-        set_.SegmentDeleteRequested.raise(track, index);
-    } else if (message == "InsertSegment") {
-        set_.SegmentInsertRequested.raise(track, index);
-    } else if (message == "FocusRequested") {
-        set_.takeFocus(track);
-        if (SelectedIndexCount() < 2)
-            setSelectedIndex(index);
-        FocusOn(index);
-    } else if (message == "SelectionChanged") {
-        selectionChanged();
-    } else if (message == "SelectOnly") {
-        if (index != 0)
-            setSelectedIndex(index);
-    } else if (message == "SelectRange") {
-        if (index != 0) {
-            selection_.extendTo(index);
-            selectionChanged();
-        }
-    } else if (message == "PasteStateRequested") {
-        bool state = false;
-        set_.PasteStateRequested.raise(state);
-        value = state;
-    } else if (message == "BrightnessChanged") {
-        set_.TrackBrightnessChanged.raise(track, index, std::get<int>(value));
-    } else if (message == "Brightness2Changed") {
-        set_.TrackBrightness2Changed.raise(track, index, std::get<int>(value));
-    } else if (message == "FunctionChanged") {
-        set_.TrackFunctionChanged.raise(track, index, std::get<std::string>(value));
-    } else if (message == "TimeChanged") {
-        set_.TrackTimeChanged.raise(track, index, std::get<double>(value));
-    } else if (message == "TrackResized") {
-        rearrange(index);
-        set_.contentChanged(track);
-    }
+        set_.selectionChanged();
 }
 
 } // namespace corvane

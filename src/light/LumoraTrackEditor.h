@@ -4,20 +4,21 @@
 #include "light/SegmentBlock.h"
 #include "light/TrackSelection.h"
 
+#include <array>
+
 namespace corvane {
 
 class LumoraScrollableTracks;
 
 /// One track as it is edited: where its segments lie, which are selected, and the one that is
-/// worked on. Turns what that one says into requests of the track set, with the segment's index.
-/// Indices count from 1, 0 means none; sizes are twips.
+/// worked on. Indices count from 1, 0 means none; sizes are twips.
 class LumoraTrackEditor {
   public:
-    LumoraTrackEditor(LumoraScrollableTracks& set, int trackIndex, LumoraTrack& track);
+    LumoraTrackEditor(LumoraScrollableTracks& set, int trackIndex, const LumoraTrack& track);
     LumoraTrackEditor(const LumoraTrackEditor&) = delete;
     LumoraTrackEditor& operator=(const LumoraTrackEditor&) = delete;
 
-    [[nodiscard]] LumoraTrack& track() const { return track_; }
+    [[nodiscard]] const LumoraTrack& track() const { return track_; }
     [[nodiscard]] int trackIndex() const { return trackIndex_; }
 
     /// This is the selected track of the set. Every assignment leaves only the first segment
@@ -48,7 +49,7 @@ class LumoraTrackEditor {
     void rearrange(int fromIndex = 1) const;
 
     /// The segment that has the input focus.
-    [[nodiscard]] int FocusedIndex() const;
+    [[nodiscard]] int FocusedIndex() const { return block_ == nullptr ? 0 : block_->index(); }
     /// Its block; nothing if none has the focus.
     [[nodiscard]] SegmentBlock* block() const { return block_.get(); }
     /// Who moves the focus. Shift and Ctrl count for a person's own move alone.
@@ -57,7 +58,7 @@ class LumoraTrackEditor {
     void FocusOn(int index, Moved moved = Moved::ByPerson);
     /// A press of the left button on a segment.
     void press(int index);
-    /// What a press of the right button on a segment does first.
+    /// What a press of the right button on a segment does first: gives it the input focus.
     void requestFocus(int index);
     /// The input focus has gone elsewhere.
     void loseFocus();
@@ -69,20 +70,17 @@ class LumoraTrackEditor {
     [[nodiscard]] int widthOf(int index, float scale) const;
     void clickRule(int index, Moved moved);
     void setFocus(int index);
-    void MyMessenger_MessageReceived(std::string_view message, const void* sender,
-                                     MessageValue& value);
     void selectionChanged() const;
 
     LumoraScrollableTracks& set_;
     int trackIndex_;
-    LumoraTrack& track_;
-    Messenger messenger_;
+    const LumoraTrack& track_;
     TrackSelection selection_;
     bool selected_ = false;
     std::unique_ptr<SegmentBlock> block_;
-    Connection onBlock_;
+    std::array<Connection, 2> onBlock_;
     mutable std::vector<int> rights_; // right edges, as far as they are known
-    std::vector<Connection> connections_;
+    Connections on_;
 };
 
 } // namespace corvane

@@ -2,7 +2,6 @@
 
 #include "base/KOMath.h"
 #include "base/Numbers.h"
-#include "light/LumoraTrack.h"
 
 #include <random>
 
@@ -17,53 +16,18 @@ float anyLevel() {
 
 } // namespace
 
-LumoraTrackElement::LumoraTrackElement(LumoraTrack& track, double time, int brightness,
-                                       std::string functionCode, int brightness2)
-    : track_(track),
-      brightness_(ClampBrightness(brightness)),
-      brightness2_(ClampBrightness(brightness2)),
-      functionCode_(std::move(functionCode)),
-      time_(ClampTime(time)) {}
-
-void LumoraTrackElement::setBrightness(int value) {
-    const int clamped = ClampBrightness(value);
-    if (clamped == brightness_)
-        return;
-    brightness_ = clamped;
-    track_.elementChanged(*this);
-}
-
-void LumoraTrackElement::setBrightness2(int value) {
-    const int clamped = ClampBrightness(value);
-    if (clamped == brightness2_)
-        return;
-    brightness2_ = clamped;
-    track_.elementChanged(*this);
-}
-
-void LumoraTrackElement::setFunctionCode(const std::string& code) {
-    std::string taken = Binary() ? std::string() : code;
-    if (taken == functionCode_)
-        return;
-    track_.functionChanges(functionCode_, taken);
-    functionCode_ = std::move(taken);
-    track_.elementChanged(*this);
-}
-
-void LumoraTrackElement::setTime(double value) {
-    const double clamped = ClampTime(value);
-    if (clamped == time_)
-        return;
-    time_ = clamped;
-    track_.elementChanged(*this);
-}
-
-bool LumoraTrackElement::Binary() const {
-    return track_.Binary();
+void LumoraTrackElement::fitInto(bool binary, bool topTrack) {
+    binary_ = binary;
+    topTrack_ = topTrack;
+    brightness_ = ClampBrightness(brightness_);
+    brightness2_ = ClampBrightness(brightness2_);
+    time_ = ClampTime(time_);
+    if (binary)
+        functionCode_.clear();
 }
 
 int LumoraTrackElement::ClampBrightness(int value) const {
-    if (Binary())
+    if (binary_)
         return value >= 50 ? 100 : 0;
     return std::clamp(value, 0, 100);
 }
@@ -88,8 +52,8 @@ float LumoraTrackElement::EvaluateFunction(float t, float x) const {
         return u;
     if (functionCode_ != ProportionalFromTrip)
         return anyLevel();
-    const float lo = track_.topTrack() ? x : 0.0F;
-    const float hi = track_.topTrack() ? 1.0F : x;
+    const float lo = topTrack_ ? x : 0.0F;
+    const float hi = topTrack_ ? 1.0F : x;
     if (std::abs(hi - lo) < 0.001F || u < lo || u > hi)
         return OutOfRange;
     return (u - lo) / (hi - lo);
@@ -101,11 +65,6 @@ int LumoraTrackElement::EvaluateBrightness(int input, int tripPoint) const {
     if (level == OutOfRange)
         return 0;
     return RoundToInteger(brightness2_ + level * static_cast<float>(brightness_ - brightness2_));
-}
-
-void LumoraTrackElement::clampAgain() {
-    setBrightness(brightness_);
-    setBrightness2(brightness2_);
 }
 
 } // namespace corvane

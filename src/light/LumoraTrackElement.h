@@ -5,11 +5,9 @@
 
 namespace corvane {
 
-class LumoraTrack;
-
 /// One timed step of a track: for `time` seconds the light stands at `brightness`, or, with a
-/// function, at a level between `brightness2` and `brightness` that follows the input. Lives in its
-/// track, which hears of every change. Values out of range are brought to the nearer limit.
+/// function, at a level between `brightness2` and `brightness` that follows the input. A value; the
+/// track that takes it brings what is out of range to the nearer limit.
 class LumoraTrackElement {
   public:
     // Function codes. Any other text is kept, and gives a level that changes from call to call.
@@ -20,27 +18,30 @@ class LumoraTrackElement {
     static constexpr double MinTime = 0.01; ///< seconds
     static constexpr double MaxTime = 2.5;
 
-    LumoraTrackElement(LumoraTrack& track, double time, int brightness, std::string functionCode,
-                       int brightness2);
-    LumoraTrackElement(const LumoraTrackElement&) = delete;
-    LumoraTrackElement& operator=(const LumoraTrackElement&) = delete;
+    LumoraTrackElement() = default;
+    LumoraTrackElement(int brightness, double time, std::string functionCode = {},
+                       int brightness2 = 0)
+        : brightness_(brightness),
+          brightness2_(brightness2),
+          time_(time),
+          functionCode_(std::move(functionCode)) {}
+    bool operator==(const LumoraTrackElement&) const = default;
 
     /// Percent; with a function the level at the top of its range.
     [[nodiscard]] int brightness() const { return brightness_; }
-    void setBrightness(int value);
+    void setBrightness(int value) { brightness_ = value; }
     /// Percent at the bottom of the function's range.
     [[nodiscard]] int brightness2() const { return brightness2_; }
-    void setBrightness2(int value);
+    void setBrightness2(int value) { brightness2_ = value; }
     /// A two-level segment takes no function.
     [[nodiscard]] const std::string& functionCode() const { return functionCode_; }
-    void setFunctionCode(const std::string& code);
+    void setFunctionCode(std::string code) { functionCode_ = std::move(code); }
     /// Seconds, in steps of 0.01.
     [[nodiscard]] double time() const { return time_; }
-    void setTime(double value);
+    void setTime(double value) { time_ = value; }
 
-    [[nodiscard]] LumoraTrack& track() const { return track_; }
     /// Only fully on and fully off: a mode of the track.
-    [[nodiscard]] bool Binary() const;
+    [[nodiscard]] bool Binary() const { return binary_; }
     [[nodiscard]] int ClampBrightness(int value) const;
     [[nodiscard]] static double ClampTime(double seconds);
     /// With two digits behind the point.
@@ -54,15 +55,22 @@ class LumoraTrackElement {
     /// The level in percent for an input and a trip point in percent.
     [[nodiscard]] int EvaluateBrightness(int input, int tripPoint) const;
 
-    /// Takes the levels anew after the track's mode has changed.
-    void clampAgain();
+    /// Brings the values within the limits of a track of these modes.
+    void fitInto(bool binary, bool topTrack);
 
   private:
-    LumoraTrack& track_;
-    int brightness_;
-    int brightness2_;
+    int brightness_ = 0;
+    int brightness2_ = 0;
+    double time_ = 1;
     std::string functionCode_;
-    double time_;
+    bool binary_ = false;
+    bool topTrack_ = false;
+};
+
+/// A segment and its place in a track, from 1.
+struct LumoraPlacedElement {
+    int index = 0;
+    LumoraTrackElement element;
 };
 
 } // namespace corvane

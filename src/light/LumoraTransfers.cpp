@@ -42,6 +42,8 @@ LumoraCompiled LumoraTransferCompiler::compile() {
     Assert(LumoraEncoding::channelWithUnknownFunction(document_) == 0);
     if (!mayIgnoreRange())
         return {Outcome::Canceled, 0};
+    // The controller does not play from the first transfer to the last, since until then its tables
+    // do not fit one another.
     queue(StateKind, single(StateBefore));
     if (!CompileProgramBlocks()) {
         transfers_.clear();
@@ -88,6 +90,8 @@ bool LumoraTransferCompiler::CompileProgramBlocks() {
             table.Append(static_cast<std::uint8_t>(segments_));
     };
     for (int channel = 1; channel <= LumoraDocument::ChannelCount; ++channel) {
+        // Each table holds where its tracks begin; the bottom track of a channel follows its top
+        // track, so that one's beginning is the other's end.
         appendNumber(programH);
         fits = CompileTrackBlocks(LumoraDocument::trackIndex(channel, false)) && fits;
         appendNumber(programL);
@@ -120,6 +124,7 @@ bool LumoraTransferCompiler::CompileTrackBlocks(int trackIndex) {
     }
     for (int i = 1; i <= count; ++i) {
         const LumoraTrackElement& segment = track.GetTrack(i);
+        // Those that do not fit are still counted, to tell how many there are too many.
         if (segments_ < LumoraDocument::BlockLimit) {
             int brightness = segment.brightness();
             if (!segment.functionCode().empty()) {

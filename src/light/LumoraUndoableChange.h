@@ -35,6 +35,10 @@ class LumoraUndoableChange : public UndoableChange {
     [[nodiscard]] static bool isChannel(int channel) {
         return channel >= 1 && channel <= LumoraDocument::ChannelCount;
     }
+    [[nodiscard]] static LumoraTrack& writable(LumoraDocument& document, int channel,
+                                               bool onState) {
+        return document.track(access(), LumoraDocument::trackIndex(channel, onState));
+    }
     /// The document that hosts a history, or nothing.
     [[nodiscard]] static LumoraDocument* documentOf(const History& history) {
         return dynamic_cast<LumoraDocument*>(&history.ManagingControl());

@@ -41,9 +41,12 @@ class LumoraUndoableSegmentChange final : public LumoraUndoableChange {
   private:
     [[nodiscard]] bool isSound() const { return isChannel(channel_) && element_ >= 1; }
     void assign(const Value& value) const {
-        LumoraTrackElement& target = document_->Channel(channel_, onState_).GetTrack(element_);
-        const Value before = Kind::of(target);
-        AllOrNothing([&] { Kind::assign(target, value); }, [&] { Kind::assign(target, before); });
+        LumoraTrack& track = writable(*document_, channel_, onState_);
+        const LumoraTrackElement before = track.GetTrack(element_);
+        LumoraTrackElement after = before;
+        Kind::assign(after, value);
+        AllOrNothing([&] { track.SetTrack(element_, after); },
+                     [&] { track.SetTrack(element_, before); });
     }
 
     LumoraDocument* document_ = nullptr;

@@ -19,29 +19,19 @@ constexpr std::size_t HeadLength = 2;  // channel and state
 constexpr std::size_t PlainStride = 3; // index, brightness, time
 constexpr std::size_t FullStride = 5;  // and function, brightness2
 
-void insertInto(LumoraTrack& track, const LumoraSegment& segment) {
-    track.InsertTrack(segment.index, segment.time, segment.brightness, segment.function,
-                      segment.brightness2);
-}
-
 bool isFull(std::string_view prefix) {
     return prefix == FullInsertPrefix || prefix == FullRemovePrefix;
 }
 
 } // namespace
 
-LumoraSegment LumoraSegment::of(const LumoraTrack& track, int index) {
-    const LumoraTrackElement& element = track.GetTrack(index);
-    return {index, element.brightness(), element.time(), element.functionCode(),
-            element.brightness2()};
-}
-
 bool LumoraUndoableTrackChange::isPrefix(std::string_view prefix) {
     return prefix == InsertPrefix || prefix == RemovePrefix || isFull(prefix);
 }
 
 void LumoraUndoableTrackChange::InitializeGroup(LumoraDocument& document, bool insert, int channel,
-                                                bool onState, std::vector<LumoraSegment> segments) {
+                                                bool onState,
+                                                std::vector<LumoraPlacedElement> segments) {
     document_ = &document;
     insert_ = insert;
     channel_ = channel;
@@ -51,32 +41,30 @@ void LumoraUndoableTrackChange::InitializeGroup(LumoraDocument& document, bool i
     // A file does not hold the second levels of segments without functions, and what is inserted
     // must be what a reopened file inserts.
     if (insert_ && !hasFunctions())
-        for (LumoraSegment& segment : segments_)
-            segment.brightness2 = 0;
+        for (LumoraPlacedElement& segment : segments_)
+            segment.element.setBrightness2(0);
 }
 
 void LumoraUndoableTrackChange::Initialize(LumoraDocument& document, bool insert, int channel,
-                                           bool onState, LumoraSegment segment) {
+                                           bool onState, LumoraPlacedElement segment) {
     InitializeGroup(document, insert, channel, onState, {std::move(segment)});
 }
 
 void LumoraUndoableTrackChange::Serialize(std::string& prefix,
                                           std::vector<std::string>& Data) const {
-    const bool full =
-        std::any_of(segments_.begin(), segments_.end(),
-                    [](const LumoraSegment& segment) { return !Trim(segment.function).empty(); });
+    const bool full = hasFunctions();
     prefix = insert_ ? (full ? FullInsertPrefix : InsertPrefix)
                      : (full ? FullRemovePrefix : RemovePrefix);
     Data = {std::to_string(channel_), onState_ ? "1" : "0"};
     Data.reserve(HeadLength + segments_.size() * (full ? FullStride : PlainStride));
-    for (const LumoraSegment& segment : segments_) {
-        Data.push_back(std::to_string(segment.index));
-        Data.push_back(std::to_string(segment.brightness));
-        Data.push_back(WriteNumber(segment.time));
+    for (const auto& [index, element] : segments_) {
+        Data.push_back(std::to_string(index));
+        Data.push_back(std::to_string(element.brightness()));
+        Data.push_back(WriteNumber(element.time()));
         if (!full)
             continue;
-        Data.emplace_back(Trim(segment.function));
-        Data.push_back(std::to_string(segment.brightness2));
+        Data.emplace_back(Trim(element.functionCode()));
+        Data.push_back(std::to_string(element.brightness2()));
     }
 }
 
@@ -93,13 +81,12 @@ bool LumoraUndoableTrackChange::Deserialize(History& history, std::string_view p
     onState_ = ReadNumber(Data[1]) != 0;
     segments_.resize((Data.size() - HeadLength) / stride);
     auto field = Data.begin() + HeadLength;
-    for (LumoraSegment& segment : segments_) {
-        segment.index = ReadInteger(field[0]);
-        segment.brightness = ReadInteger(field[1]);
-        segment.time = ReadNumber(field[2]);
+    for (auto& [index, element] : segments_) {
+        index = ReadInteger(field[0]);
+        element = {ReadInteger(field[1]), ReadNumber(field[2])};
         if (stride == FullStride) {
-            segment.function = Trim(field[3]);
-            segment.brightness2 = ReadInteger(field[4]);
+            element.setFunctionCode(std::string(Trim(field[3])));
+            element.setBrightness2(ReadInteger(field[4]));
         }
         field += static_cast<std::ptrdiff_t>(stride);
     }
@@ -129,30 +116,29 @@ bool LumoraUndoableTrackChange::fitsInto(int& present) const {
 
 bool LumoraUndoableTrackChange::ascends() const {
     return !segments_.empty() && segments_.front().index >= 1 &&
-           std::adjacent_find(segments_.begin(), segments_.end(),
-                              [](const LumoraSegment& a, const LumoraSegment& b) {
-                                  return a.index >= b.index;
-                              }) == segments_.end();
+           std::adjacent_find(segments_.begin(), segments_.end(), [](const auto& a, const auto& b) {
+               return a.index >= b.index;
+           }) == segments_.end();
 }
 
 bool LumoraUndoableTrackChange::fitsALine() const {
     const std::size_t stride = hasFunctions() ? FullStride : PlainStride;
-    return 1 + HeadLength + segments_.size() * stride <= TextLines::MostArguments;
+    return 1 + HeadLength + segments_.size() * stride <= MostArguments;
 }
 
 bool LumoraUndoableTrackChange::hasFunctions() const {
-    return std::any_of(segments_.begin(), segments_.end(), [](const LumoraSegment& segment) {
-        return !Trim(segment.function).empty();
+    return std::any_of(segments_.begin(), segments_.end(), [](const auto& segment) {
+        return !Trim(segment.element.functionCode()).empty();
     });
 }
 
 void LumoraUndoableTrackChange::insert() const {
-    LumoraTrack& track = document_->Channel(channel_, onState_);
+    LumoraTrack& track = writable(*document_, channel_, onState_);
     const int before = track.GetTrackCount();
     AllOrNothing(
         [&] {
-            for (const LumoraSegment& segment : segments_)
-                insertInto(track, segment);
+            for (const auto& [index, element] : segments_)
+                track.InsertTrack(index, element);
         },
         [&] {
             for (int done = track.GetTrackCount() - before; done > 0; --done)
@@ -161,22 +147,24 @@ void LumoraUndoableTrackChange::insert() const {
 }
 
 void LumoraUndoableTrackChange::remove() const {
-    LumoraTrack& track = document_->Channel(channel_, onState_);
+    LumoraTrack& track = writable(*document_, channel_, onState_);
     Assert(segments_.back().index <= track.GetTrackCount());
     const int before = track.GetTrackCount();
-    std::vector<LumoraSegment> removed; // as they were, which a file need not tell
+    std::vector<LumoraPlacedElement> removed; // as they were, which a file need not tell
     removed.reserve(segments_.size());
     AllOrNothing(
         [&] {
             for (int left = count(); left > 0; --left) {
-                removed.push_back(LumoraSegment::of(track, indexAt(left)));
+                removed.push_back({indexAt(left), track.GetTrack(indexAt(left))});
                 track.RemoveTrack(indexAt(left));
             }
         },
         [&] {
             removed.resize(static_cast<std::size_t>(before - track.GetTrackCount()));
             for (; !removed.empty(); removed.pop_back())
-                Despite([&] { insertInto(track, removed.back()); });
+                Despite([&] {
+                    track.InsertTrack(removed.back().index, std::move(removed.back().element));
+                });
         });
 }
 

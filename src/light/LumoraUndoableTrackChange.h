@@ -4,29 +4,17 @@
 
 namespace corvane {
 
-/// A segment's place and all its values.
-struct LumoraSegment {
-    int index = 0; ///< From 1: its place once all of the group are there.
-    int brightness = 0;
-    double time = 0;
-    std::string function;
-    int brightness2 = 0;
-
-    [[nodiscard]] static LumoraSegment of(const LumoraTrack& track, int index);
-    bool operator==(const LumoraSegment&) const = default;
-};
-
 /// Segments that come to a track or go from it, all in one step.
 class LumoraUndoableTrackChange final : public LumoraUndoableChange {
   public:
     /// Whether a file's prefix is one of the four of this change.
     [[nodiscard]] static bool isPrefix(std::string_view prefix);
 
-    /// The indices must strictly ascend.
+    /// The indices are those once all are there, and must strictly ascend.
     void InitializeGroup(LumoraDocument& document, bool insert, int channel, bool onState,
-                         std::vector<LumoraSegment> segments);
+                         std::vector<LumoraPlacedElement> segments);
     void Initialize(LumoraDocument& document, bool insert, int channel, bool onState,
-                    LumoraSegment segment);
+                    LumoraPlacedElement segment);
 
     [[nodiscard]] int count() const { return static_cast<int>(segments_.size()); }
     void Redo() override { insert_ ? insert() : remove(); }
@@ -55,7 +43,7 @@ class LumoraUndoableTrackChange final : public LumoraUndoableChange {
     bool insert_ = false;
     int channel_ = 0;
     bool onState_ = false;
-    std::vector<LumoraSegment> segments_;
+    std::vector<LumoraPlacedElement> segments_;
 };
 
 } // namespace corvane

@@ -2,20 +2,19 @@
 
 #include "base/KOMath.h"
 #include "base/Numbers.h"
-#include "light/LumoraTrack.h"
 
 #include <utility>
 
 namespace corvane {
 
-SegmentBlock::SegmentBlock(const LumoraTrackElement& element, Surroundings surroundings)
-    : element_(element), with_(surroundings) {
+SegmentBlock::SegmentBlock(Surroundings surroundings, int index)
+    : with_(surroundings), index_(index) {
     showStored();
     for (TextBox* box : {&txtBrightness, &txtBrightness2})
-        connections_.push_back(box->Changed.connect([this] { LookChanged.raise(); }));
-    connections_.push_back(txtBrightness.Validate.connect([this] { commitBrightness(); }));
-    connections_.push_back(txtBrightness2.Validate.connect([this] { commitBrightness2(); }));
-    connections_.push_back(txtTime.Validate.connect([this] { commitTime(); }));
+        on_(box->Changed, [this] { LookChanged.raise(); });
+    on_(txtBrightness.Validate, [this] { commitBrightness(); });
+    on_(txtBrightness2.Validate, [this] { commitBrightness2(); });
+    on_(txtTime.Validate, [this] { commitTime(); });
 }
 
 void SegmentBlock::Commit() {
@@ -25,25 +24,27 @@ void SegmentBlock::Commit() {
 }
 
 void SegmentBlock::follow() {
-    if (std::exchange(shownBrightness_, element_.brightness()) != element_.brightness())
+    // What is being typed into a box stays there while another value changes.
+    const LumoraTrackElement stored = element();
+    if (std::exchange(shownBrightness_, stored.brightness()) != stored.brightness())
         txtBrightness.setText(std::to_string(shownBrightness_));
-    if (std::exchange(shownBrightness2_, element_.brightness2()) != element_.brightness2())
+    if (std::exchange(shownBrightness2_, stored.brightness2()) != stored.brightness2())
         txtBrightness2.setText(std::to_string(shownBrightness2_));
-    if (std::exchange(shownTime_, element_.time()) != element_.time())
+    if (std::exchange(shownTime_, stored.time()) != stored.time())
         txtTime.setText(LumoraTrackElement::FormatTime(shownTime_));
 }
 
 void SegmentBlock::showStored() {
-    shownBrightness_ = element_.brightness();
-    shownBrightness2_ = element_.brightness2();
-    shownTime_ = element_.time();
+    shownBrightness_ = element().brightness();
+    shownBrightness2_ = element().brightness2();
+    shownTime_ = element().time();
     txtBrightness.setText(std::to_string(shownBrightness_));
     txtBrightness2.setText(std::to_string(shownBrightness2_));
     txtTime.setText(LumoraTrackElement::FormatTime(shownTime_));
 }
 
 int SegmentBlock::levelIn(const TextBox& box) const {
-    return element_.ClampBrightness(RoundToInteger(ReadNumber(box.Text())));
+    return element().ClampBrightness(RoundToInteger(ReadNumber(box.Text())));
 }
 
 int SegmentBlock::level1() const {
@@ -55,7 +56,8 @@ int SegmentBlock::level2() const {
 }
 
 double SegmentBlock::shownTime() const {
-    return widthDrag_ ? LumoraTrackElement::ClampTime(ReadNumber(txtTime.Text())) : element_.time();
+    return widthDrag_ ? LumoraTrackElement::ClampTime(ReadNumber(txtTime.Text()))
+                      : element().time();
 }
 
 void SegmentBlock::startWidthDrag(int blockWidth, double timeScale, int x) {
@@ -66,6 +68,7 @@ void SegmentBlock::moveWidthDrag(int x) {
     if (!widthDrag_)
         return;
     WidthDrag& drag = *widthDrag_;
+    // `x` counts from an edge that follows the pointer, so each step adds what that lags behind.
     drag.width = std::max(0.0F, drag.width + static_cast<float>(x - drag.pressedX));
     const double time = LumoraTrackElement::ClampTime(drag.width / drag.timeScale);
     const std::string text = LumoraTrackElement::FormatTime(time);
@@ -73,24 +76,26 @@ void SegmentBlock::moveWidthDrag(int x) {
         return;
     txtTime.setText(text);
     drag.width = std::min(drag.width, static_cast<float>(RoundToInteger(drag.timeScale * time)));
-    notify("TrackResized");
+    TrackResized.raise();
     LookChanged.raise();
 }
 
 void SegmentBlock::endWidthDrag() {
     if (!widthDrag_)
         return;
+    // Over before the time is requested, or the block would go on showing the drag's.
     const double shown = shownTime();
     widthDrag_.reset();
-    if (shown != element_.time())
+    if (shown != element().time())
         commitTime();
-    notify("TrackResized");
+    TrackResized.raise();
 }
 
 void SegmentBlock::dragBrightness(double y, double height) {
+    // The range reaches eight percent beyond the block, so that 0 and 100 are easy to hit.
     const int whole = std::max(1, RoundToInteger(height));
     txtBrightness.setText(
-        std::to_string(element_.ClampBrightness(108 - RoundToInteger(y * 116) / whole)));
+        std::to_string(element().ClampBrightness(108 - RoundToInteger(y * 116) / whole)));
 }
 
 void SegmentBlock::cancel() {
@@ -98,7 +103,7 @@ void SegmentBlock::cancel() {
     widthDrag_.reset();
     showStored();
     if (resized)
-        notify("TrackResized");
+        TrackResized.raise();
     LookChanged.raise();
 }
 
@@ -115,43 +120,29 @@ void SegmentBlock::changeTime() {
 }
 
 void SegmentBlock::chooseFunction(std::string_view code) {
-    if (code != element_.functionCode())
-        notify("FunctionChanged", std::string(code));
-}
-
-bool SegmentBlock::mayPaste() const {
-    MessageValue answer = false;
-    with_.messenger.Notify("PasteStateRequested", &element_, answer);
-    return std::get<bool>(answer);
-}
-
-void SegmentBlock::notify(std::string_view message) const {
-    with_.messenger.Notify(message, &element_);
-}
-
-void SegmentBlock::notify(std::string_view message, MessageValue value) const {
-    with_.messenger.Notify(message, &element_, value);
+    if (code != element().functionCode())
+        with_.requests.TrackFunctionChanged(with_.trackIndex, index_, std::string(code));
 }
 
 void SegmentBlock::commitBrightness() {
     const int value = level1();
     txtBrightness.setText(std::to_string(value));
-    if (value != element_.brightness())
-        notify("BrightnessChanged", value);
+    if (value != element().brightness())
+        with_.requests.TrackBrightnessChanged(with_.trackIndex, index_, value);
 }
 
 void SegmentBlock::commitBrightness2() {
     const int value = level2();
     txtBrightness2.setText(std::to_string(value));
-    if (value != element_.brightness2())
-        notify("Brightness2Changed", value);
+    if (value != element().brightness2())
+        with_.requests.TrackBrightness2Changed(with_.trackIndex, index_, value);
 }
 
 void SegmentBlock::commitTime() {
     const double value = LumoraTrackElement::ClampTime(ReadNumber(txtTime.Text()));
     txtTime.setText(LumoraTrackElement::FormatTime(value));
-    if (value != element_.time())
-        notify("TimeChanged", value);
+    if (value != element().time())
+        with_.requests.TrackTimeChanged(with_.trackIndex, index_, value);
 }
 
 void SegmentBlock::ask(TextBox& box, const std::string& prompt, const std::string& title) {

@@ -1,23 +1,25 @@
 #pragma once
 
 #include "base/KORgbValue.h"
-#include "base/Messenger.h"
 #include "controls/Dialogs.h"
 #include "controls/Inputs.h"
-#include "light/LumoraTrackElement.h"
+#include "light/LumoraRequests.h"
+#include "light/LumoraTrack.h"
 
 #include <optional>
 
 namespace corvane {
 
 /// What a person does with one segment: types, drags, chooses. Changes nothing of the segment
-/// itself but tells the wish through the track's messenger, with the segment as the sender. Lives
-/// as long as its segment is the one that is worked on. Sizes in twips.
+/// itself but requests it. Lives as long as its segment is the one that is worked on. Sizes in
+/// twips.
 class SegmentBlock {
   public:
     struct Surroundings {
-        const Messenger& messenger;
+        const LumoraRequests& requests;
         Dialogs& dialogs;
+        int trackIndex;
+        const LumoraTrack& track;
     };
     /// Width of the handle at the block's right edge.
     static constexpr int HandleWidth = 135;
@@ -28,17 +30,21 @@ class SegmentBlock {
     static constexpr int PanelHeight = 795;
     static constexpr int TallPanelHeight = 1395;
 
-    SegmentBlock(const LumoraTrackElement& element, Surroundings surroundings);
+    SegmentBlock(Surroundings surroundings, int index);
     SegmentBlock(const SegmentBlock&) = delete;
     SegmentBlock& operator=(const SegmentBlock&) = delete;
 
-    Event<> LookChanged; ///< The colour or a width that is not stored yet.
+    Event<> LookChanged;  ///< The colour or a width that is not stored yet.
+    Event<> TrackResized; ///< By a drag, or its end.
 
     TextBox txtBrightness;
     TextBox txtBrightness2;
     TextBox txtTime;
 
-    [[nodiscard]] const LumoraTrackElement& element() const { return element_; }
+    /// The segment's present place in its track.
+    [[nodiscard]] int index() const { return index_; }
+    void setIndex(int index) { index_ = index; }
+    [[nodiscard]] const LumoraTrackElement& element() const { return with_.track.GetTrack(index_); }
     /// Validates the three boxes in turn.
     void Commit();
     /// Takes those stored values into the boxes that have changed since it was last called.
@@ -65,10 +71,6 @@ class SegmentBlock {
     void changeBrightness();
     void changeTime();
     void chooseFunction(std::string_view code);
-    /// One of "CutSegment", "CopySegment", "PasteSegment", "AddSegment", "DeleteSegment",
-    /// "InsertSegment".
-    void request(std::string_view message) const { notify(message); }
-    [[nodiscard]] bool mayPaste() const;
 
   private:
     struct WidthDrag {
@@ -77,8 +79,6 @@ class SegmentBlock {
         int pressedX = 0;
     };
 
-    void notify(std::string_view message) const;
-    void notify(std::string_view message, MessageValue value) const;
     void commitBrightness();
     void commitBrightness2();
     void commitTime();
@@ -86,13 +86,13 @@ class SegmentBlock {
     [[nodiscard]] int levelIn(const TextBox& box) const;
     void showStored();
 
-    const LumoraTrackElement& element_;
     Surroundings with_;
+    int index_;
     int shownBrightness_ = 0; // stored values as the boxes last took them
     int shownBrightness2_ = 0;
     double shownTime_ = 0;
     std::optional<WidthDrag> widthDrag_;
-    std::vector<Connection> connections_;
+    Connections on_;
 };
 
 /// The light's colour on the way from the first level (0) to the second (1); black before that way.

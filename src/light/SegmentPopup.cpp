@@ -10,10 +10,10 @@ constexpr const char* NothingToPaste = "Nothing that fits here has been copied."
 
 SegmentPopup::SegmentPopup() {
     const auto on = [this](MenuItem& item, auto act) {
-        connections_.push_back(item.Click.connect([this, act] {
+        on_(item.Click, [this, act] {
             if (SegmentBlock* worked = block())
                 act(*worked);
-        }));
+        });
     };
     on(mnuPopupChangeBrightness, [](SegmentBlock& worked) { worked.changeBrightness(); });
     on(mnuPopupChangeTime, [](SegmentBlock& worked) { worked.changeTime(); });
@@ -24,15 +24,18 @@ SegmentPopup::SegmentPopup() {
     on(mnuPopupFunctionFromTrip, [](SegmentBlock& worked) {
         worked.chooseFunction(LumoraTrackElement::ProportionalFromTrip);
     });
-    const auto request = [&on](MenuItem& item, const char* message) {
-        on(item, [message](SegmentBlock& worked) { worked.request(message); });
+    on(mnuPopupAddSegment,
+       [this](const SegmentBlock&) { tracks_->SegmentAddRequested(trackIndex_); });
+    const auto request = [this, &on](MenuItem& item, Request<int, int> LumoraRequests::*wanted) {
+        on(item, [this, wanted](const SegmentBlock& worked) {
+            (tracks_->*wanted)(trackIndex_, worked.index());
+        });
     };
-    request(mnuPopupAddSegment, "AddSegment");
-    request(mnuPopupInsertSegment, "InsertSegment");
-    request(mnuPopupDeleteSegment, "DeleteSegment");
-    request(mnuPopupCut, "CutSegment");
-    request(mnuPopupCopy, "CopySegment");
-    request(mnuPopupPaste, "PasteSegment");
+    request(mnuPopupInsertSegment, &LumoraRequests::SegmentInsertRequested);
+    request(mnuPopupDeleteSegment, &LumoraRequests::SegmentDeleteRequested);
+    request(mnuPopupCut, &LumoraRequests::SegmentCutRequested);
+    request(mnuPopupCopy, &LumoraRequests::SegmentCopyRequested);
+    request(mnuPopupPaste, &LumoraRequests::SegmentPasteRequested);
 }
 
 std::vector<MenuPlace> SegmentPopup::functionLayout() {
@@ -70,7 +73,7 @@ bool SegmentPopup::prepare(LumoraScrollableTracks& tracks, int trackIndex, int e
     worked->Commit();
     const bool binary = worked->element().Binary();
     const std::string& code = worked->element().functionCode();
-    mnuPopupPaste.setEnabled(worked->mayPaste(), NothingToPaste);
+    mnuPopupPaste.setEnabled(tracks.mayPaste(), NothingToPaste);
     mnuPopupFunction.setVisible(!binary);
     mnuPopupSep2.setVisible(!binary);
     mnuPopupFunctionNormal.setChecked(code == LumoraTrackElement::Normal);
@@ -84,12 +87,11 @@ SegmentBlock* SegmentPopup::block() const {
 }
 
 TrackPopup::TrackPopup() {
-    connections_.push_back(
-        mnuPopupAdd.Click.connect([this] { tracks_->SegmentAddRequested.raise(trackIndex_); }));
-    connections_.push_back(mnuPopupPaste.Click.connect([this] {
-        tracks_->SegmentPasteRequested.raise(
-            trackIndex_, tracks_->track(trackIndex_).track().GetTrackCount() + 1);
-    }));
+    on_(mnuPopupAdd.Click, [this] { tracks_->SegmentAddRequested(trackIndex_); });
+    on_(mnuPopupPaste.Click, [this] {
+        tracks_->SegmentPasteRequested(trackIndex_,
+                                       tracks_->track(trackIndex_).track().GetTrackCount() + 1);
+    });
 }
 
 std::vector<MenuPlace> TrackPopup::layout() {
@@ -102,9 +104,7 @@ void TrackPopup::prepare(LumoraScrollableTracks& tracks, int trackIndex) {
     trackIndex_ = trackIndex;
     tracks.takeFocus(trackIndex);
     tracks.track(trackIndex).Commit();
-    bool mayPaste = false;
-    tracks.PasteStateRequested.raise(mayPaste);
-    mnuPopupPaste.setEnabled(mayPaste, NothingToPaste);
+    mnuPopupPaste.setEnabled(tracks.mayPaste(), NothingToPaste);
 }
 
 } // namespace corvane

@@ -39,7 +39,7 @@ class SegmentPopup {
 
     LumoraScrollableTracks* tracks_ = nullptr;
     int trackIndex_ = 0;
-    std::vector<Connection> connections_;
+    Connections on_;
 };
 
 /// The menu of the empty part of a track.
@@ -58,7 +58,7 @@ class TrackPopup {
   private:
     LumoraScrollableTracks* tracks_ = nullptr;
     int trackIndex_ = 0;
-    std::vector<Connection> connections_;
+    Connections on_;
 };
 
 } // namespace corvane

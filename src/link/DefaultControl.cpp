@@ -4,14 +4,14 @@
 
 namespace corvane {
 
-DefaultControl::DefaultControl(KOCommLink& link, Programs& programs)
-    : onLogo_(Logo.Click.connect([&programs] { programs.OpenInBrowser(MakerSite); })),
-      onLumora_(LumoraPicture.Click.connect([this] { choose("Corvane.LumoraControl"); })),
-      onDervan_(DervanPicture.Click.connect([this] { choose("Corvane.PactorControl"); })) {
+DefaultControl::DefaultControl(const Workplace& place) {
+    on_(Logo.Click, [&programs = place.programs] { programs.OpenInBrowser(MakerSite); });
+    on_(LumoraPicture.Click, [this] { choose(ControlClass::Lumora); });
+    on_(DervanPicture.Click, [this] { choose(ControlClass::Pactor); });
     Logo.setToolTipText("Open the maker's web site");
     LumoraPicture.setToolTipText("Edit a light program");
     DervanPicture.setToolTipText("Edit the settings of a relay");
-    link.setMaintainConnection(true);
+    place.link.setMaintainConnection(true);
 }
 
 void DefaultControl::choose(const char* className) const {

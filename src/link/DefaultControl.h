@@ -2,7 +2,7 @@
 
 #include "controls/ChildControl.h"
 #include "link/KOInterface.h"
-#include "system/Programs.h"
+#include "link/Workplace.h"
 
 namespace corvane {
 
@@ -10,15 +10,13 @@ namespace corvane {
 /// products by itself. Makes way for any other control.
 class DefaultControl final : public ProductControl {
   public:
-    DefaultControl(KOCommLink& link, Programs& programs);
+    explicit DefaultControl(const Workplace& place);
 
     void UpdateReadyState(bool) override {}
     bool UnloadUI() override { return true; }
     void setInterfaceChanger(KOInterfaceChanger& changer) override { changer_ = &changer; }
 
     Button Logo;
-    Label PleaseLabel{"Please plug in a supported Ortaline Works product, or choose one from "
-                      "below:"};
     Button LumoraPicture{"Lumora"};
     Button DervanPicture{"Dervan/Maltrex"};
 
@@ -26,9 +24,7 @@ class DefaultControl final : public ProductControl {
     void choose(const char* className) const;
 
     KOInterfaceChanger* changer_ = nullptr;
-    Connection onLogo_;
-    Connection onLumora_;
-    Connection onDervan_;
+    Connections on_;
 };
 
 } // namespace corvane

@@ -12,7 +12,6 @@ constexpr int MissedEchoes = 2;
 
 constexpr int ExitRequests = 10;
 constexpr std::int32_t ExitSpacing = 250;   // ms
-constexpr int ExitAcknowledged = -1;        // in place of the requests still to send
 constexpr std::int32_t ConnectStage = 5000; // ms
 
 constexpr int IdentificationChannel = 0;
@@ -32,20 +31,21 @@ bool isBlankHardware(const DeviceInfo& info) {
 
 std::string StartClass(const RunModes& modes) {
     if (modes.EEPROMMode)
-        return "Corvane.EEPROMEditorControl";
-    return modes.ProgramMode ? "Corvane.DefaultControl" : "Corvane.LumoraControl";
+        return ControlClass::EEPROMEditor;
+    return modes.ProgramMode ? ControlClass::Default : ControlClass::Lumora;
 }
 
 KOCommLink::KOCommLink(LinkSurroundings surroundings)
     : with_(surroundings), Class_(StartClass(surroundings.modes)) {}
 
 void KOCommLink::ResetDevice() {
-    if (!DeviceOpen_)
+    if (state_ == State::Searching)
         return;
     log("Resetting device.");
     with_.device.ResetDevice();
-    setNegotiated(false);
     ResetAfterExit_ = false;
+    if (IsLinkDevice())
+        become(unsettled());
 }
 
 bool KOCommLink::Connect(const std::string& desiredClass, bool anyDevice) {
@@ -57,7 +57,7 @@ bool KOCommLink::Connect(const std::string& desiredClass, bool anyDevice) {
         bool resetTried = false;
         setMaintainConnection(true);
         log("Making connection attempt.");
-        while (!DeviceOpen_ || !Negotiated_) {
+        while (!Negotiated()) {
             if (!DriverExists()) {
                 log("Driver does not exist.");
                 setMaintainConnection(false);
@@ -75,7 +75,7 @@ bool KOCommLink::Connect(const std::string& desiredClass, bool anyDevice) {
                 resetTried = true;
             }
             Update();
-            if (!DeviceOpen_ || !Negotiated_)
+            if (!Negotiated())
                 with_.pause.pause();
         }
     }
@@ -91,14 +91,14 @@ bool KOCommLink::Connect(const std::string& desiredClass, bool anyDevice) {
 
 void KOCommLink::Disconnect(bool pleaseReset) {
     setMaintainConnection(false);
-    ResetAfterExit_ = DeviceOpen_ && pleaseReset;
+    ResetAfterExit_ = state_ != State::Searching && pleaseReset;
 }
 
 void KOCommLink::DisconnectAndBlock(bool pleaseReset) {
     Disconnect(pleaseReset);
-    while (Negotiated_) {
+    while (Negotiated()) {
         Update();
-        if (Negotiated_)
+        if (Negotiated())
             with_.pause.pause();
     }
 }
@@ -109,26 +109,33 @@ void KOCommLink::setMaintainConnection(bool value) {
     if (MaintainConnection_ == value)
         return;
     MaintainConnection_ = value;
-    EchoHeard_ = EchoHeard_ && !value;
+    echoes_.heard = echoes_.heard && !value;
     ExitRetries_ = value ? 0 : ExitRequests;
     LastExitTime_ = with_.clock.now();
+    if (state_ == State::Connected)
+        become(State::Leaving);
+    else if (state_ == State::Leaving)
+        become(State::Connected); // nothing has been asked of the product yet
+    else if (IsLinkDevice())
+        become(unsettled()); // an exit that is under way does not stand in the way of a new session
 }
 
 bool KOCommLink::ready() const {
-    return IsConnected() && ((Negotiated_ && !Unnegotiating_) || !IsLinkDevice_);
+    return IsConnected() &&
+           (state_ == State::Blank || state_ == State::Connected || state_ == State::Leaving);
 }
 
 void KOCommLink::Update() {
-    if (!DeviceOpen_) {
+    if (state_ == State::Searching) {
         search();
     } else if (with_.device.GetDeviceState2() != -1) {
         with_.device.CloseDevice();
         log("Disconnected.");
         log("");
-        ClearConnection();
-    } else if (MaintainConnection_) {
+        begin(State::Searching);
+    } else if (state_ == State::Negotiating || state_ == State::Connected) {
         NegotiateStep();
-    } else {
+    } else if (state_ != State::Blank) {
         UnnegotiateStep();
     }
     report(ReportedDriver_, DriverExists());
@@ -146,18 +153,15 @@ void KOCommLink::UpdateReadyState() {
     ReadyStateChanged.raise();
 }
 
-void KOCommLink::ClearConnection() {
-    DeviceOpen_ = false;
-    setNegotiated(false);
-    EchoMisses_ = 0;
-    EchoMissed_ = false;
-    EchoHeard_ = false;
+void KOCommLink::become(State state) {
+    state_ = state;
+    if (!Negotiated())
+        setProduct({});
 }
 
-void KOCommLink::setNegotiated(bool value) {
-    Negotiated_ = value;
-    if (!value)
-        setProduct({});
+void KOCommLink::begin(State state) {
+    echoes_ = {};
+    become(state);
 }
 
 void KOCommLink::setProduct(const AttachedProduct& product) {
@@ -184,12 +188,11 @@ void KOCommLink::search() {
     if (count <= 0)
         return report(Hindrance_, {});
     log(std::to_string(count) + " device(s).");
-    const int candidate = findCandidate(count);
-    if (candidate >= 0) {
-        with_.device.OpenDevice(candidate);
-        ClearConnection();
-        DeviceOpen_ = true;
-        log("Connected to device " + std::to_string(candidate) + ".");
+    const Candidate candidate = findCandidate(count);
+    if (candidate.index >= 0) {
+        with_.device.OpenDevice(candidate.index);
+        begin(candidate.blank ? State::Blank : unsettled());
+        log("Connected to device " + std::to_string(candidate.index) + ".");
         report(Hindrance_,
                with_.device.GetDeviceState2() == -1 ? LinkHindrance{} : with_.device.Hindrance());
     } else {
@@ -199,8 +202,8 @@ void KOCommLink::search() {
     log("");
 }
 
-int KOCommLink::findCandidate(int count) {
-    int candidate = -1;
+KOCommLink::Candidate KOCommLink::findCandidate(int count) {
+    Candidate candidate;
     for (int index = 0; index < count; ++index) {
         const DeviceInfo info = with_.device.GetDeviceInfo(index);
         log("  Candidate device " + std::to_string(index) + ":");
@@ -209,43 +212,34 @@ int KOCommLink::findCandidate(int count) {
         log("    Manufacturer ID: " + info.ManufacturerID);
         log("    Serial Number: " + info.SerialNumber);
         if (!isBlankHardware(info) && !with_.modes.ProgramAnyDevice) {
-            if (isProgrammedLink(info)) {
-                IsLinkDevice_ = true;
-                candidate = index;
-            }
+            if (isProgrammedLink(info))
+                candidate = {index, false};
         } else if (with_.modes.ProgramMode) {
-            IsLinkDevice_ = false;
-            candidate = index;
-            SetIdentity("Corvane.ProgrammerControl", Version(), Version());
+            candidate = {index, true};
+            SetIdentity(ControlClass::Programmer, Version(), Version());
         }
     }
     return candidate;
 }
 
 void KOCommLink::NegotiateStep() {
-    // An exit handshake that was given up half-way must not stand in the way of a new session.
-    if (Negotiated_ && Unnegotiating_)
-        setNegotiated(false);
-    Unnegotiating_ = false;
-    if (!IsLinkDevice_)
-        return;
     const bool helloSent = sendHelloIfDue();
     drain();
-    if (helloSent && !Negotiated_)
+    if (helloSent && state_ == State::Negotiating)
         noteEcho();
 }
 
 bool KOCommLink::sendHelloIfDue() {
-    if (Negotiated_ ||
+    if (Negotiated() ||
         (LastMissTime_ && TimeDiff(with_.clock.now(), *LastMissTime_) <= HelloSpacing))
         return false;
-    if (EchoMisses_ == MissedEchoes) {
+    if (echoes_.missed == MissedEchoes) {
         log("False alarm.");
-        EchoMisses_ = 0;
+        echoes_.missed = 0;
     }
-    if (std::exchange(EchoMissed_, false) && with_.packets.ReceivedHello()) {
+    if (std::exchange(echoes_.lastMissing, false) && with_.packets.ReceivedHello()) {
         log("Echo received late.");
-        EchoHeard_ = true;
+        echoes_.heard = true;
     }
     if (!with_.packets.SendHello(HelloValue))
         log("Hello send failed.");
@@ -255,15 +249,16 @@ bool KOCommLink::sendHelloIfDue() {
 void KOCommLink::drain() {
     int channel = 0;
     int length = 0;
-    while (with_.packets.ReceivePacket(channel, length)) {
+    // A listener may have ended the session; what is left of it is nobody's then.
+    while (state_ > State::Idle && with_.packets.ReceivePacket(channel, length)) {
         std::vector<std::uint8_t> data(static_cast<std::size_t>(length));
         if (length > 0)
             with_.packets.ReceivePacketData(data);
         log("Received packet on channel " + std::to_string(channel) + " (length " +
             std::to_string(length) + ").");
         const bool signOfLife = channel != ExitChannel && channel != SilenceChannel;
-        if (signOfLife && !Negotiated_) {
-            setNegotiated(true);
+        if (signOfLife && state_ == State::Negotiating) {
+            become(State::Connected);
             log("Ready.");
         }
         KOPacket packet = makePacket();
@@ -302,38 +297,34 @@ void KOCommLink::identify(const KOBuffer& record) {
 void KOCommLink::noteEcho() {
     if (with_.packets.ReceivedHello()) {
         log("Echo received.");
-        EchoMisses_ = 0;
-        EchoHeard_ = true;
-    } else if (EchoMisses_ < MissedEchoes) {
+        echoes_.missed = 0;
+        echoes_.heard = true;
+    } else if (echoes_.missed < MissedEchoes) {
         log("Echo missed.");
-        ++EchoMisses_;
-        EchoMissed_ = true;
+        ++echoes_.missed;
+        echoes_.lastMissing = true;
         LastMissTime_ = with_.clock.now();
-        if (EchoMisses_ == MissedEchoes)
+        if (echoes_.missed == MissedEchoes)
             log("Waiting for identifier.");
     }
 }
 
 void KOCommLink::UnnegotiateStep() {
-    if (!IsLinkDevice_)
-        return;
     int channel = 0;
     int length = 0;
     while (with_.packets.ReceivePacket(channel, length)) {
         if (channel != ExitAcknowledgeChannel)
             continue;
         log("Received packet acknowledging exit request.");
-        ExitRetries_ = ExitAcknowledged;
+        ExitRetries_ = 0;
     }
-    if (!Negotiated_)
+    if (!Negotiated())
         return;
 
     int errorCount = 0;
     const int unsent = with_.packets.SendQueue(errorCount);
     if (errorCount != 0) {
         log("Unnegotiation complete, with errors.");
-        setNegotiated(false);
-        Unnegotiating_ = true;
         ResetDevice();
     } else if (unsent > 0) {
         return;
@@ -345,12 +336,11 @@ void KOCommLink::UnnegotiateStep() {
         static_cast<void>(request.Send()); // one that is not accepted counts as not answered
         --ExitRetries_;
         log("Unnegotiating...");
-        Unnegotiating_ = true;
+        become(State::Exiting);
         LastExitTime_ = with_.clock.now();
     } else {
         log("Unnegotiation complete.");
-        setNegotiated(false);
-        Unnegotiating_ = false;
+        become(State::Idle);
         if (ResetAfterExit_)
             ResetDevice();
     }

@@ -25,9 +25,25 @@ struct LinkSurroundings {
 };
 
 /// The link to the product: finds a link device, opens it, negotiates with the product behind it,
-/// learns which product it is, passes packets on, and lets the product go again. Everything
-/// happens in `Update`; the events are raised from within it. A listener must not start a
-/// blocking operation.
+/// learns which product it is, passes packets on, and lets the product go again. It is a state
+/// machine; "wanted" is `MaintainConnection`:
+///
+/// | State       | Device | Product      | ready | Goes on to                                     |
+/// |-------------|--------|--------------|-------|------------------------------------------------|
+/// | Searching   | none   |              | no    | Blank, Idle or, if wanted, Negotiating: found  |
+/// | Blank       | a chip that is no link yet | yes |                                            |
+/// | Idle        | a link | is let be    | no    | Negotiating: wanted                            |
+/// | Negotiating | a link | is greeted   | no    | Connected: it has spoken. Idle: not wanted     |
+/// | Connected   | a link | speaks       | yes   | Leaving: not wanted. Negotiating: reset        |
+/// | Leaving     | a link | speaks       | yes   | Exiting: asked to exit. Connected: wanted      |
+/// | Exiting     | a link | lets go      | no    | Negotiating: wanted                            |
+///
+/// Leaving and Exiting end in Idle when the product has acknowledged, was asked ten times, or the
+/// queue has failed, and each state in Searching when the device is gone. A device that could not
+/// be opened is one that goes with the next step.
+///
+/// A step is an `Update`; the events are raised from within it, except for what a caller changes.
+/// A listener must not start a blocking operation.
 class KOCommLink {
   public:
     explicit KOCommLink(LinkSurroundings surroundings);
@@ -44,7 +60,7 @@ class KOCommLink {
 
     /// A device is open.
     [[nodiscard]] bool IsConnected() const {
-        return DeviceOpen_ && Hindrance_.kind == LinkHindrance::Kind::None;
+        return state_ != State::Searching && Hindrance_.kind == LinkHindrance::Kind::None;
     }
     /// Class name of the control for the product that was last identified, be it long ago.
     [[nodiscard]] const std::string& Class() const { return Class_; }
@@ -53,11 +69,11 @@ class KOCommLink {
     /// Who is behind the link now, as far as this session has told.
     [[nodiscard]] const AttachedProduct& Product() const { return Product_; }
     /// Something has answered a hello since the link began to negotiate.
-    [[nodiscard]] bool EchoHeard() const { return EchoHeard_; }
+    [[nodiscard]] bool EchoHeard() const { return echoes_.heard; }
     /// The open device is link hardware and not a blank chip.
-    [[nodiscard]] bool IsLinkDevice() const { return IsLinkDevice_; }
-    /// The product has spoken.
-    [[nodiscard]] bool Negotiated() const { return Negotiated_; }
+    [[nodiscard]] bool IsLinkDevice() const { return state_ > State::Blank; }
+    /// The product has spoken, and has not been let go.
+    [[nodiscard]] bool Negotiated() const { return state_ >= State::Connected; }
 
     void ResetDevice();
     /// Blocks until the product is there and true, or false after about 5 s without a device, or
@@ -89,6 +105,17 @@ class KOCommLink {
     [[nodiscard]] KOPacket makePacket() const { return KOPacket(with_.packets); }
 
   private:
+    enum class State { Searching, Blank, Idle, Negotiating, Connected, Leaving, Exiting };
+    struct Candidate {
+        int index = -1; // none
+        bool blank = false;
+    };
+    struct Echoes {
+        int missed = 0;           // in a row, 0 to 2
+        bool lastMissing = false; // that of the last hello, so far
+        bool heard = false;
+    };
+
     template<class Field>
     void report(Field& field, const Field& value) {
         if (value == field)
@@ -96,13 +123,18 @@ class KOCommLink {
         field = value;
         AvailabilityChanged.raise();
     }
-    void ClearConnection();
+    void become(State state);
+    /// With a device that has just been opened, or without one.
+    void begin(State state);
+    /// Of a link that is open and has no session.
+    [[nodiscard]] State unsettled() const {
+        return MaintainConnection_ ? State::Negotiating : State::Idle;
+    }
     void SetIdentity(const std::string& Class, const Version& deviceType,
                      const Version& firmwareVersion);
-    void setNegotiated(bool value);
     void setProduct(const AttachedProduct& product);
     void search();
-    int findCandidate(int count);
+    Candidate findCandidate(int count);
     void NegotiateStep();
     [[nodiscard]] bool sendHelloIfDue();
     void drain();
@@ -112,26 +144,22 @@ class KOCommLink {
     void log(const std::string& text) const { with_.debug.DebugWriteLine(text); }
 
     LinkSurroundings with_;
-    bool DeviceOpen_ = false;
-    bool IsLinkDevice_ = false;
-    int EchoMisses_ = 0;
-    bool EchoMissed_ = false; // that of the last hello, so far
-    bool EchoHeard_ = false;
+    State state_ = State::Searching;
+    bool MaintainConnection_ = false;
+    Echoes echoes_;
     std::optional<std::uint32_t> LastMissTime_;
-    bool Negotiated_ = false;
-    bool Unnegotiating_ = false;
-    bool ResetAfterExit_ = false;
-    bool ReportedReady_ = false;
-    bool ReportedConnected_ = false;
     std::string Class_;
     Version deviceType_;
     Version firmwareVersion_;
     AttachedProduct Product_;
-    int ExitRetries_ = 0;
+    int ExitRetries_ = 0; // requests still to send
     std::uint32_t LastExitTime_ = 0;
-    bool MaintainConnection_ = false;
+    bool ResetAfterExit_ = false;
     bool InUse_ = false;
     LinkHindrance Hindrance_;
+    // As they were last told.
+    bool ReportedReady_ = false;
+    bool ReportedConnected_ = false;
     bool ReportedDriver_ = true;
 };
 

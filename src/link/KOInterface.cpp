@@ -2,21 +2,21 @@
 
 namespace corvane {
 
-KOInterface::KOInterface(KOCommLink& link)
-    : link_(link),
-      onClass_(link.ClassChanged.connect([this] {
-          SelectUI(link_.Class());
-          updateReadyState();
-      })),
-      onReady_(link.ReadyStateChanged.connect([this] { updateReadyState(); })),
-      onPacket_(link.PacketReceived.connect([this](const KOPacket& packet) {
-          if (control_ != nullptr)
-              control_->ProcessPacket(packet);
-      })),
-      onChanging_(changer_.ClassChanging.connect([this](const std::string& newClass) {
-          const std::string kept = newClass; // it may belong to the control that goes
-          SelectUI(kept);
-      })) {}
+KOInterface::KOInterface(KOCommLink& link) : link_(link) {
+    on_(link.ClassChanged, [this] {
+        SelectUI(link_.Class());
+        updateReadyState();
+    });
+    on_(link.ReadyStateChanged, [this] { updateReadyState(); });
+    on_(link.PacketReceived, [this](const KOPacket& packet) {
+        if (control_ != nullptr)
+            control_->ProcessPacket(packet);
+    });
+    on_(changer_.ClassChanging, [this](const std::string& newClass) {
+        const std::string kept = newClass; // it may belong to the control that goes
+        SelectUI(kept);
+    });
+}
 
 void KOInterface::Initialize(const std::string& classToOpen) {
     SelectUI(classToOpen.empty() ? link_.Class() : classToOpen);
@@ -38,6 +38,8 @@ void KOInterface::Show(const std::string& newClass) {
 }
 
 void KOInterface::swap(const std::string& newClass) {
+    // The class first: making the control may raise events of the link, and whoever hears them asks
+    // which class shows.
     class_ = newClass;
     InterfaceSwapRequested.raise(control_, newClass);
     history_ = nullptr;
@@ -45,6 +47,7 @@ void KOInterface::swap(const std::string& newClass) {
         control_->setInterfaceChanger(changer_);
         history_ = control_->HistoryObject();
     }
+    // Shown last, when the window has laid it out.
     InterfaceChanged.raise();
     if (control_ != nullptr)
         control_->setVisible(true);

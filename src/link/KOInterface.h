@@ -55,10 +55,7 @@ class KOInterface {
     std::string class_;
     History* history_ = nullptr;
     bool reportedReady_ = false;
-    Connection onClass_;
-    Connection onReady_;
-    Connection onPacket_;
-    Connection onChanging_;
+    Connections on_;
 };
 
 } // namespace corvane

@@ -2,6 +2,7 @@
 
 #include "base/Assert.h"
 #include "base/Text.h"
+#include "system/File.h"
 #include "system/Programs.h"
 
 #include <algorithm>
@@ -44,16 +45,14 @@ void KOProductProfile::RegisterFileAssociationsCore(SettingsStore& store, Regist
 
 KOProductList::KOProductList(std::string_view vendorCode, const KODebug& debug)
     : vendorCode_(vendorCode), debug_(debug) {
-    const std::string light = "Corvane.LumoraControl";
-    const std::string relay = "Corvane.PactorControl";
-    AddProduct("KO", {"Lumora", light, 1, 1, "lumora", "Lumora File", true});
-    AddProduct("KO", {"Lumora", light, 1, 2, "lumora", "Lumora File", false});
-    AddProduct("KO", {"Pactor", relay, 2, 1, "relay", "Relay Settings File", true});
-    AddProduct("KO", {"Pactor", relay, 3, 1, "relay", "Relay Settings File", true});
-    AddProduct("KO", {"KOEEPROM", "Corvane.EEPROMEditorControl", 255, 1, "ko_eeprom",
-                      "EEPROM Editor File", false});
-    AddProduct("RQ",
-               {"Quillon", "Corvane.QuillonControl", 100, 1, "Quillon", "Quillon File", true});
+    using namespace ControlClass;
+    // The first row of an extension stands for all of it.
+    AddProduct("KO", {"Lumora", Lumora, 1, 1, "lumora", "Lumora File", true});
+    AddProduct("KO", {"Lumora", Lumora, 1, 2, "lumora", "Lumora File", false});
+    AddProduct("KO", {"Pactor", Pactor, 2, 1, "relay", "Relay Settings File", true});
+    AddProduct("KO", {"Pactor", Pactor, 3, 1, "relay", "Relay Settings File", true});
+    AddProduct("KO", {"KOEEPROM", EEPROMEditor, 255, 1, "ko_eeprom", "EEPROM Editor File", false});
+    AddProduct("RQ", {"Quillon", Quillon, 100, 1, "Quillon", "Quillon File", true});
     Assert(Size() > 0, "No product of the vendor code " + vendorCode_ + ".");
 }
 
@@ -63,6 +62,11 @@ const KOProductProfile* KOProductList::ByExtension(std::string_view Extension) c
         return LowerCase(profile.fileExtension) == wanted;
     });
     return row == rows_.end() ? nullptr : &*row;
+}
+
+std::string KOProductList::ClassOfFile(const std::string& path) const {
+    const KOProductProfile* product = ByExtension(KOIOExtension(path));
+    return product == nullptr ? std::string() : product->Class;
 }
 
 const KOProductProfile* KOProductList::ByTypeCode(std::string_view typeCode) const {

@@ -34,6 +34,17 @@ class Version {
     int minor_ = 0;
 };
 
+/// The class names that screens are made from. What is made for one stands in its row of
+/// `shell/ProductTable` and, of the window, of `desktop/Views`.
+namespace ControlClass {
+inline constexpr const char* Default = "Corvane.DefaultControl";
+inline constexpr const char* Programmer = "Corvane.ProgrammerControl";
+inline constexpr const char* Lumora = "Corvane.LumoraControl";
+inline constexpr const char* Pactor = "Corvane.PactorControl";
+inline constexpr const char* EEPROMEditor = "Corvane.EEPROMEditorControl";
+inline constexpr const char* Quillon = "Corvane.QuillonControl";
+} // namespace ControlClass
+
 /// What the program knows of one product: a row of `KOProductList`.
 struct KOProductProfile {
     /// Also the root of the file type's key in the settings, and the type code of its documents.
@@ -65,6 +76,8 @@ class KOProductList {
     [[nodiscard]] int Size() const { return static_cast<int>(rows_.size()); }
     /// The first product of this extension, in capitals or not; nothing if there is none.
     [[nodiscard]] const KOProductProfile* ByExtension(std::string_view Extension) const;
+    /// Class name of the control for a file, by its extension; empty for a file of no product.
+    [[nodiscard]] std::string ClassOfFile(const std::string& path) const;
     /// The first product whose documents have this type code, or nothing.
     [[nodiscard]] const KOProductProfile* ByTypeCode(std::string_view typeCode) const;
     /// Whether it is an identification record: long enough, and with the right checksum.

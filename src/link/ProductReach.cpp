@@ -12,17 +12,6 @@ using Record = AttachedProduct::Record;
 // The identification follows the echo at once; what came before it may have been something else.
 constexpr std::int32_t RecordWithin = 500; // ms
 
-void awaitRecord(const Workplace& place) {
-    const KOCommLink& link = place.link;
-    const std::uint32_t start = place.clock.now();
-    while (link.Product().record == Record::None && link.Negotiated() &&
-           TimeDiff(place.clock.now(), start) < RecordWithin) {
-        place.link.Update();
-        if (link.Product().record == Record::None)
-            place.pause.pause();
-    }
-}
-
 JobOutcome silent(const KOCommLink& link) {
     if (!link.EchoHeard())
         return {Reason::NoAnswer,
@@ -83,8 +72,8 @@ JobOutcome ReachProduct(const Workplace& place, const std::string& desiredClass,
     KOCommLink& link = place.link;
     // Its answer goes by the class, which outlives products. What counts is this session's record.
     static_cast<void>(link.Connect(desiredClass, anyDevice));
-    if (link.Negotiated())
-        awaitRecord(place);
+    AwaitLink(place, RecordWithin,
+              [&link] { return link.Product().record != Record::None || !link.Negotiated(); });
     JobOutcome outcome;
     if (!link.IsConnected() || !link.DriverExists()) {
         outcome = NoLinkOpen(link);

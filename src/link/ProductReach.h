@@ -12,6 +12,17 @@ namespace corvane {
 [[nodiscard]] JobOutcome ReachProduct(const Workplace& place, const std::string& desiredClass,
                                       bool anyDevice);
 
+/// Steps of the link, with pauses between them, until `over`, for so many milliseconds at most.
+template<class Over>
+void AwaitLink(const Workplace& place, std::int32_t longest, Over over) {
+    const std::uint32_t start = place.clock.now();
+    while (!over() && TimeDiff(place.clock.now(), start) < longest) {
+        place.link.Update();
+        if (!over())
+            place.pause.pause();
+    }
+}
+
 /// Why no link is open, with the cure; the text is that of a job that has not begun.
 [[nodiscard]] JobOutcome NoLinkOpen(const KOCommLink& link);
 

@@ -1,8 +1,8 @@
 #pragma once
 
+#include "base/FileDoor.h"
 #include "controls/Dialogs.h"
 #include "kolib/KOImages.h"
-#include "kolib/KOText.h"
 #include "link/KOCommLink.h"
 #include "system/KORegistry.h"
 #include "system/Programs.h"
@@ -23,7 +23,7 @@ struct Workplace {
     KODebugger& debugger;
     Dialogs& dialogs;
     BusyPointer& pointer;
-    KOText& text;
+    FileDoor& files;
     KOImages& images;
     Programs& programs;
     const KORegistry& registry;

@@ -16,15 +16,15 @@ QuillonControl::QuillonControl(const Workplace& place) : place_(place) {
     place.link.setMaintainConnection(false);
     options.Initialize(messenger_);
     options.Add(ConfigureItem);
-    connections_.push_back(messenger_.MessageReceived.connect(
+    on_(messenger_.MessageReceived,
         [this](std::string_view message, const void*, const MessageValue& value) {
             if (message == "MenuItemSelected" && value == MessageValue(std::string(ConfigureItem)))
                 configure();
-        }));
+        });
     for (std::size_t index = 0; index < SlotCount; ++index) {
         slots_[index] = std::make_unique<QuillonSlot>(
             static_cast<int>(index),
-            History::Surroundings{place.dialogs, place.pointer, place.text, place.journals});
+            History::Surroundings{place.dialogs, place.pointer, place.files, place.journals});
         connect(*slots_[index]);
         refresh(*slots_[index]);
     }
@@ -36,19 +36,16 @@ void QuillonControl::connect(QuillonSlot& slot) {
     slot.OpenButton.setToolTipText("Load a file into this program");
     slot.SaveButton.setToolTipText("Save this program as a file");
     slot.ProgramInfo.setToolTipText("How long the program lasts, at 50 blocks a second");
-    const auto on = [this](auto& event, auto react) {
-        connections_.push_back(event.connect(react));
-    };
     History& history = slot.program.HistoryObject();
-    on(history.SaveStateChanged, [&slot] { refresh(slot); });
+    on_(history.SaveStateChanged, [&slot] { refresh(slot); });
     const auto index = static_cast<std::size_t>(slot.index);
     jobs_.add(slot.DownloadButton, [this, index] { Download(index); });
     jobs_.add(slot.UploadButton, [this, index] { Upload(index); });
-    on(slot.OpenButton.Click, [&slot, &history] {
+    on_(slot.OpenButton.Click, [&slot, &history] {
         if (history.OpenHistory({}))
             refresh(slot);
     });
-    on(slot.SaveButton.Click, [&slot, &history] {
+    on_(slot.SaveButton.Click, [&slot, &history] {
         if (history.SaveHistoryAs())
             refresh(slot);
     });
@@ -85,8 +82,10 @@ JobOutcome QuillonControl::exchange(QuillonSlot& slot, const char* done, Job job
         job(transfer);
         showProgress(slot, 0, 0);
     }
-    return transfer.failure().done() ? JobOutcome{JobOutcome::Reason::Done, done, {}}
-                                     : transfer.failure();
+    JobOutcome outcome = transfer.outcome();
+    if (outcome.done())
+        outcome.text = done;
+    return outcome;
 }
 
 JobOutcome QuillonControl::Download(std::size_t index) {

@@ -69,7 +69,7 @@ class QuillonControl final : public ProductControl {
     Messenger messenger_;
     bool running_ = false; // a transfer
     std::unique_ptr<QuillonControllerConfiguration> configuration_;
-    std::vector<Connection> connections_;
+    Connections on_;
 };
 
 } // namespace corvane

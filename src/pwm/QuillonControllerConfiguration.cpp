@@ -14,16 +14,16 @@ void QuillonControllerConfiguration::Initialize(QuillonControl& control,
         OptionButton& option = optReceiver[index];
         option.setValue(index == receiverNumber);
         option.setToolTipText("The controller listens to this receiver");
-        connections_.push_back(option.Click.connect([this, index] {
+        on_(option.Click, [this, index] {
             for (std::size_t other = 0; other < optReceiver.size(); ++other)
                 optReceiver[other].setValue(other == index);
             receiverNumber_ = static_cast<std::uint8_t>(index);
-        }));
+        });
     }
     OKButton.setToolTipText("Put the setting into the controller");
     CancelButton.setToolTipText("Leave the controller as it is");
-    connections_.push_back(OKButton.Click.connect([this] { accept(); }));
-    connections_.push_back(CancelButton.Click.connect([this] { Close(); }));
+    on_(OKButton.Click, [this] { accept(); });
+    on_(CancelButton.Click, [this] { Close(); });
 }
 
 void QuillonControllerConfiguration::accept() {

@@ -18,7 +18,6 @@ class QuillonControllerConfiguration {
     Event<> Closed; ///< The dialog is over and goes away. Raised once.
     void Close();
 
-    Label Label1{"Receiver Number:"};
     std::array<OptionButton, 3> optReceiver{OptionButton("1"), OptionButton("2"),
                                             OptionButton("3")};
     Button OKButton{"OK"};
@@ -30,7 +29,7 @@ class QuillonControllerConfiguration {
     QuillonControl* control_ = nullptr;
     std::uint8_t receiverNumber_ = 0;
     bool open_ = true;
-    std::vector<Connection> connections_;
+    Connections on_;
 };
 
 } // namespace corvane

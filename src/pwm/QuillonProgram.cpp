@@ -19,12 +19,13 @@ class QuillonUndoablePWMChange final : public UndoableChange {
         value_ = value;
     }
     void Redo() override {
-        AllOrNothing([this] { program_->AddBlock(value_); }, [this] { program_->RemoveBlock(); });
+        AllOrNothing([this] { program_->AddBlock(access(), value_); },
+                     [this] { program_->RemoveBlock(access()); });
     }
     void Undo() override {
         const std::uint8_t removed = program_->blocks().Data(program_->blocks().Length());
-        AllOrNothing([this] { program_->RemoveBlock(); },
-                     [this, removed] { program_->AddBlock(removed); });
+        AllOrNothing([this] { program_->RemoveBlock(access()); },
+                     [this, removed] { program_->AddBlock(access(), removed); });
     }
     void Serialize(std::string& prefix, std::vector<std::string>& Data) const override {
         prefix = Prefix;
@@ -75,12 +76,12 @@ QuillonProgram::QuillonProgram(const History::Surroundings& surroundings)
     history_.setLoader(std::make_unique<QuillonHistoryLoader>());
 }
 
-void QuillonProgram::AddBlock(std::uint8_t value) {
+void QuillonProgram::AddBlock(WriteAccess, std::uint8_t value) {
     blocks_.Append(value);
     Changed.raise();
 }
 
-void QuillonProgram::RemoveBlock() {
+void QuillonProgram::RemoveBlock(WriteAccess) {
     blocks_.RemoveAtEnd();
     Changed.raise();
 }

@@ -20,9 +20,8 @@ class QuillonProgram final : public HistoryHost {
     [[nodiscard]] const KOBuffer& blocks() const { return blocks_; }
     [[nodiscard]] double seconds() const { return blocks_.Length() / BlocksPerSecond; }
 
-    /// For changes only.
-    void AddBlock(std::uint8_t value);
-    void RemoveBlock();
+    void AddBlock(WriteAccess, std::uint8_t value);
+    void RemoveBlock(WriteAccess);
 
     /// Records a further block as a change that does not count as dirty. False if there is no room.
     [[nodiscard]] bool append(std::uint8_t value);

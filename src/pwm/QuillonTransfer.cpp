@@ -6,8 +6,6 @@ namespace corvane {
 
 namespace {
 
-constexpr const char* ControlClass = "Corvane.QuillonControl";
-
 // Channels of the requests; that of the reply is the same without the top bit.
 constexpr int AskLength = 178;
 constexpr int AskBlocks = 179;
@@ -38,11 +36,6 @@ std::optional<int> word(const KOBuffer& buffer, int index) {
 
 } // namespace
 
-QuillonTransfer::QuillonTransfer(const Workplace& place)
-    : with_(place), onPacket_(place.link.PacketReceived.connect([this](const KOPacket& packet) {
-          ProcessPacket(packet);
-      })) {}
-
 QuillonTransfer::~QuillonTransfer() {
     with_.link.DisconnectAndBlock(false); // also from a product of another kind
     with_.pointer.set(false);
@@ -50,19 +43,7 @@ QuillonTransfer::~QuillonTransfer() {
 
 bool QuillonTransfer::Connect() {
     with_.pointer.set(true);
-    if (!with_.link.IsConnected())
-        return fail(NoLinkOpen(with_.link));
-    JobOutcome reached = ReachProduct(with_, ControlClass, false);
-    reached.text = "Unable to connect to the Quillon.";
-    return reached.done() || fail(std::move(reached));
-}
-
-bool QuillonTransfer::fail(JobOutcome outcome) {
-    failure_ = std::move(outcome);
-    failure_.told = true;
-    with_.pointer.set(false);
-    with_.dialogs.ShowError(failure_.inWords());
-    return false;
+    return ProductJob::Connect(ControlClass::Quillon, "Quillon", false);
 }
 
 bool QuillonTransfer::Download(int slot) {
@@ -111,8 +92,7 @@ bool QuillonTransfer::WriteOptions(std::uint8_t receiverNumber) {
 }
 
 bool QuillonTransfer::ask(int channel, const KOBuffer& data, const char* failure) {
-    return exchange(channel, data) ||
-           fail({JobOutcome::Reason::Failed, failure, NoReplyCure(with_.link)});
+    return exchange(channel, data) || fail(failure, NoReplyCure(with_.link));
 }
 
 bool QuillonTransfer::exchange(int channel, const KOBuffer& data) {
@@ -120,13 +100,8 @@ bool QuillonTransfer::exchange(int channel, const KOBuffer& data) {
     packet.setChannel(channel);
     packet.buffer().AppendBuffer(data);
     static_cast<void>(packet.Send()); // one that is not accepted is not answered
-    const std::uint32_t start = with_.clock.now();
     asked_ = channel;
-    while (asked_ != 0 && with_.link.ready() && TimeDiff(with_.clock.now(), start) < ReplyWithin) {
-        with_.link.Update();
-        if (asked_ != 0)
-            with_.pause.pause();
-    }
+    await(ReplyWithin, [this] { return asked_ == 0; });
     return std::exchange(asked_, 0) == 0;
 }
 

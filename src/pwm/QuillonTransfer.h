@@ -1,18 +1,16 @@
 #pragma once
 
-#include "link/ProductReach.h"
+#include "link/ProductJob.h"
 
 namespace corvane {
 
 /// One exchange of requests and replies with the PWM product: connects, works, and lets it go at
 /// its end. Every operation blocks until it is done and shows its own message if it fails, with the
-/// normal pointer. Hears the link's packets itself.
-class QuillonTransfer {
+/// normal pointer.
+class QuillonTransfer final : public ProductJob {
   public:
-    explicit QuillonTransfer(const Workplace& place);
+    explicit QuillonTransfer(const Workplace& place) : ProductJob(place) {}
     ~QuillonTransfer();
-    QuillonTransfer(const QuillonTransfer&) = delete;
-    QuillonTransfer& operator=(const QuillonTransfer&) = delete;
 
     Event<std::uint8_t> BlockReceived; ///< Each block of a program, in order.
     Event<int, int> Progress;          ///< Blocks so far, and in all.
@@ -26,21 +24,14 @@ class QuillonTransfer {
     [[nodiscard]] std::optional<std::uint8_t> ReadOptions();
     [[nodiscard]] bool WriteOptions(std::uint8_t receiverNumber);
 
-    /// Every packet of the link comes here.
-    void ProcessPacket(const KOPacket& packet);
-
-    /// Why an operation failed, or that none has. The person has been told.
-    [[nodiscard]] const JobOutcome& failure() const { return failure_; }
-
   private:
-    [[nodiscard]] bool fail(JobOutcome outcome);
+    void ProcessPacket(const KOPacket& packet) override;
     [[nodiscard]] bool exchange(int channel, const KOBuffer& data);
     [[nodiscard]] bool ask(int channel, const KOBuffer& data, const char* failure);
     void takeLength(const KOBuffer& reply);
     void takeBlocks(const KOBuffer& reply);
     [[nodiscard]] bool isExpected(const char* fault, std::optional<int> received, int expected);
 
-    Workplace with_;
     int currentSlot_ = 0;
     int asked_ = 0; // channel of the request under way; 0 for none
     int transferPosition_ = 0;
@@ -48,8 +39,6 @@ class QuillonTransfer {
     int transferLength_ = 0;
     bool allZero_ = true;
     std::uint8_t receiverNumber_ = 0;
-    JobOutcome failure_;
-    Connection onPacket_;
 };
 
 } // namespace corvane

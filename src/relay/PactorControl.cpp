@@ -7,7 +7,6 @@
 namespace corvane {
 
 namespace {
-constexpr const char* ControlClass = "Corvane.PactorControl";
 constexpr const char* FriendlyName = "relay";
 constexpr int MiddleOfTheStick = 50; // percent
 
@@ -24,25 +23,22 @@ void showFlags(std::array<OptionButton, Options>& options, const std::array<bool
 } // namespace
 
 PactorControl::PactorControl(const Workplace& place)
-    : document({place.dialogs, place.pointer, place.text, place.journals}), place_(place) {
+    : document({place.dialogs, place.pointer, place.files, place.journals}), place_(place) {
     place.link.setMaintainConnection(false);
     setToolTips();
     connectSettings();
-    const auto on = [this](auto& event, auto react) {
-        connections_.push_back(event.connect(react));
-    };
-    on(tabs.Click, [this] { changeTab(); });
-    on(SimulateLossOfSignalCheck.Click, [this] { refreshSimulator(false); });
+    on_(tabs.Click, [this] { changeTab(); });
+    on_(SimulateLossOfSignalCheck.Click, [this] { refreshSimulator(false); });
     jobs_.add(ReadSettingsButton, [this] { ReadSettings(); });
     jobs_.add(ProgramButton, [this] { Program(); });
-    on(document.SettingChanged, [this](std::string_view name) { showSetting(name); });
+    on_(document.SettingChanged, [this](std::string_view name) { showSetting(name); });
     History& history = document.HistoryObject();
-    on(history.Changed, [this] {
+    on_(history.Changed, [this] {
         refreshSimulator(true);
         status_.clear();
     });
-    on(history.FileOpened, [this](const std::string&) { refreshSimulator(true); });
-    on(history.ResettingToDefaults, [this] { resetToDefaults(); });
+    on_(history.FileOpened, [this](const std::string&) { refreshSimulator(true); });
+    on_(history.ResettingToDefaults, [this] { resetToDefaults(); });
     SimulatorTab.setVisible(false);
     resetToDefaults();
 }
@@ -62,18 +58,15 @@ void PactorControl::setToolTips() {
 void PactorControl::connectSettings() {
     connectOptions(optIndicator, PactorDocument::Indicator);
     connectOptions(optRelay, PactorDocument::Relay);
-    const auto on = [this](auto& event, auto react) {
-        connections_.push_back(event.connect(react));
-    };
-    on(Hysteresis.Validate, [this] {
+    on_(Hysteresis.Validate, [this] {
         const int percent = std::clamp(ReadInteger(Hysteresis.Text()), 0, 100);
         document.record(PactorDocument::Hysteresis, 0, std::to_string(percent));
     });
-    on(tripPoint.Commit, [this] {
+    on_(tripPoint.Commit, [this] {
         if (!simulating_)
             document.record(PactorDocument::TripPoint, 0, std::to_string(tripPoint.Value()));
     });
-    on(tripPoint.Change, [this] {
+    on_(tripPoint.Change, [this] {
         if (!simulating_)
             return;
         stickPosition_ = tripPoint.Value();
@@ -85,12 +78,12 @@ template<std::size_t N>
 void PactorControl::connectOptions(std::array<OptionButton, N>& options,
                                    std::string_view propertyName) {
     for (std::size_t n = 0; n < N; ++n)
-        connections_.push_back(options[n].Click.connect([this, &options, n, propertyName] {
+        on_(options[n].Click, [this, &options, n, propertyName] {
             options[n ^ 1U].setValue(false); // the other one of the pair
             const bool on = options[n & ~std::size_t{1}].Value();
             document.record(propertyName, static_cast<int>(n / 2),
                             on ? PactorDocument::On : std::string_view());
-        }));
+        });
 }
 
 // Display
@@ -113,8 +106,7 @@ void PactorControl::showTripPoint() {
 void PactorControl::resetToDefaults() {
     stickPosition_ = MiddleOfTheStick;
     status_.clear();
-    for (const std::string_view name : {PactorDocument::TripPoint, PactorDocument::Hysteresis,
-                                        PactorDocument::Indicator, PactorDocument::Relay})
+    for (const std::string_view name : PactorDocument::Names)
         showSetting(name);
     refreshSimulator(true);
 }
@@ -128,6 +120,7 @@ void PactorControl::changeTab() {
     SettingsTab.setVisible(!simulating);
     tripPoint.setSimulating(simulating);
     showTripPoint();
+    // A tab begins on one side of the band, not where another stick has left it.
     refreshSimulator(true);
 }
 
@@ -164,8 +157,8 @@ JobOutcome PactorControl::ReadSettings() {
     GenericEEPROMProgrammer reader(place_);
     KOBuffer image;
     JobOutcome outcome;
-    if (!reader.Connect(ControlClass, FriendlyName, false)) {
-        outcome = reader.failure();
+    if (!reader.Connect(ControlClass::Pactor, FriendlyName, false)) {
+        outcome = reader.outcome();
     } else if (!reader.ReadEEPROM(0, PactorSettings::ImageLength, image)) {
         outcome = {JobOutcome::Reason::Failed, "Read failed!", {}};
         status_.error(outcome.text);
@@ -180,6 +173,7 @@ JobOutcome PactorControl::ReadSettings() {
 }
 
 JobOutcome PactorControl::apply(const KOBuffer& image) {
+    // The person is asked for the old document before anything of the new one is looked at.
     if (!document.HistoryObject().NewHistory())
         return {JobOutcome::Reason::Canceled, "The document was kept.", {}};
     if (image.Length() != PactorSettings::ImageLength) {
@@ -198,8 +192,8 @@ JobOutcome PactorControl::Program() {
     const BusyScope busy(place_.pointer);
     GenericEEPROMProgrammer writer(place_);
     JobOutcome outcome{JobOutcome::Reason::Done, "Programmed.", {}};
-    if (!writer.Connect(ControlClass, FriendlyName, false)) {
-        outcome = writer.failure();
+    if (!writer.Connect(ControlClass::Pactor, FriendlyName, false)) {
+        outcome = writer.outcome();
     } else if (writer.WriteEEPROM(0, document.settings().toImage())) {
         status_.report(outcome.text);
     } else {

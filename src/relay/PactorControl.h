@@ -43,9 +43,7 @@ class PactorControl final : public ProductControl {
     std::array<OptionButton, 6> optRelay{OptionButton("On"), OptionButton("Off"),
                                          OptionButton("On"), OptionButton("Off"),
                                          OptionButton("On"), OptionButton("Off")};
-    Label HysteresisLabel{"Hysteresis: +/-"};
     TextBox Hysteresis;
-    Label HysteresisPercentLabel{"%"};
     Frame SimulatorTab;
     CheckBox SimulateLossOfSignalCheck{"Simulate Loss of Signal"};
     PactorRelay SimulatorRelay;
@@ -75,7 +73,7 @@ class PactorControl final : public ProductControl {
     bool running_ = false;    // a job
     bool simulating_ = false; // the "Simulator" tab is on show
     int stickPosition_ = 50;  // percent
-    std::vector<Connection> connections_;
+    Connections on_;
 };
 
 } // namespace corvane

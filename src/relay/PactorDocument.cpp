@@ -18,12 +18,18 @@ class PactorHistoryLoader final : public HistoryLoader {
     }
 };
 
+constexpr std::array percentages{
+    std::pair{PactorDocument::TripPoint, &PactorSettings::tripPoint},
+    std::pair{PactorDocument::Hysteresis, &PactorSettings::hysteresis},
+};
+
 /// The place of a percentage or a flag; nothing where there is none.
 template<class Settings>
 auto percentage(Settings& settings, std::string_view name) -> decltype(&settings.tripPoint) {
-    if (name == PactorDocument::TripPoint)
-        return &settings.tripPoint;
-    return name == PactorDocument::Hysteresis ? &settings.hysteresis : nullptr;
+    for (const auto& [known, member] : percentages)
+        if (name == known)
+            return &(settings.*member);
+    return nullptr;
 }
 
 template<class Settings>
@@ -48,7 +54,7 @@ PactorDocument::PactorDocument(const History::Surroundings& surroundings)
     : history_(*this, surroundings) {
     onReset_ = history_.ResettingToDefaults.connect([this] {
         settings_ = {};
-        for (const std::string_view name : {TripPoint, Hysteresis, Indicator, Relay})
+        for (const std::string_view name : Names)
             SettingChanged.raise(name);
     });
     history_.setFilter("Relay Settings Files (*.relay)|*.relay");
@@ -64,7 +70,8 @@ std::string PactorDocument::Data(int index, std::string_view propertyName) const
     return std::string(flagText(on != nullptr && *on));
 }
 
-void PactorDocument::setData(int index, std::string_view propertyName, std::string_view text) {
+void PactorDocument::setData(WriteAccess, int index, std::string_view propertyName,
+                             std::string_view text) {
     if (int* percent = percentage(settings_, propertyName))
         *percent = std::clamp(ReadInteger(text), 0, 100);
     else if (bool* on = flag(settings_, index, propertyName))
@@ -90,8 +97,8 @@ void PactorDocument::record(std::string_view propertyName, int index, std::strin
 }
 
 void PactorDocument::recordAll(const PactorSettings& settings) {
-    record(TripPoint, 0, std::to_string(settings.tripPoint), true);
-    record(Hysteresis, 0, std::to_string(settings.hysteresis), true);
+    for (const auto& [name, member] : percentages)
+        record(name, 0, std::to_string(settings.*member), true);
     const auto recordFlags = [this](std::string_view name, const auto& flags) {
         int index = 0;
         for (const bool on : flags)

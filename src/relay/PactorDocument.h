@@ -13,6 +13,8 @@ class PactorDocument final : public HistoryHost {
     static constexpr std::string_view Hysteresis = "Hysteresis";
     static constexpr std::string_view Indicator = "Indicator";
     static constexpr std::string_view Relay = "Relay";
+    /// Of all settings.
+    static constexpr std::array Names{TripPoint, Hysteresis, Indicator, Relay};
     static constexpr std::string_view On = "ON"; ///< What is off is empty text.
 
     explicit PactorDocument(const History::Surroundings& surroundings);
@@ -28,7 +30,7 @@ class PactorDocument final : public HistoryHost {
     [[nodiscard]] std::string Data(int index, std::string_view propertyName) const;
     /// Reads percentages leniently and limits them to 0 to 100; a name or index that there is not
     /// changes nothing.
-    void setData(int index, std::string_view propertyName, std::string_view text);
+    void setData(WriteAccess, int index, std::string_view propertyName, std::string_view text);
     /// Whether a change in a file may carry this index with this name.
     [[nodiscard]] static bool takesData(int index, std::string_view propertyName);
 

@@ -35,10 +35,9 @@ void HyperlinkControl::look() {
         assign(foreColor_, Normal);
 }
 
-AboutForm::AboutForm(const Application& application)
-    : Site(MakerSite, application),
-      onLogo_(Logo.Click.connect([&application] { application.OpenInBrowser(MakerSite); })),
-      onOk_(OKButton.Click.connect([this] { close(); })) {
+AboutForm::AboutForm(const Application& application) : Site(MakerSite, application) {
+    on_(Logo.Click, [&application] { application.OpenInBrowser(MakerSite); });
+    on_(OKButton.Click, [this] { close(); });
     Logo.setToolTipText("Open the maker's web site");
     OKButton.setToolTipText("Close this window");
     NewsLabel.setVisible(false);

@@ -45,7 +45,6 @@ class AboutForm final {
     Event<> FocusWanted;
     Event<> Closed;
 
-    Label ProductLabel{ProgramName};
     Label VersionLabel{std::string("Version: ") + ProgramVersion};
     Label NewsLabel; ///< That no news of versions has come for long; shows only then.
     Button Logo;
@@ -62,8 +61,7 @@ class AboutForm final {
 
   private:
     bool open_ = false;
-    Connection onLogo_;
-    Connection onOk_;
+    Connections on_;
 };
 
 } // namespace corvane

@@ -15,6 +15,7 @@ void Application::RunFromProgramDirectory(const std::string& program,
 }
 
 void Application::ShutDownApplication() {
+    // Whoever starts next must not find this run any more: the mark goes before it is started.
     Ending.raise();
     if (!pendingProgram_.empty())
         RunFromProgramDirectory(pendingProgram_, pendingArguments_);

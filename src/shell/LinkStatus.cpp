@@ -4,12 +4,10 @@
 
 namespace corvane {
 
-LinkStatus::LinkStatus(KOCommLink& link)
-    : link_(link),
-      onConnected_(link.ConnectedChanged.connect([this] { refresh(); })),
-      onReady_(link.ReadyStateChanged.connect([this] { refresh(); })),
-      onProduct_(link.ProductChanged.connect([this] { refresh(); })),
-      onAvailability_(link.AvailabilityChanged.connect([this] { refresh(); })) {
+LinkStatus::LinkStatus(KOCommLink& link) : link_(link) {
+    for (Event<>* event : {&link.ConnectedChanged, &link.ReadyStateChanged, &link.ProductChanged,
+                           &link.AvailabilityChanged})
+        on_(*event, [this] { refresh(); });
     refresh();
 }
 

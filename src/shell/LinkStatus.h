@@ -27,10 +27,7 @@ class LinkStatus {
     State state_ = State::NoDevice;
     std::string headline_;
     std::string detail_;
-    Connection onConnected_;
-    Connection onReady_;
-    Connection onProduct_;
-    Connection onAvailability_;
+    Connections on_;
 };
 
 } // namespace corvane

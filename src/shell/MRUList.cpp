@@ -66,11 +66,6 @@ const std::string& MRUList::filename(int Index) const {
     return shown_[static_cast<std::size_t>(Index) - 1];
 }
 
-std::string MRUList::classOf(const std::string& filename) const {
-    const KOProductProfile* product = products_.ByExtension(KOIOExtension(filename));
-    return product == nullptr ? std::string() : product->Class;
-}
-
 bool MRUList::remove(const std::string& filename) {
     const auto found = std::find_if(all_.begin(), all_.end(), [&](const std::string& other) {
         return isSameFile(other, filename);
@@ -83,8 +78,10 @@ bool MRUList::remove(const std::string& filename) {
 
 void MRUList::append(const std::string& filename) {
     all_.push_back(filename);
-    const std::string product = classOf(filename);
-    const auto isOfProduct = [&](const std::string& other) { return classOf(other) == product; };
+    const std::string product = products_.ClassOfFile(filename);
+    const auto isOfProduct = [&](const std::string& other) {
+        return products_.ClassOfFile(other) == product;
+    };
     while (std::count_if(all_.begin(), all_.end(), isOfProduct) > CountLimit)
         all_.erase(std::find_if(all_.begin(), all_.end(), isOfProduct));
 }
@@ -93,8 +90,9 @@ void MRUList::rebuild() {
     shown_.clear();
     const std::string shownClass = interface_ == nullptr ? "" : interface_->InterfaceClass();
     if (!shownClass.empty())
-        std::copy_if(all_.rbegin(), all_.rend(), std::back_inserter(shown_),
-                     [&](const std::string& file) { return classOf(file) == shownClass; });
+        std::copy_if(
+            all_.rbegin(), all_.rend(), std::back_inserter(shown_),
+            [&](const std::string& file) { return products_.ClassOfFile(file) == shownClass; });
     Changed.raise();
 }
 

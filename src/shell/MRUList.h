@@ -32,7 +32,6 @@ class MRUList {
     [[nodiscard]] const std::string& filename(int Index) const;
 
   private:
-    [[nodiscard]] std::string classOf(const std::string& filename) const;
     bool remove(const std::string& filename);
     void append(const std::string& filename);
     void rebuild();

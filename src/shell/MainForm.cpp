@@ -34,16 +34,16 @@ MainForm::MainForm(const Workplace& place, const ProductControls& controls,
       recentFiles_(std::make_unique<MRUList>(place.registry, place.products)) {
     debugForm.SetDebugger(place.debugger);
     noOptions_.Add(NoOptions);
-    connections_.push_back(interface_->InterfaceSwapRequested.connect(
+    on_(interface_->InterfaceSwapRequested,
         [this](std::unique_ptr<ProductControl>& current, const std::string& newName) {
             swapControl(current, newName);
-        }));
-    connections_.push_back(interface_->InterfaceChanged.connect([this] {
+        });
+    on_(interface_->InterfaceChanged, [this] {
         setHistoryObject(interface_->InterfaceHistory());
         doLayout();
-    }));
-    connections_.push_back(recentFiles_->Changed.connect([this] { updateRecentFiles(); }));
-    connections_.push_back(tmrUpdate.Fired.connect([this] { place_.link.Update(); }));
+    });
+    on_(recentFiles_->Changed, [this] { updateRecentFiles(); });
+    on_(tmrUpdate.Fired, [this] { place_.link.Update(); });
     recentFiles_->Initialize(*interface_);
     connectMenu();
     connectJournals();
@@ -52,9 +52,7 @@ MainForm::MainForm(const Workplace& place, const ProductControls& controls,
 MainForm::~MainForm() = default;
 
 void MainForm::connectMenu() {
-    const auto on = [this](MenuItem& item, auto command) {
-        connections_.push_back(item.Click.connect(command));
-    };
+    const auto on = [this](MenuItem& item, auto command) { on_(item.Click, command); };
     on(menu.mnuFileNew, [this] { history_->NewHistory(); });
     on(menu.mnuFileOpen, [this] { OpenFile({}); });
     on(menu.mnuFileSave, [this] { history_->SaveHistory(); });
@@ -73,12 +71,12 @@ void MainForm::connectMenu() {
     on(menu.mnuHelpTroubleshootingRestartCorvaneInDebugMode, [this] { restart("-debug2"); });
     on(menu.mnuHelpTroubleshootingRestartCorvaneNormally, [this] { restart({}); });
     on(menu.mnuHelpAbout, [this] { about.show(); });
-    connections_.push_back(menu.mnuFileMRU.Click.connect([this](int place) {
+    on_(menu.mnuFileMRU.Click, [this](int place) {
         const std::string file = recentFiles_->filename(place); // the list changes meanwhile
         OpenFile(file);
-    }));
-    connections_.push_back(menu.mnuOptionsList.Click.connect(
-        [this](int place) { optionsMenu_->SelectItem(optionsMenu_->Item(place)); }));
+    });
+    on_(menu.mnuOptionsList.Click,
+        [this](int place) { optionsMenu_->SelectItem(optionsMenu_->Item(place)); });
 }
 
 void MainForm::Initialize(const std::string& fileToOpen) {
@@ -95,8 +93,7 @@ void MainForm::Initialize(const std::string& fileToOpen) {
     // What was lost waits for a start that asks for no screen of its own.
     if (!place_.modes.ProgramMode && !place_.modes.EEPROMMode)
         recovery.Offer();
-    const KOProductProfile* product = place_.products.ByExtension(KOIOExtension(fileToOpen));
-    const bool ready = recovery.ShowControl(product == nullptr ? std::string() : product->Class);
+    const bool ready = recovery.ShowControl(place_.products.ClassOfFile(fileToOpen));
     takeKeptSize();
     updateAllMenus();
     updateOptionsMenu();
@@ -107,24 +104,21 @@ void MainForm::Initialize(const std::string& fileToOpen) {
 void MainForm::connectJournals() {
     if (place_.journals == nullptr)
         return;
-    const auto on = [this](auto& event, auto react) {
-        connections_.push_back(event.connect(react));
-    };
     const std::string folder = place_.journals->folder().string();
-    on(place_.journals->Failed, [this, folder](const std::string& reason) {
+    on_(place_.journals->Failed, [this, folder](const std::string& reason) {
         tellLater("Changes can't be kept safe from a crash, because the folder " + folder +
                   " can't be written (" + reason +
                   ").\r\n\r\nMake room on the disk or give yourself the rights, and save often "
                   "until then.");
     });
-    on(place_.journals->Replaced, [this, folder] {
+    on_(place_.journals->Replaced, [this, folder] {
         tellLater("The copy that keeps your changes safe from a crash, in the folder " + folder +
                   ", was removed or damaged by another program.\r\n\r\nA new one has been made, "
                   "and nothing is lost. Save the document to be sure.");
     });
-    on(place_.journals->Begun, [this] { tmrJournals.setEnabled(true); });
-    on(tmrJournals.Fired, [this] { tmrJournals.setEnabled(place_.journals->Look()); });
-    on(tmrTell.Fired, [this] {
+    on_(place_.journals->Begun, [this] { tmrJournals.setEnabled(true); });
+    on_(tmrJournals.Fired, [this] { tmrJournals.setEnabled(place_.journals->Look()); });
+    on_(tmrTell.Fired, [this] {
         tmrTell.setEnabled(false);
         for (const std::string& text : std::exchange(toTell_, {}))
             place_.dialogs.Message(
@@ -144,7 +138,7 @@ void MainForm::OpenFile(const std::string& filename) {
 }
 
 void MainForm::setHistoryObject(History* history) {
-    historyConnections_.clear();
+    onHistory_.clear();
     history_ = history;
     const bool has = history != nullptr;
     for (MenuItem* item : {&menu.mnuFileNew, &menu.mnuFileSep1, &menu.mnuFileOpen,
@@ -154,28 +148,28 @@ void MainForm::setHistoryObject(History* history) {
          {&menu.mnuFileNew, &menu.mnuFileOpen, &menu.mnuFileSave, &menu.mnuFileSaveAs})
         item->setEnabled(has);
     if (has) {
-        historyConnections_.push_back(
-            history->UndoStateChanged.connect([this] { updateUndoMenu(); }));
-        historyConnections_.push_back(history->SaveStateChanged.connect([this] { updateTitle(); }));
-        historyConnections_.push_back(history->FileOpened.connect(
-            [this](const std::string& file) { recentFiles_->AddFile(file); }));
-        historyConnections_.push_back(history->FileOpenFailed.connect(
-            [this](const std::string& file) { recentFiles_->RemoveFile(file); }));
-        historyConnections_.push_back(history->FileSaved.connect(
-            [this](const std::string& file, const std::string& previous) {
-                if (!previous.empty() && previous != file)
-                    recentFiles_->RenameFile(previous, file);
-                else
-                    recentFiles_->AddFile(file);
-            }));
+        onHistory_(history->UndoStateChanged, [this] { updateUndoMenu(); });
+        onHistory_(history->SaveStateChanged, [this] { updateTitle(); });
+        onHistory_(history->FileOpened,
+                   [this](const std::string& file) { recentFiles_->AddFile(file); });
+        onHistory_(history->FileOpenFailed,
+                   [this](const std::string& file) { recentFiles_->RemoveFile(file); });
+        onHistory_(history->FileSaved,
+                   [this](const std::string& file, const std::string& previous) {
+                       // A document that has got another name is still one document.
+                       if (!previous.empty() && previous != file)
+                           recentFiles_->RenameFile(previous, file);
+                       else
+                           recentFiles_->AddFile(file);
+                   });
     }
     updateAllMenus();
 }
 
 void MainForm::setBand(BottomBand& band) {
     band_ = &band;
-    onBand_ = band.DesiredPositionChanged.connect([this] { doLayout(); });
-    onBandRestart_ = band.RestartRequested.connect([this] { restart({}); });
+    on_(band.DesiredPositionChanged, [this] { doLayout(); });
+    on_(band.RestartRequested, [this] { restart({}); });
     doLayout();
 }
 
@@ -191,6 +185,7 @@ void MainForm::Resize(TwipSize clientSize, bool isUsual) {
 }
 
 void MainForm::takeKeptSize() {
+    // A control that knows what room it needs gets that, whatever was kept.
     if (sizes_ == nullptr || control() == nullptr || control()->GetSuggestedClientSize())
         return;
     if (const std::optional<TwipSize> kept = sizes_->of(interface_->InterfaceClass()))
@@ -207,6 +202,8 @@ bool MainForm::Unload() {
         return true;
     if (history_ != nullptr && !history_->ExitHistory())
         return false;
+    // From here on nothing is asked any more. The tick stops before the device goes, or it would be
+    // opened again.
     unloaded_ = true;
     tmrUpdate.setEnabled(false);
     place_.device.CloseDevice();
@@ -214,36 +211,37 @@ bool MainForm::Unload() {
     debugForm.Done();
     keepSize();
     Ending.raise();
-    ControlLeaving.raise();
-    setHistoryObject(nullptr);
-    onClipboard_.disconnect();
-    onOptions_.disconnect();
-    clipboard_ = nullptr;
-    optionsMenu_ = &noOptions_;
+    letGoOfControl();
+    // It writes itself down as it ends, and what starts next may read it.
     recentFiles_.reset();
     application_.ShutDownApplication();
     Closed.raise();
     return true;
 }
 
-void MainForm::swapControl(std::unique_ptr<ProductControl>& current, const std::string& newName) {
-    ControlLeaving.raise();
-    onClipboard_.disconnect();
+void MainForm::letGoOfControl() {
+    ControlLeaving.raise(); // first, since the view still looks at what goes
+    onControl_.clear();
     clipboard_ = nullptr;
-    setHistoryObject(nullptr);
-    onOptions_.disconnect();
     optionsMenu_ = &noOptions_;
+    setHistoryObject(nullptr);
+}
+
+void MainForm::swapControl(std::unique_ptr<ProductControl>& current, const std::string& newName) {
+    letGoOfControl();
+    // The old one ends first: two at a time would both answer the link.
     current.reset();
     current = controls_.create(newName);
     clipboard_ = current->Clipboard();
     if (clipboard_ != nullptr)
-        onClipboard_ = clipboard_->Clipboard_Messenger().MessageReceived.connect(
-            [this](std::string_view message, const void*, MessageValue&) {
-                if (message == "Update")
-                    updateClipboardMenu();
-            });
+        onControl_(clipboard_->Clipboard_Messenger().MessageReceived,
+                   [this](std::string_view message, const void*, MessageValue&) {
+                       if (message == "Update")
+                           updateClipboardMenu();
+                   });
     adoptOptionsMenu();
     current->SetDebugger(place_.debugger);
+    // The view first: the room that the control would like to have is the one around it.
     ControlChanged.raise();
     const std::optional<TwipSize> wanted = current->GetSuggestedClientSize();
     if (wanted && wanted->width >= 1 && wanted->height >= 1)
@@ -254,7 +252,7 @@ void MainForm::swapControl(std::unique_ptr<ProductControl>& current, const std::
 void MainForm::adoptOptionsMenu() {
     if (MenuList* own = control()->OptionsMenu())
         optionsMenu_ = own;
-    onOptions_ = optionsMenu_->Changed.connect([this] { updateOptionsMenu(); });
+    onControl_(optionsMenu_->Changed, [this] { updateOptionsMenu(); });
     updateOptionsMenu();
 }
 
@@ -316,6 +314,7 @@ void MainForm::updateRecentFiles() {
 void MainForm::updateOptionsMenu() {
     const bool autopatch = menu.mnuOptionsAutopatch.Visible();
     int count = optionsMenu_->count();
+    // That there are none is said only where nothing else stands in the menu.
     if (count == 1 && optionsMenu_->Item(1) == NoOptions && autopatch)
         count = 0;
     menu.mnuOptionsList.setCount(count);
@@ -331,6 +330,7 @@ void MainForm::toggleAutopatch() {
 }
 
 void MainForm::doLayout() {
+    // Whatever moves is painted once, in its last place.
     if (history_ == nullptr)
         return layOut();
     const FreezeScope frozen(*history_);
@@ -368,7 +368,7 @@ void MainForm::powerCycle() const {
 }
 
 void MainForm::reinstallDrivers() const {
-    application_.RunFromProgramDirectory("Install Drivers.exe", {});
+    application_.RunFromProgramDirectory(ProgramFile::DriverInstaller, {});
     place_.dialogs.Message({"Restart Needed",
                             "You will need to restart Corvane to use the newly installed drivers.",
                             MessageBox::Icon::Information, MessageBox::Buttons::Ok});
@@ -393,7 +393,8 @@ void MainForm::reprogramEEPROM() const {
 }
 
 void MainForm::restart(const std::string& arguments) {
-    application_.setPendingRestart("Corvane.exe", arguments);
+    // If the person refuses to end the program, the restart is off as well.
+    application_.setPendingRestart(ProgramFile::Own, arguments);
     Unload();
     application_.clearPendingRestart();
 }

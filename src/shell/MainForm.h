@@ -9,7 +9,7 @@
 #include "shell/DebugForm.h"
 #include "shell/MRUList.h"
 #include "shell/MainMenu.h"
-#include "shell/ProductControls.h"
+#include "shell/ProductTable.h"
 #include "shell/WindowSizes.h"
 
 namespace corvane {
@@ -82,6 +82,7 @@ class MainForm {
     void connectJournals();
     void tellLater(std::string text);
     void connectMenu();
+    void letGoOfControl();
     void swapControl(std::unique_ptr<ProductControl>& current, const std::string& newName);
     void adoptOptionsMenu();
     void updateAllMenus();
@@ -118,12 +119,9 @@ class MainForm {
     WindowSizes* sizes_ = nullptr;
     BandPlace bandPlace_;
     bool unloaded_ = false;
-    std::vector<Connection> connections_;
-    std::vector<Connection> historyConnections_;
-    Connection onClipboard_;
-    Connection onOptions_;
-    Connection onBand_;
-    Connection onBandRestart_;
+    Connections on_;
+    Connections onHistory_;
+    Connections onControl_;
 };
 
 } // namespace corvane

@@ -8,8 +8,7 @@ namespace corvane {
 ProgrammerControl::ProgrammerControl(const Workplace& place) : place_(place) {
     Logo.setToolTipText("Open the maker's web site");
     UpdateReadyState(false);
-    connections_.push_back(
-        Logo.Click.connect([this] { place_.programs.OpenInBrowser(MakerSite); }));
+    on_(Logo.Click, [this] { place_.programs.OpenInBrowser(MakerSite); });
     jobs_.add(ProgramButton, [this] { program(); });
 }
 

@@ -15,7 +15,6 @@ class ProgrammerControl final : public ProductControl {
     void UpdateReadyState(bool ready) override;
 
     Button Logo;
-    Label Label1{"Corvane Programmer"};
     Button ProgramButton{"Program EEPROM"};
     Label StateLabel;
 
@@ -24,7 +23,7 @@ class ProgrammerControl final : public ProductControl {
 
     Workplace place_;
     JobButtons jobs_{place_.pointer};
-    std::vector<Connection> connections_;
+    Connections on_;
 };
 
 } // namespace corvane

@@ -1,8 +1,6 @@
 #include "shell/Recovery.h"
 
-#include "base/HeldFile.h"
 #include "history/History.h"
-#include "kolib/text/TextFiles.h"
 #include "system/File.h"
 
 #include <algorithm>
@@ -43,6 +41,7 @@ void Recovery::Offer() {
         return;
     }
     const std::optional<std::vector<bool>> picked = pick(sound, damaged);
+    // Put aside whatever the answer: they would come up at every start.
     for (const LostJournal* journal : damaged)
         journal->SetAside();
     for (std::size_t i = 0; picked && i < sound.size(); ++i)
@@ -114,9 +113,7 @@ void Recovery::giveBack(const LostJournal& lost, const std::string& className) {
     if (history == nullptr || !history->ExitHistory())
         return;
     // What is not right with it is told as with any file of the kind.
-    HeldFile held(lost.document(), place_.journals->files());
-    TextFiles text(held);
-    if (!history->Recover(text, lost.unchangedPath()))
+    if (!history->Recover(lost.document(), lost.unchangedPath()))
         lost.SetAside();
     else if (history->isJournalUpToDate())
         lost.Remove();

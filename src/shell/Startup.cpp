@@ -2,8 +2,6 @@
 
 #include "base/Product.h"
 #include "base/Text.h"
-#include "link/KOCommLink.h"
-#include "system/File.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -69,11 +67,6 @@ Launch ReadCommandLine(std::string_view commandLine) {
     else if (option != "-slow") // accepted for old habits; nothing follows from it
         launch.fileToOpen = fileFrom(commandLine);
     return launch;
-}
-
-std::string FirstControlClass(const Launch& launch, const KOProductList& products) {
-    const KOProductProfile* product = products.ByExtension(KOIOExtension(launch.fileToOpen));
-    return product != nullptr ? product->Class : StartClass(launch.modes);
 }
 
 bool HandOver(const InstanceChannel& channel, const std::string& fileToOpen,

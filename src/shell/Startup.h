@@ -23,10 +23,6 @@ struct Launch {
 /// name is completed by the working folder.
 [[nodiscard]] Launch ReadCommandLine(std::string_view commandLine);
 
-/// The class of the control to show first: that of the file's product, if its extension belongs
-/// to one, and otherwise what the run modes say.
-[[nodiscard]] std::string FirstControlClass(const Launch& launch, const KOProductList& products);
-
 /// Hands the file over to the instance that runs already and shows that one's window. An instance
 /// that begins or ends is waited for, in passes of `HandOverPass` and 11 at most. True if it has
 /// been found and has dealt with the file, so that this process must end; otherwise it opens the

@@ -32,10 +32,12 @@ void BackgroundSync::run() {
         lock.unlock();
         for (const auto& file : files) {
             file->takeMark(); // before: what comes meanwhile is for the next time
+            // A journal that has ended meanwhile has let go of its file.
             if (file.use_count() > 1)
                 file->Sync();
         }
         lock.lock();
+        // The pause comes after the first one, not before: a lone change is safe at once.
         changed_.wait_for(lock, Interval, [this] { return ending_; });
     }
 }

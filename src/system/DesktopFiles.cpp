@@ -81,6 +81,7 @@ bool DesktopFiles::Write(const DesktopProgram& program) {
     bool changed = false;
     for (const auto& [file, content] : contents(program)) {
         std::string present;
+        // Written only if it differs: a change has the desktop build its caches anew.
         if (files_.ReadWhole(file, present) == FileDoor::ReadResult::Done && present == content)
             continue;
         changed = (MakePrivateFolder(file.parent_path()) && files_.ReplaceWhole(file, content)) ||

@@ -196,6 +196,7 @@ void InstanceChannel::Unmark() {
         if (fileNumber(folder, MarkName) == mark_) // not that of one that took our place
             ::unlinkat(folder.get(), MarkName, 0);
     }
+    // The lock goes last: whoever waits for it finds no mark of ours any more.
     callers_.clear();
     events_ = Handle();
     listener_ = Handle();

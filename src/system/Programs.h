@@ -5,6 +5,13 @@
 
 namespace corvane {
 
+/// Programs beside the running one, by the names that they are asked for under everywhere.
+/// `SystemPrograms` alone knows what they are called on this system.
+namespace ProgramFile {
+inline constexpr const char* Own = "Corvane.exe";
+inline constexpr const char* DriverInstaller = "Install Drivers.exe";
+} // namespace ProgramFile
+
 /// Starts other programs. They live on when this one ends.
 class Programs {
   public:

@@ -21,7 +21,7 @@ bool RegistryKey::CreateKey(RegistryRoot root, const std::string& subkey, bool& 
     if (!store_->read().contains(path)) {
         if (!store_->write([&](SettingKeys& keys) { created = keys.try_emplace(path).second; })) {
             created = false;
-            return OpenKey(root, subkey, false);
+            return OpenKey(root, subkey, false); // another program may have made it meanwhile
         }
     }
     path_ = path;
@@ -90,6 +90,7 @@ void RegistryKey::setStringArrays(const std::string& name, const std::vector<std
         }
         texts.emplace_back(value);
     }
+    // One empty text and no text at all are the same in the file.
     if (texts.size() == 1 && texts.front().empty())
         texts.clear();
     set(name, std::move(texts));

@@ -19,26 +19,29 @@ constexpr char lower(char c) {
     return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
 }
 
-std::vector<std::string> record(const std::string& name, const SettingValue& value) {
+/// What is no text is left out.
+void writeValue(KOIOWriter& writer, const std::string& name, const SettingValue& value) {
     if (const auto* number = std::get_if<std::int32_t>(&value))
-        return {"integer", name, std::to_string(*number)};
+        return static_cast<void>(writer.WriteArray("integer", {name, std::to_string(*number)}));
     if (const auto* text = std::get_if<std::string>(&value))
-        return {"text", name, *text};
-    std::vector<std::string> record{"texts", name};
+        return static_cast<void>(writer.WriteArray("text", {name, *text}));
+    std::vector<std::string> fields{name};
     const auto& texts = std::get<std::vector<std::string>>(value);
-    std::copy_if(texts.begin(), texts.end(), std::back_inserter(record), IsUtf8);
-    return record;
+    std::copy_if(texts.begin(), texts.end(), std::back_inserter(fields), IsUtf8);
+    static_cast<void>(writer.WriteArray("texts", fields));
 }
 
-std::optional<SettingValue> valueOf(const std::vector<std::string>& record) {
-    if (record[0] == "texts" && record.size() >= 2)
-        return std::vector<std::string>(record.begin() + 2, record.end());
-    if (record.size() != 3)
+/// The name is the first of the fields.
+std::optional<SettingValue> valueOf(const std::string& kind,
+                                    const std::vector<std::string>& fields) {
+    if (kind == "texts" && !fields.empty())
+        return std::vector<std::string>(fields.begin() + 1, fields.end());
+    if (fields.size() != 2)
         return std::nullopt;
-    if (record[0] == "integer")
-        return ReadInteger(record[2]);
-    if (record[0] == "text")
-        return record[2];
+    if (kind == "integer")
+        return ReadInteger(fields[1]);
+    if (kind == "text")
+        return fields[1];
     return std::nullopt;
 }
 
@@ -53,20 +56,21 @@ bool CaselessLess::operator()(std::string_view a, std::string_view b) const {
 ReadSettings ParseSettings(std::string_view bytes) {
     ReadSettings read;
     SettingValues* key = nullptr;
-    std::vector<std::string> fields;
     while (!bytes.empty()) {
         const std::size_t end = std::min(bytes.find('\n'), bytes.size() - 1) + 1;
-        const std::optional<TextLines> line = TextLines::parse(std::string(bytes.substr(0, end)));
+        KOIOReader line;
+        std::string kind;
+        std::vector<std::string> fields;
+        if (line.Load(std::string(bytes.substr(0, end))))
+            line.ReadArray(kind, fields);
         bytes.remove_prefix(end);
-        fields.assign(1, {});
-        if (line)
-            line->read(0, fields);
-        if (fields[0] == "key") {
+        if (kind == "key") {
             // Values of a key that can't be read belong to no other.
-            key = fields.size() == 2 ? &read.keys[fields[1]] : nullptr;
+            key = fields.size() == 1 ? &read.keys[fields[0]] : nullptr;
             read.damaged = read.damaged || key == nullptr;
-        } else if (std::optional<SettingValue> value = valueOf(fields); value && key != nullptr) {
-            (*key)[fields[1]] = std::move(*value);
+        } else if (std::optional<SettingValue> value = valueOf(kind, fields);
+                   value && key != nullptr) {
+            (*key)[fields[0]] = std::move(*value);
         } else {
             read.damaged = true;
         }
@@ -76,11 +80,12 @@ ReadSettings ParseSettings(std::string_view bytes) {
 
 std::string WriteSettings(const SettingKeys& keys) {
     std::string bytes;
+    KOIOWriter writer(bytes);
     for (const auto& [path, values] : keys) {
-        if (!TextLines::append(bytes, {"key", path}))
+        if (!writer.WriteArray("key", {path}))
             continue; // text that is no text can't be kept
         for (const auto& [name, value] : values)
-            static_cast<void>(TextLines::append(bytes, record(name, value)));
+            writeValue(writer, name, value);
     }
     return bytes;
 }

@@ -41,8 +41,10 @@ void SignalGuard::letGo() {
         ::sigaction(Guarded[i], &before[i], nullptr);
     if (notedSignal == 0)
         return;
+    // What was printed must come out first, since the signal ends the process without it.
     std::cout.flush();
     std::fflush(nullptr);
+    // Now the usual handlers stand again, and the process ends as whoever sent it expects.
     static_cast<void>(std::raise(notedSignal));
 }
 

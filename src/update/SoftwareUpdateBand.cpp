@@ -44,24 +44,21 @@ SoftwareUpdateBand::SoftwareUpdateBand(KOUpdates& client, const KORegistry& regi
     RestartButton.setToolTipText("Ask to save what is open, and install the new version");
     RestartButton.setVisible(false);
     DetailsRegion.setVisible(false);
-    const auto on = [this](auto& event, auto react) {
-        connections_.push_back(event.connect(react));
-    };
-    on(SoftwareUpdateTimer.Fired, [this] { SoftwareUpdateTimer.setEnabled(poll()); });
-    on(DownloadHideTimer.Fired, [this] {
+    on_(SoftwareUpdateTimer.Fired, [this] { SoftwareUpdateTimer.setEnabled(poll()); });
+    on_(DownloadHideTimer.Fired, [this] {
         if (state_ == Downloading)
             setState(DownloadingHidden);
     });
-    on(AnimationTimer.Fired, [this] { animationTick(); });
-    on(YesButton.Click, [this] {
+    on_(AnimationTimer.Fired, [this] { animationTick(); });
+    on_(YesButton.Click, [this] {
         client_.UC_DownloadUpdate();
         setState(Downloading);
         SoftwareUpdateTimer.setEnabled(poll());
     });
-    on(NoButton.Click, [this] { decline(false); });
-    on(SkipButton.Click, [this] { decline(true); });
-    on(RestartButton.Click, [this] { RestartRequested.raise(); });
-    on(DetailsButton.Click, [this] {
+    on_(NoButton.Click, [this] { decline(false); });
+    on_(SkipButton.Click, [this] { decline(true); });
+    on_(RestartButton.Click, [this] { RestartRequested.raise(); });
+    on_(DetailsButton.Click, [this] {
         detailsShown_ = !detailsShown_;
         DetailsButton.setCaption(detailsShown_ ? "<< Details" : "Details >>");
         slide();
@@ -125,6 +122,7 @@ bool SoftwareUpdateBand::poll() {
     lastClientState_ = state;
     if (state == KOUpdates::Failed && state_ != Nothing)
         setState(Failed);
+    // The text first: it shows as soon as the band does.
     if (state == KOUpdates::Available || state == KOUpdates::Downloaded)
         ChangeLogText.setCaption(firstCharacters(client_.UC_GetChangeLog(), LongestLog));
     if (state == KOUpdates::Available)

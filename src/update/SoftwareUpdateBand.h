@@ -71,7 +71,7 @@ class SoftwareUpdateBand final : public BottomBand {
     float currentHeight_ = 0; // twips, like the others
     float targetHeight_ = 0;
     float layoutHeight_ = 0;
-    std::vector<Connection> connections_;
+    Connections on_;
 };
 
 } // namespace corvane

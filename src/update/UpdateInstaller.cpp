@@ -30,6 +30,8 @@ bool UpdateInstaller::acquire() const {
 }
 
 bool UpdateInstaller::run() {
+    // The mark goes first, whatever comes: what takes the program down must not be begun anew by
+    // every start.
     if (!takeMark())
         return false;
     if (!acquire()) {
@@ -61,6 +63,7 @@ InstallOutcome UpdateInstaller::install(const UpdateManifest& update, UpdateReco
     };
     InstallOutcome outcome;
     const bool there = with_.isInstalled(update);
+    // Looked at here as well as at the download: it has lain in a folder of the person's since.
     if (!there)
         outcome = {Kind::Refused, with_.whatIsWrong(update)};
     if (!there && outcome.why.empty())

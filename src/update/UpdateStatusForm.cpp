@@ -42,10 +42,9 @@ std::string textOf(const UpdateStanding& standing) {
 } // namespace
 
 UpdateStatusForm::UpdateStatusForm(KOUpdates& client, SoftwareUpdateBand& band)
-    : client_(client),
-      band_(band),
-      onTimer_(LookTimer.Fired.connect([this] { look(); })),
-      onOk_(OKButton.Click.connect([this] { close(); })) {
+    : client_(client), band_(band) {
+    on_(LookTimer.Fired, [this] { look(); });
+    on_(OKButton.Click, [this] { close(); });
     OKButton.setToolTipText("Close this window");
 }
 

@@ -35,8 +35,7 @@ class UpdateStatusForm {
     KOUpdates& client_;
     SoftwareUpdateBand& band_;
     bool open_ = false;
-    Connection onTimer_;
-    Connection onOk_;
+    Connections on_;
 };
 
 } // namespace corvane

@@ -2,6 +2,7 @@
 #include "eeprom/EEPROMEditorControl.h"
 #include "eeprom/EntryArrangement.h"
 #include "support/ControlBench.h"
+#include "support/Writing.h"
 
 #include <gmock/gmock.h>
 
@@ -134,7 +135,8 @@ TEST_F(EEPROMEditor, ConflictsAreThoseOfAllPairs) {
         open("KOEEPROM\t0\t0\t0\t1\n");
         for (int i = 0; i < count; ++i)
             document.AddField(
-                1, {static_cast<int>(random() % 20), static_cast<int>(random() % 4), {}, {}, {}});
+                Writing::access(), 1,
+                {static_cast<int>(random() % 20), static_cast<int>(random() % 4), {}, {}, {}});
         const EntryArrangement arrangement = Arrange(document);
         for (int i = 1; i <= count; ++i) {
             bool conflict = false;
@@ -147,7 +149,7 @@ TEST_F(EEPROMEditor, ConflictsAreThoseOfAllPairs) {
             EXPECT_EQ(arrangement.conflicts[static_cast<std::size_t>(i) - 1], conflict);
         }
         while (document.EntryCount() > 0)
-            document.RemoveField(1);
+            document.RemoveField(Writing::access(), 1);
     }
 }
 

@@ -150,13 +150,13 @@ TEST_F(EEPROMProgrammer, TellsWhyItCanNotConnect) {
     EXPECT_FALSE(programmer.Connect(EepromClass, "microcontroller", true));
     EXPECT_EQ(desk.person.takeMessage(),
               "Error: No Corvane is connected.\r\n\r\nPlug in a Corvane link, then try again.");
-    EXPECT_EQ(programmer.failure().reason, JobOutcome::Reason::NoLink);
+    EXPECT_EQ(programmer.outcome().reason, JobOutcome::Reason::NoLink);
     desk.bench.plugIn("silent");
     EXPECT_FALSE(connect());
     EXPECT_EQ(desk.person.takeMessage(),
               "Error: Unable to connect to the microcontroller.\r\n\r\nThe product behind the link "
               "does not answer. Check its cable and its power.");
-    EXPECT_EQ(programmer.failure().reason, JobOutcome::Reason::NoAnswer);
+    EXPECT_EQ(programmer.outcome().reason, JobOutcome::Reason::NoAnswer);
     EXPECT_FALSE(desk.person.sawBusyMessage);
 }
 

@@ -1,7 +1,6 @@
 // Changes that fail half-way, at every point at which anything is told of them: what there is
 // afterwards is what there was before, or what there would be had nothing failed.
 #include "history/LostJournal.h"
-#include "kolib/text/TextFiles.h"
 #include "support/Instrumented.h"
 #include "support/Person.h"
 #include "support/RandomEdits.h"
@@ -27,7 +26,7 @@ class Saboteur {
     [[nodiscard]] bool isWaiting() const { return left_ > 0; }
 
     template<class... Args>
-    void on(Event<Args...>& event) {
+    void on(const Event<Args...>& event) {
         connections_.push_back(event.connect([this](Args...) {
             if (left_ > 0 && --left_ == 0)
                 throw Sabotage();
@@ -43,7 +42,7 @@ class Saboteur {
     void onAll(LumoraDocument& document) {
         on(document.SettingChanged);
         for (int index = 1; index <= LumoraDocument::TrackCount; ++index) {
-            LumoraTrack& track = document.track(index);
+            const LumoraTrack& track = document.track(index);
             on(track.SegmentInserted);
             on(track.SegmentRemoving);
             on(track.SegmentRemoved);
@@ -82,7 +81,7 @@ struct Sabotaged {
     void expectSound() {
         std::string bytes;
         ASSERT_TRUE(history.Compose(bytes));
-        Document other({person, person, text});
+        Document other({person, person, files});
         ASSERT_TRUE(other.HistoryObject().OpenHistory(place.file("twin", bytes)));
         ASSERT_EQ(stateOf(document), stateOf(other));
         ASSERT_EQ(frozen, 0);
@@ -101,9 +100,8 @@ struct Sabotaged {
     TemporaryFolder place;
     Person person;
     DiskFiles files;
-    TextFiles text{files};
     Journals journals{place.path() / "journals", files};
-    Document document{{person, person, text, &journals}};
+    Document document{{person, person, files, &journals}};
     History& history = document.HistoryObject();
     Saboteur saboteur;
     int frozen = 0;
@@ -114,15 +112,15 @@ struct Sabotaged {
 /// A few segments that come or go at once, which have steps in between.
 void editMuch(LumoraDocument& document, Random& random) {
     auto change = std::make_unique<LumoraUndoableTrackChange>();
-    LumoraTrack& track = document.Channel(1, false);
-    std::vector<LumoraSegment> segments;
+    const LumoraTrack& track = document.Channel(1, false);
+    std::vector<LumoraPlacedElement> segments;
     if (track.GetTrackCount() > 4) {
         for (const int index : {1, 2, 4})
-            segments.push_back(LumoraSegment::of(track, index));
+            segments.push_back({index, track.GetTrack(index)});
         change->InitializeGroup(document, false, 1, false, std::move(segments));
     } else {
         for (int index = 1; index <= 4; ++index)
-            segments.push_back({index, random.below(101), 1, "P", 7});
+            segments.push_back({index, {random.below(101), 1, "P", 7}});
         change->InitializeGroup(document, true, 1, false, std::move(segments));
     }
     document.HistoryObject().Record(std::move(change));

@@ -1,4 +1,3 @@
-#include "base/HeldFile.h"
 #include "history/LostJournal.h"
 #include "support/Notes.h"
 #include "support/TemporaryFolder.h"
@@ -80,9 +79,7 @@ TEST_F(JournalsTest, WhatWasDoneComesBackDirtyAndUndoable) {
     EXPECT_EQ(lost[0].documentPath(), folder.path() / "a.note");
 
     Notes other(person, person, files, &journals);
-    HeldFile held(lost[0].document(), files);
-    TextFiles text(held);
-    ASSERT_TRUE(other.history.Recover(text, "/of/a.note"));
+    ASSERT_TRUE(other.history.Recover(lost[0].document(), "/of/a.note"));
     EXPECT_EQ(other.lines, (Lines{"one", "tab\there"}));
     EXPECT_TRUE(other.history.SaveDirty());
     EXPECT_TRUE(other.history.isJournalUpToDate());

@@ -1,6 +1,5 @@
 // Programs that are killed while a person edits: everything that was done must come back.
 #include "history/LostJournal.h"
-#include "kolib/text/TextFiles.h"
 #include "support/Effort.h"
 #include "support/Person.h"
 #include "support/RandomEdits.h"
@@ -27,7 +26,7 @@ struct Core {
     Core(const TemporaryFolder& place, const std::string& name, bool keepsJournal)
         : path(place.path() / name), journals(place.path() / "journals", files) {
         document.emplace(
-            History::Surroundings{person, person, text, keepsJournal ? &journals : nullptr});
+            History::Surroundings{person, person, files, keepsJournal ? &journals : nullptr});
     }
 
     History& history() { return document->HistoryObject(); }
@@ -55,7 +54,6 @@ struct Core {
     std::string path;
     Person person;
     DiskFiles files;
-    TextFiles text{files};
     Journals journals;
     std::optional<Document> document;
 };

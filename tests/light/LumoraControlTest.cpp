@@ -57,7 +57,7 @@ TEST_F(LumoraControlTest, DataTakesTextLenientlyAndWithinLimits) {
                                                      {"XMit Min", "2500", "2200"},
                                                      {"XMit Max", "x", "800"},
                                                      {"Sim Light Position", "3,4", "3,4"}}) {
-        document.setData(2, c.name, c.given);
+        setData(document, 2, c.name, c.given);
         EXPECT_EQ(document.Data(2, c.name), c.kept) << c.name << ' ' << c.given;
     }
     EXPECT_EQ(document.Channel(2, true).LightColor(), 0xFF0000); // blue
@@ -248,7 +248,7 @@ TEST_F(LumoraControlTest, CopiesAndPastesInARow) {
 }
 
 TEST_F(LumoraControlTest, FunctionsDoNotFitIntoTwoLevelTracks) {
-    insert(1, false, {1, 90, 0.5, "P", 10});
+    insert(1, false, {1, {90, 0.5, "P", 10}});
     track(1).press(1);
     control.Clipboard_Copy();
     EXPECT_TRUE(control.Clipboard_IsDataAdvanced());

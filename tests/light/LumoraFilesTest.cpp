@@ -20,8 +20,8 @@ class LumoraFiles : public testing::Test, public LightBench {
 };
 
 TEST_F(LumoraFiles, EachChangeHasItsLine) {
-    insert(3, true, {1, 50, 0.5, {}, 77});
-    insert(3, true, {2, 50, 0.05, " PT ", 7});
+    insert(3, true, {1, {50, 0.5, {}, 77}});
+    insert(3, true, {2, {50, 0.05, " PT ", 7}});
     const auto record = [this](auto change, auto... arguments) {
         change->Initialize(document, 3, true, 2, arguments...);
         history.Record(std::move(change));
@@ -31,7 +31,7 @@ TEST_F(LumoraFiles, EachChangeHasItsLine) {
     record(std::make_unique<LumoraUndoableFunctionChange>(), std::string("PT"), std::string(" "));
     record(std::make_unique<LumoraUndoableTimeChange>(), 0.05, 2.5);
     auto removal = std::make_unique<LumoraUndoableTrackChange>();
-    removal->InitializeGroup(document, false, 3, true, {{1, 50, 0.5, {}, 0}, {2, 60, 2.5, {}, 8}});
+    removal->InitializeGroup(document, false, 3, true, {{1, {50, 0.5}}, {2, {60, 2.5, {}, 8}}});
     EXPECT_EQ(removal->count(), 2);
     history.Record(std::move(removal));
     EXPECT_EQ(lines(), "LumoraTrackInsert\t3\t1\t1\t50\t.5\n"
@@ -47,7 +47,7 @@ TEST_F(LumoraFiles, EachChangeHasItsLine) {
 
 TEST_F(LumoraFiles, AGroupWithOneFunctionIsWrittenWithAll) {
     auto group = std::make_unique<LumoraUndoableTrackChange>();
-    group->InitializeGroup(document, true, 1, false, {{1, 10, 1, {}, 5}, {2, 20, 1, "P", 6}});
+    group->InitializeGroup(document, true, 1, false, {{1, {10, 1, {}, 5}}, {2, {20, 1, "P", 6}}});
     history.Record(std::move(group));
     EXPECT_EQ(lines(), "LumoraTrackInsert2\t1\t0\t1\t10\t1\t\t5\t2\t20\t1\tP\t6\n");
 }
@@ -110,9 +110,9 @@ TEST_F(LumoraFiles, WhatNoFileCouldHoldIsNotRecorded) {
     refused(std::make_unique<LumoraUndoableTimeChange>(), 1, false, 2, 1.0, 2.0);
     refused(std::make_unique<LumoraUndoableTimeChange>(), 7, false, 1, 1.0, 2.0);
     refused(std::make_unique<LumoraUndoableTrackChange>(), true, 1, false,
-            LumoraSegment{3, 1, 1, {}, 0});
+            LumoraPlacedElement{3, {1, 1}});
     refused(std::make_unique<LumoraUndoableTrackChange>(), false, 1, true,
-            LumoraSegment{1, 1, 1, {}, 0});
+            LumoraPlacedElement{1, {1, 1}});
 }
 
 TEST_F(LumoraFiles, ASettingOfTheWholeDocumentIgnoresItsChannel) {

@@ -92,17 +92,17 @@ Bytes expectedImage(const LumoraDocument& document) {
 }
 
 TEST_F(LumoraImage, HasTheBytesThatTheFormatGives) {
-    document.setData(1, "Max Current", "30");
-    document.setData(2, "Max Current", "250");
+    setData(document, 1, "Max Current", "30");
+    setData(document, 2, "Max Current", "250");
     add(1, false, 50, 0.25);
     add(2, false, 0, 1, "P", 100);
     add(2, true, 100, 2.5, "PT", 10);
-    document.setData(1, "Trip Point", "10");
-    document.setData(1, "Hysteresis", "20");
-    document.setData(2, "Trip Point", "90");
-    document.setData(2, "Hysteresis", "20");
-    document.setData(3, "No Signal", "Bottom");
-    document.setData(4, "Turn Off Point", "1");
+    setData(document, 1, "Trip Point", "10");
+    setData(document, 1, "Hysteresis", "20");
+    setData(document, 2, "Trip Point", "90");
+    setData(document, 2, "Hysteresis", "20");
+    setData(document, 3, "No Signal", "Bottom");
+    setData(document, 4, "Turn Off Point", "1");
     const Bytes bytes = image();
     EXPECT_THAT(part(bytes, 25, 12),
                 ElementsAre(25, 15, 100, 0, 100, 251, 0, 250, 250, 252, 250, 25));
@@ -122,7 +122,7 @@ TEST_F(LumoraImage, IsWhatTheRulesGiveForRandomPrograms) {
         EXPECT_EQ(image(), expectedImage(document)) << entry.path();
     }
     for (unsigned seed = 1; seed <= 300; ++seed) {
-        LumoraDocument program({desk.person, desk.person, desk.text});
+        LumoraDocument program({desk.person, desk.person, desk.files});
         fillAtRandom(program, seed, LumoraDocument::BlockLimit);
         LumoraImageCompiler compiler(program);
         const LumoraCompiled compiled = compiler.compile();
@@ -141,7 +141,7 @@ TEST_F(LumoraImage, HoldsOneHundredAndSixBlocksAndNoMore) {
     add(1, true, 1, 1);
     EXPECT_EQ(outcome().outcome, LumoraCompiled::Outcome::Done);
     EXPECT_EQ(outcome().segments, 106);
-    document.Channel(1, true).GetTrack(1).setFunctionCode("P"); // costs two
+    setFunction(writable(document, 2), 1, "P"); // costs two
     EXPECT_EQ(outcome().outcome, LumoraCompiled::Outcome::TooLarge);
     EXPECT_EQ(outcome().segments, 107);
     for (int i = 0; i < 20; ++i)
@@ -184,7 +184,7 @@ TEST_F(LumoraImage, OfTheOlderControllerIsAListOfTransfers) {
 }
 
 TEST_F(LumoraImage, OfTheOlderControllerAsksAboutWhatItDoesNotKnow) {
-    document.setData(0, "XMit Min", "1000");
+    setData(document, 0, "XMit Min", "1000");
     add(1, false, 40, 1, "P", 60);
     add(1, false, 40, 1, "PT", 60);
     desk.person.answers = {Answer::Yes, Answer::Yes};
@@ -203,9 +203,9 @@ TEST_F(LumoraImage, OfTheOlderControllerAsksAboutWhatItDoesNotKnow) {
     desk.person.answers = {Answer::No};
     EXPECT_TRUE(transfers().empty());
     EXPECT_EQ(last.outcome, LumoraCompiled::Outcome::Canceled);
-    document.setData(0, "XMit Min", "1200");
-    document.Channel(1, false).RemoveTrack(2);
-    document.Channel(1, false).RemoveTrack(1);
+    setData(document, 0, "XMit Min", "1200");
+    writable(document, 1).RemoveTrack(2);
+    writable(document, 1).RemoveTrack(1);
     fill(6, std::vector<int>(120, 0));
     EXPECT_TRUE(transfers().empty());
     EXPECT_EQ(last.outcome, LumoraCompiled::Outcome::TooLarge);

@@ -1,3 +1,5 @@
+#define QT_NO_KEYWORDS // among them are words of ours
+#include "kolib/images/QtImages.h"
 #include "support/LightBench.h"
 
 #include <gmock/gmock.h>
@@ -59,7 +61,7 @@ TEST_F(SimulatorControl, DecodesWhatIsSeenAndOnceWhatIsTheSame) {
     const Workplace& at = desk.place;
     const Workplace place{at.link,  at.device, at.products, at.modes,   at.clock,
                           at.pause, at.debug,  at.debugger, at.dialogs, at.pointer,
-                          at.text,  images,    at.programs, at.registry};
+                          at.files, images,    at.programs, at.registry};
     LumoraControl own(place, desk.keys);
     std::string file = "Lumora\t302\t302\t0\t2\n";
     for (int i = 0; i < 300; ++i) {
@@ -170,14 +172,14 @@ TEST_F(SimulatorControl, TheCanvasTakesAColour) {
 
 TEST_F(SimulatorControl, APictureIsSeenOnTheUntouchedCanvasAtAnyBrightness) {
     add(1, false, 100, 1);
-    document.setData(1, "Sim Light Image", pictureText(plain(1, 1, 0xFFFFFFFF)));
+    setData(document, 1, "Sim Light Image", pictureText(plain(1, 1, 0xFFFFFFFF)));
     const auto shown = [this] { return canvas.light(1).picture.pixels[0] & 0xFF; };
     const unsigned ground = 240;
     control.tripPoint.TripPointValue.type("0"); // dark
     EXPECT_LT(shown(), ground - 100);
     control.tripPoint.TripPointValue.type("80");
     EXPECT_GT(shown(), ground);
-    document.setData(0, "Sim Background Color", "0,0,0"); // on which light is seen anyway
+    setData(document, 0, "Sim Background Color", "0,0,0"); // on which light is seen anyway
     EXPECT_TRUE(canvas.light(1).lens.empty());
 }
 
@@ -186,15 +188,15 @@ TEST_F(SimulatorControl, UnsoundTextsOfADocumentDoNoHarm) {
     for (const std::string& text :
          {std::string("AAAA"), std::string("not base64 !"), good.substr(0, good.size() - 20),
           good + "x", std::string(100000, 'A')}) {
-        document.setData(2, "Sim Light Image", text);
+        setData(document, 2, "Sim Light Image", text);
         EXPECT_EQ(canvas.light(2).width, 25) << text.substr(0, 20);
         EXPECT_EQ(document.Data(2, "Sim Light Image"), text); // and nothing is lost
     }
-    document.setData(2, "Sim Light Position", "12");
+    setData(document, 2, "Sim Light Position", "12");
     EXPECT_EQ(document.Data(2, "Sim Light Position"), "12,0");
-    document.setData(0, "Sim Light Position [All]", "1,2;3,4;;x");
+    setData(document, 0, "Sim Light Position [All]", "1,2;3,4;;x");
     EXPECT_EQ(document.Data(0, "Sim Light Position [All]"), "1,2;3,4;0,0;0,0;75,-130;150,0");
-    document.setData(0, "Sim Background Color", "999,-5");
+    setData(document, 0, "Sim Background Color", "999,-5");
     EXPECT_EQ(canvas.BackColor(), KORgbValue(255, 0, 0));
 }
 

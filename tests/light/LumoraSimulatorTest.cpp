@@ -20,7 +20,7 @@ class Simulator : public testing::Test, public LightBench {
         simulator.BrightnessChanged.connect([this](int channel) { changed.push_back(channel); });
 
     void set(const char* name, int value, int channel = 1) {
-        document.setData(channel, name, std::to_string(value));
+        setData(document, channel, name, std::to_string(value));
         simulator.takeSettings(channel);
     }
     /// 1 for the top track, 2 for the bottom one, 3 for off.
@@ -53,9 +53,9 @@ TEST_F(Simulator, WalksThroughATrackAndBeginsAgain) {
     simulator.Reset();
     EXPECT_EQ(pass(400), 80);
     EXPECT_NEAR(simulator.time(1), 0.1, 1e-9);
-    document.track(1).RemoveTrack(2); // edits count at once
+    writable(document, 1).RemoveTrack(2); // edits count at once
     EXPECT_NEAR(simulator.TimeLimit(1), 0.2, 1e-6);
-    document.track(1).RemoveTrack(1);
+    writable(document, 1).RemoveTrack(1);
     EXPECT_EQ(pass(40), 0);
     EXPECT_EQ(simulator.time(1), 0);
 }
@@ -81,7 +81,7 @@ TEST_F(Simulator, ChoosesTheTrackWithAndWithoutHysteresis) {
 
 TEST_F(Simulator, WithoutASignalTheStickDoesNotCount) {
     set("No Signal", 0);
-    document.setData(1, "No Signal", "Bottom");
+    setData(document, 1, "No Signal", "Bottom");
     simulator.takeSettings(1);
     trackAt(100);
     simulator.setSimulateLossOfSignal(true);
@@ -102,7 +102,7 @@ TEST_F(Simulator, TellsOfChangesOnly) {
     pass(100);
     pass(100);
     EXPECT_TRUE(changed.empty());
-    document.setData(1, "Light Color", "FF");
+    setData(document, 1, "Light Color", "FF");
     simulator.takeSettings(1);
     EXPECT_TRUE(changed.empty());
     EXPECT_EQ(simulator.Colorization(1), KORgbValue(153, 0, 0));
@@ -264,7 +264,7 @@ TEST_F(Simulator, ShowsWhatTheControllerPlays) {
         run(document, entry.path());
     }
     for (unsigned seed = 1; seed <= 200; ++seed) {
-        LumoraDocument program({desk.person, desk.person, desk.text});
+        LumoraDocument program({desk.person, desk.person, desk.files});
         fillAtRandom(program, seed, LumoraDocument::BlockLimit);
         run(program, "seed " + std::to_string(seed));
     }

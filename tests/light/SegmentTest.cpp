@@ -2,6 +2,7 @@
 #include "base/KORgbValue.h"
 #include "light/LumoraTrack.h"
 #include "light/SegmentBlock.h"
+#include "support/Writing.h"
 
 #include <gtest/gtest.h>
 
@@ -29,13 +30,12 @@ TEST(Segment, LimitsItsValues) {
     EXPECT_EQ(LumoraTrackElement::FormatTime(1), "1.00");
     LumoraTrack track(true);
     track.InsertTrack(1, -1, -1, "P", -1);
-    LumoraTrackElement& segment = track.GetTrack(1);
+    const LumoraTrackElement& segment = track.GetTrack(1);
     EXPECT_EQ(segment.time(), 1);
     EXPECT_EQ(segment.brightness(), 0);
     EXPECT_EQ(segment.brightness2(), 0);
-    segment.setBrightness(101);
+    track.SetTrack(1, {101, 1, "P", -1});
     EXPECT_EQ(segment.brightness(), 100);
-    segment.setBrightness2(-1);
     EXPECT_EQ(segment.brightness2(), 0);
 }
 
@@ -49,7 +49,7 @@ TEST(Segment, OfATwoLevelTrackIsOnOrOff) {
     track.InsertTrack(1, 1, 70, "PT", 60);
     EXPECT_EQ(track.GetTrack(1).functionCode(), "");
     EXPECT_EQ(track.GetTrack(1).brightness2(), 0);
-    track.GetTrack(1).setFunctionCode("P");
+    setFunction(track, 1, "P");
     EXPECT_EQ(track.BlockCount(), 3);
 }
 
@@ -62,8 +62,8 @@ TEST(Segment, FollowsTheInputAsItsFunctionSays) {
     EXPECT_EQ(up.EvaluateBrightness(100, 50), 80);
     EXPECT_EQ(up.EvaluateBrightness(0, 50), 20);
     EXPECT_EQ(up.EvaluateBrightness(50, 50), 50);
-    top.GetTrack(1).setFunctionCode("PT");
-    bottom.GetTrack(1).setFunctionCode("PT");
+    setFunction(top, 1, "PT");
+    setFunction(bottom, 1, "PT");
     const LumoraTrackElement& down = bottom.GetTrack(1);
     EXPECT_EQ(up.EvaluateBrightness(100, 40), 80);
     EXPECT_EQ(up.EvaluateBrightness(70, 40), 50);
@@ -77,9 +77,9 @@ TEST(Segment, FollowsTheInputAsItsFunctionSays) {
         EXPECT_EQ(down.EvaluateBrightness(input, 0), 0);
         EXPECT_EQ(up.EvaluateBrightness(input, 100), 0);
     }
-    top.GetTrack(1).setFunctionCode("");
+    setFunction(top, 1, "");
     EXPECT_EQ(up.EvaluateBrightness(3, 50), 80);
-    top.GetTrack(1).setFunctionCode("?");
+    setFunction(top, 1, "?");
     for (int i = 0; i < 50; ++i) {
         EXPECT_GE(up.EvaluateBrightness(0, 0), 20);
         EXPECT_LE(up.EvaluateBrightness(0, 0), 80);
@@ -94,9 +94,9 @@ TEST(Track, CountsItsBlocksAndTime) {
     track.InsertTrack(1, 0.25, 10, "P", 5);
     EXPECT_EQ(track.BlockCount(), 3);
     EXPECT_FLOAT_EQ(track.TimeLimit(), 0.75F);
-    track.GetTrack(1).setFunctionCode("");
+    setFunction(track, 1, "");
     EXPECT_EQ(track.BlockCount(), 2);
-    track.GetTrack(2).setFunctionCode("PT");
+    setFunction(track, 2, "PT");
     track.RemoveTrack(2);
     EXPECT_EQ(track.BlockCount(), 1);
     EXPECT_THROW(track.InsertTrack(3, 1, 1, "", 0), AssertionFailed);

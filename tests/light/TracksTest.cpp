@@ -14,6 +14,7 @@ using testing::IsEmpty;
 
 class TracksTest : public testing::Test, public LightBench {
   protected:
+    using Pairs = std::vector<std::pair<int, int>>;
     /// The lines of the last few changes.
     std::string lastLine() {
         const std::string all = lines();
@@ -24,18 +25,15 @@ class TracksTest : public testing::Test, public LightBench {
 
 TEST_F(TracksTest, LieSideBySideOnOneTimeAxis) {
     fill(1, {10, 20});
-    insert(1, false, {2, 5, 0.25, {}, 0});
+    insert(1, false, {2, {5, 0.25}});
     LumoraTrackEditor& editor = track(1);
     EXPECT_EQ(editor.GetTrackLeft(1), 0);
     EXPECT_EQ(editor.GetTrackWidth(1), 2400);
     EXPECT_EQ(editor.GetTrackLeft(2), 2400);
     EXPECT_EQ(editor.GetTrackWidth(2), 600);
     EXPECT_EQ(editor.ContentWidth(), 5400);
-    EXPECT_EQ(editor.indexAt(2399), 1);
-    EXPECT_EQ(editor.indexAt(2400), 2);
-    EXPECT_EQ(editor.indexAt(5399), 3);
-    EXPECT_EQ(editor.indexAt(5400), 0);
-    EXPECT_EQ(editor.indexAt(-1), 0);
+    for (const auto& [x, index] : Pairs{{2399, 1}, {2400, 2}, {5399, 3}, {5400, 0}, {-1, 0}})
+        EXPECT_EQ(editor.indexAt(x), index);
     EXPECT_EQ(tracks.HScroll.Max(), 0); // all of it fits
     history.Undo();
     EXPECT_EQ(editor.ContentWidth(), 4800);
@@ -69,23 +67,22 @@ TEST_F(TracksTest, ScrollNoFartherThanTheirContent) {
 }
 
 TEST_F(TracksTest, ZoomWithinTheirLimits) {
-    tracks.setTimeScale(307200);
-    tracks.ZoomIn();
-    EXPECT_EQ(tracks.TimeScale(), 307200);
-    tracks.setTimeScale(18.75);
-    tracks.ZoomOut();
-    EXPECT_EQ(tracks.TimeScale(), 18.75);
-    tracks.ZoomToDefault();
-    EXPECT_EQ(tracks.TimeScale(), 2400);
-    tracks.ZoomIn();
-    EXPECT_EQ(tracks.TimeScale(), 4800);
-    tracks.ZoomToFit(); // nothing to fit
-    EXPECT_EQ(tracks.TimeScale(), 4800);
-    insert(1, false, {1, 50, 0.01, {}, 0});
+    using Tracks = LumoraScrollableTracks;
+    const auto zoom = [this](float from, void (Tracks::*step)()) {
+        tracks.setTimeScale(from);
+        (tracks.*step)();
+        return tracks.TimeScale();
+    };
+    EXPECT_EQ(zoom(307200, &Tracks::ZoomIn), 307200);
+    EXPECT_EQ(zoom(18.75, &Tracks::ZoomOut), 18.75);
+    EXPECT_EQ(zoom(18.75, &Tracks::ZoomToDefault), 2400);
+    EXPECT_EQ(zoom(2400, &Tracks::ZoomIn), 4800);
+    EXPECT_EQ(zoom(4800, &Tracks::ZoomToFit), 4800); // nothing to fit
+    insert(1, false, {1, {50, 0.01}});
     tracks.ZoomToFit();
     EXPECT_EQ(tracks.TimeScale(), 307200);
     for (int i = 2; i <= 20; ++i)
-        insert(1, false, {i, 50, 2.5, {}, 0});
+        insert(1, false, {i, {50, 2.5}});
     EXPECT_LE(track(1).ContentWidth(), 15 * 16383 * 130); // until the scale is next set
     tracks.setTimeScale(300000);
     EXPECT_LE(track(1).ContentWidth(), 15 * 16383 + 20);
@@ -104,7 +101,7 @@ TEST_F(TracksTest, NoLengthIsTooMuchToZoom) {
             continue; // takes a minute
         {
             const FreezeScope frozen(history);
-            LumoraTrack& track = document.track(1);
+            LumoraTrack& track = writable(document, 1);
             while (track.GetTrackCount() > 0)
                 track.RemoveTrack(track.GetTrackCount());
             for (int i = 0; i < count; ++i)
@@ -126,9 +123,9 @@ TEST_F(TracksTest, NoLengthIsTooMuchToZoom) {
 }
 
 TEST_F(TracksTest, WhatNoLineOfAFileCouldHoldIsRefused) {
-    std::vector<LumoraSegment> segments;
+    std::vector<LumoraPlacedElement> segments;
     for (int index = 1; index <= 200000; ++index)
-        segments.push_back({index, 50, 1, "P", 0});
+        segments.push_back({index, {50, 1, "P"}});
     auto change = std::make_unique<LumoraUndoableTrackChange>();
     change->InitializeGroup(document, true, 1, false, segments);
     EXPECT_FALSE(history.Record(std::move(change)));
@@ -147,10 +144,10 @@ TEST_F(TracksTest, FocusBringsASegmentIntoView) {
     EXPECT_EQ(tracks.scrollOffset(), 10200);
     EXPECT_EQ(track(1).SelectedIndex(), 8);
     EXPECT_EQ(track(1).FocusedIndex(), 8);
-    tracks.FocusOn(1, 2);
-    EXPECT_EQ(tracks.scrollOffset(), 2400);
-    tracks.FocusOn(1, 3); // in view already
-    EXPECT_EQ(tracks.scrollOffset(), 2400);
+    for (const int inView : {2, 3}) {
+        tracks.FocusOn(1, inView);
+        EXPECT_EQ(tracks.scrollOffset(), 2400);
+    }
     tracks.Resize(1000, 3000);
     tracks.FocusOn(1, 5); // wider than the view: its left edge counts
     EXPECT_EQ(tracks.scrollOffset(), 9600);
@@ -271,30 +268,34 @@ TEST_F(TracksTest, HidingTheLastSelectsTheNextAroundTheEnd) {
 TEST_F(TracksTest, RemovalMovesTheSelectionAtTheEndOnly) {
     fill(1, {1, 2, 3});
     track(1).press(3);
-    document.track(1).RemoveTrack(3);
+    insert(1, false, {2, {9, 1}}); // what is worked on is the same at another place
+    track(1).block()->txtBrightness.type("7");
+    writable(document, 1).RemoveTrack(2);
+    track(1).Commit();
+    EXPECT_EQ(levels(1), "1 2 7");
+    writable(document, 1).RemoveTrack(3);
     EXPECT_EQ(track(1).SelectedIndex(), 2);
-    document.track(1).RemoveTrack(1);
+    writable(document, 1).RemoveTrack(1);
     EXPECT_EQ(track(1).SelectedIndex(), 1);
-    document.track(1).RemoveTrack(1);
+    writable(document, 1).RemoveTrack(1);
     EXPECT_EQ(track(1).SelectedIndex(), 0);
     EXPECT_EQ(track(1).FocusedIndex(), 0);
 }
 
 TEST_F(TracksTest, KeysMoveBetweenSegmentsAndTracks) {
     fill(1, {1, 2, 3});
-    insert(1, true, {1, 9, 2.5, {}, 0});
+    insert(1, true, {1, {9, 2.5}});
     track(1).press(1);
-    tracks.moveFocus(1, 0);
-    EXPECT_EQ(track(1).SelectedIndex(), 2);
-    tracks.moveFocus(9, 0);
-    EXPECT_EQ(track(1).SelectedIndex(), 3);
-    tracks.moveFocus(0, 1); // begins at 2 s, where the long one below still lasts
-    EXPECT_EQ(tracks.SelectedIndex(), 2);
-    EXPECT_EQ(track(1, true).SelectedIndex(), 1);
-    tracks.moveFocus(0, 1); // there is no other
-    EXPECT_EQ(tracks.SelectedIndex(), 2);
-    tracks.moveFocus(0, -1);
-    EXPECT_EQ(track(1).SelectedIndex(), 1);
+    for (const auto& [step, to] : Pairs{{1, 2}, {9, 3}}) {
+        tracks.moveFocus(step, 0);
+        EXPECT_EQ(track(1).SelectedIndex(), to);
+    }
+    // Below a long one still lasts where the third begins, and then there is no other track.
+    for (const auto& [step, to] : Pairs{{1, 2}, {1, 2}, {-1, 1}}) {
+        tracks.moveFocus(0, step);
+        EXPECT_EQ(tracks.SelectedIndex(), to);
+        EXPECT_EQ(tracks.track(to).SelectedIndex(), 1);
+    }
     desk.keys.shift = true;
     tracks.moveFocus(1, 0);
     EXPECT_THAT(track(1).SelectedIndices(), ElementsAre(1, 2));

@@ -6,6 +6,7 @@
 #include "relay/PactorSettings.h"
 #include "support/Desk.h"
 #include "support/OtherProducts.h"
+#include "support/Writing.h"
 
 #include <gtest/gtest.h>
 
@@ -20,8 +21,8 @@ const char* vendorOf(std::string_view product) {
 
 /// The jobs that a program may be at. Each gives whether it was done.
 bool programLight(Desk& desk) {
-    LumoraDocument document({desk.person, desk.person, desk.text});
-    document.track(1).InsertTrack(1, 0.5, 80, {}, 0);
+    LumoraDocument document({desk.person, desk.person, desk.files});
+    writable(document, 1).InsertTrack(1, 0.5, 80, {}, 0);
     return LumoraProgrammer(desk.place, document).run().done();
 }
 bool programRelay(Desk& desk) {

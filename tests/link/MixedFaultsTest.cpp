@@ -4,6 +4,7 @@
 #include "light/LumoraProgrammer.h"
 #include "support/Desk.h"
 #include "support/Effort.h"
+#include "support/Writing.h"
 
 #include <gtest/gtest.h>
 
@@ -60,9 +61,9 @@ class FaultyRun {
         return bytes;
     }
     void programLight() {
-        LumoraDocument document({desk_.person, desk_.person, desk_.text});
+        LumoraDocument document({desk_.person, desk_.person, desk_.files});
         for (int i = 1; i <= 5; ++i)
-            document.track(1).InsertTrack(i, 0.5, static_cast<int>(random_() % 101), {}, 0);
+            writable(document, 1).InsertTrack(i, 0.5, static_cast<int>(random_() % 101), {}, 0);
         const JobOutcome outcome = LumoraProgrammer(desk_.place, document).run();
         done_ = outcome.done();
         EXPECT_NE(outcome.text, "");

@@ -1,4 +1,5 @@
-#include "shell/ProductDocuments.h"
+#include "link/DefaultControl.h"
+#include "shell/ProductTable.h"
 #include "support/Desk.h"
 #include "support/RandomEdits.h"
 #include "system/File.h"
@@ -16,18 +17,33 @@ TEST(Examples, OpenAndAreTheSameWhenSavedAgain) {
         const KOProductProfile* product = desk.bench.products.ByExtension(KOIOExtension(path));
         if (product == nullptr)
             continue; // a picture
-        const auto document =
-            ProductDocuments().create(product->Class, {desk.person, desk.person, desk.text});
-        ASSERT_TRUE(document->history().OpenHistory(path)) << path;
-        EXPECT_TRUE(document->history().CanUndo()) << path;
+        const auto history = MakeDocument(product->Class, {desk.person, desk.person, desk.files});
+        ASSERT_TRUE(history->OpenHistory(path)) << path;
+        EXPECT_TRUE(history->CanUndo()) << path;
         desk.person.files = {desk.folder.path() / "saved"};
-        ASSERT_TRUE(document->history().SaveHistoryAs());
+        ASSERT_TRUE(history->SaveHistoryAs());
         std::string content;
         ASSERT_EQ(desk.files.ReadWhole(path, content), FileDoor::ReadResult::Done);
         EXPECT_EQ(desk.folder.content("saved"), content) << path;
         ++opened;
     }
     EXPECT_GE(opened, 5);
+}
+
+TEST(Products, HaveAControlAndDocumentsOfTheirOwn) {
+    for (const char* vendor : {"KO", "RQ"}) {
+        Desk desk({}, vendor);
+        const ProductControls controls(desk.place, desk.keys);
+        for (int row = 1; row <= desk.bench.products.Size(); ++row) {
+            const KOProductProfile& product = desk.bench.products.ByIndex(row);
+            EXPECT_EQ(dynamic_cast<DefaultControl*>(controls.create(product.Class).get()), nullptr)
+                << product.Class;
+            const auto history =
+                MakeDocument(product.Class, {desk.person, desk.person, desk.files});
+            ASSERT_NE(history, nullptr) << product.Class;
+            EXPECT_EQ(history->TypeCode(), product.Name);
+        }
+    }
 }
 
 template<class Document>
@@ -39,8 +55,8 @@ TYPED_TEST_SUITE(RandomDocuments, AllDocuments);
 TYPED_TEST(RandomDocuments, SurviveSavingOpeningUndoingAndRedoing) {
     Desk desk;
     const std::string path = desk.folder.path() / "d";
-    const TypeParam fresh({desk.person, desk.person, desk.text});
-    TypeParam document({desk.person, desk.person, desk.text});
+    const TypeParam fresh({desk.person, desk.person, desk.files});
+    TypeParam document({desk.person, desk.person, desk.files});
     History& history = document.HistoryObject();
     for (unsigned seed = 1; seed <= 200; ++seed) {
         desk.person.answers = {Answer::No};

@@ -23,7 +23,7 @@ class RecoveryTest : public testing::Test {
         const fs::path aside = desk.folder.path() / "killed";
         {
             Journals killed(aside, desk.files);
-            Document document({desk.person, desk.person, desk.text, &killed});
+            Document document({desk.person, desk.person, desk.files, &killed});
             if (!path.empty()) {
                 desk.person.files = {path};
                 ASSERT_TRUE(document.HistoryObject().SaveHistoryAs());
@@ -146,7 +146,7 @@ TEST_F(RecoveryTest, EachProductsDocumentIsOffered) {
     leaveRelay("1-1.journal", {});
     leave<LumoraDocument>("1-2.journal", {}, [](LumoraDocument& light) {
         auto change = std::make_unique<LumoraUndoableTrackChange>();
-        change->Initialize(light, true, 1, false, {1, 50, 1.0, "P", 20});
+        change->Initialize(light, true, 1, false, {1, {50, 1.0, "P", 20}});
         light.HistoryObject().Record(std::move(change));
     });
     leave<PactorDocument>("1-3.journal", relayFile, [this](PactorDocument& relay) {

@@ -61,15 +61,16 @@ TEST(CommandLine, DecidesTheFirstControl) {
     const RunModes modes;
     const KODebug debug(modes);
     const KOProductList products("KO", debug);
-    const auto classOf = [&](const char* line) {
-        return FirstControlClass(ReadCommandLine(line), products);
+    const auto ofModes = [](const char* line) { return StartClass(ReadCommandLine(line).modes); };
+    const auto ofFile = [&](const char* line) {
+        return products.ClassOfFile(ReadCommandLine(line).fileToOpen);
     };
-    EXPECT_EQ(classOf(""), "Corvane.LumoraControl");
-    EXPECT_EQ(classOf("-program2"), "Corvane.DefaultControl");
-    EXPECT_EQ(classOf("-eeprom"), "Corvane.EEPROMEditorControl");
-    EXPECT_EQ(classOf("/home/me/a.RELAY"), "Corvane.PactorControl");
-    EXPECT_EQ(classOf("C:\\a.b\\x.ko_eeprom"), "Corvane.EEPROMEditorControl");
-    EXPECT_EQ(classOf("notes.txt"), "Corvane.LumoraControl");
+    EXPECT_EQ(ofModes(""), "Corvane.LumoraControl");
+    EXPECT_EQ(ofModes("-program2"), "Corvane.DefaultControl");
+    EXPECT_EQ(ofModes("-eeprom"), "Corvane.EEPROMEditorControl");
+    EXPECT_EQ(ofFile("/home/me/a.RELAY"), "Corvane.PactorControl");
+    EXPECT_EQ(ofFile("C:\\a.b\\x.ko_eeprom"), "Corvane.EEPROMEditorControl");
+    EXPECT_EQ(ofFile("notes.txt"), "");
     EXPECT_EQ(StartClass({.ProgramMode = true, .EEPROMMode = true}), "Corvane.EEPROMEditorControl");
 }
 

@@ -1,8 +1,7 @@
 #pragma once
 
 #include "controls/Inputs.h"
-#include "kolib/images/QtImages.h"
-#include "kolib/text/TextFiles.h"
+#include "kolib/KOImages.h"
 #include "link/Workplace.h"
 #include "support/LinkBench.h"
 #include "support/Person.h"
@@ -48,8 +47,8 @@ class Desk {
     LinkBench bench;
     Person person;
     DiskFiles files;
-    TextFiles text{files};
-    QtImages images;
+    std::unique_ptr<KOImages> ownImages = MakeImages();
+    KOImages& images = *ownImages;
     NotedPrograms programs;
     HeldKeys keys;
     SettingsStore store{folder.path() / "config", files};
@@ -57,7 +56,7 @@ class Desk {
     StepPause pause{bench.clock};
     Workplace place{bench.link, bench.device, bench.products, bench.modes, bench.clock,
                     pause,      bench.debug,  bench.debugger, person,      person,
-                    text,       images,       programs,       registry};
+                    files,      images,       programs,       registry};
 };
 
 } // namespace corvane

@@ -2,6 +2,7 @@
 
 #include "light/LumoraControl.h"
 #include "support/Desk.h"
+#include "support/Writing.h"
 
 namespace corvane {
 
@@ -33,9 +34,9 @@ class LightBench {
     void fill(int channel, const std::vector<int>& brightness, bool onState = false) {
         int index = 0;
         for (const int level : brightness)
-            insert(channel, onState, {++index, level, 1.0, {}, 0});
+            insert(channel, onState, {++index, {level, 1.0}});
     }
-    void insert(int channel, bool onState, const LumoraSegment& segment) {
+    void insert(int channel, bool onState, const LumoraPlacedElement& segment) {
         auto change = std::make_unique<LumoraUndoableTrackChange>();
         change->Initialize(document, true, channel, onState, segment);
         history.Record(std::move(change));
@@ -44,8 +45,8 @@ class LightBench {
     void add(int channel, bool onState, int level, double time, const std::string& function = {},
              int level2 = 0) {
         insert(channel, onState,
-               {document.Channel(channel, onState).GetTrackCount() + 1, level, time, function,
-                level2});
+               {document.Channel(channel, onState).GetTrackCount() + 1,
+                {level, time, function, level2}});
     }
     /// What the document's file would hold, without the header.
     [[nodiscard]] std::string lines() {

@@ -1,8 +1,6 @@
 #pragma once
 
-#include "base/TextLines.h"
 #include "history/History.h"
-#include "kolib/text/TextFiles.h"
 #include "support/Person.h"
 #include "system/DiskFiles.h"
 
@@ -12,7 +10,7 @@ namespace corvane {
 class Notes final : public HistoryHost {
   public:
     Notes(Dialogs& dialogs, BusyPointer& pointer, FileDoor& files, Journals* journals = nullptr)
-        : text_(files), history(*this, {dialogs, pointer, text_, journals}) {
+        : history(*this, {dialogs, pointer, files, journals}) {
         history.setFilter("Notes (*.note)|*.note");
         history.setTypeCode("Notes");
         history.setVersionCode(2);
@@ -28,6 +26,7 @@ class Notes final : public HistoryHost {
     }
 
     std::vector<std::string> lines;
+    History history;
 
   private:
     struct Addition final : UndoableChange {
@@ -59,12 +58,6 @@ class Notes final : public HistoryHost {
         }
     };
 
-    TextFiles text_;
-
-  public:
-    History history;
-
-  private:
     Connection onReset_;
 };
 

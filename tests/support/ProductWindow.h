@@ -47,7 +47,7 @@ struct ProductDesk {
     Workplace place{
         desk.bench.link, desk.bench.device, desk.bench.products, desk.bench.modes, desk.bench.clock,
         pause,           desk.bench.debug,  desk.bench.debugger, dialogs,          dialogs,
-        desk.text,       desk.images,       desk.programs,       desk.registry};
+        desk.files,      desk.images,       desk.programs,       desk.registry};
     Application application{desk.programs, dialogs};
     ProductControls controls{place, keyboard};
     MainForm form{place, controls, application};

@@ -54,31 +54,28 @@ inline void editAtRandom(LumoraDocument& document, Random& random) {
     constexpr std::array functions{"", "", "P", "PT"};
     const int channel = 1 + random.below(LumoraDocument::ChannelCount);
     const bool onState = random.below(2) == 0;
-    LumoraTrack& track = document.Channel(channel, onState);
+    const LumoraTrack& track = document.Channel(channel, onState);
     const int count = track.GetTrackCount();
     const auto record = [&](auto change, auto... values) {
         change->Initialize(document, values...);
         document.HistoryObject().Record(std::move(change));
     };
-    const LumoraSegment segment{1 + random.below(count + 1), random.below(101),
-                                (1 + random.below(250)) / 100.0, random.among(functions),
-                                random.below(101)};
+    const LumoraPlacedElement segment{1 + random.below(count + 1),
+                                      {random.below(101), (1 + random.below(250)) / 100.0,
+                                       random.among(functions), random.below(101)}};
     switch (count == 0 ? 0 : random.below(5)) {
     case 0:
         return record(std::make_unique<LumoraUndoableTrackChange>(), true, channel, onState,
                       segment);
-    case 1: {
-        const LumoraTrackElement& last = track.GetTrack(count);
+    case 1:
         return record(std::make_unique<LumoraUndoableTrackChange>(), false, channel, onState,
-                      LumoraSegment{count, last.brightness(), last.time(), last.functionCode(),
-                                    last.brightness2()});
-    }
+                      LumoraPlacedElement{count, track.GetTrack(count)});
     case 2:
         return record(std::make_unique<LumoraUndoableTimeChange>(), channel, onState, 1,
-                      track.GetTrack(1).time(), segment.time);
+                      track.GetTrack(1).time(), segment.element.time());
     case 3:
         return record(std::make_unique<LumoraUndoableBrightnessChange>(), channel, onState, 1,
-                      track.GetTrack(1).brightness(), segment.brightness);
+                      track.GetTrack(1).brightness(), segment.element.brightness());
     default:
         return record(std::make_unique<LumoraUndoableTextChange>(), channel, "Trip Point",
                       std::to_string(random.below(101)));

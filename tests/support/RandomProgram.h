@@ -1,6 +1,6 @@
 #pragma once
 
-#include "light/LumoraUndoableTrackChange.h"
+#include "support/Writing.h"
 
 #include <random>
 
@@ -13,20 +13,20 @@ inline void fillAtRandom(LumoraDocument& document, unsigned seed, int mostBlocks
         return static_cast<int>(random() % static_cast<unsigned>(limit));
     };
     const auto set = [&](int channel, const char* name, int value) {
-        document.setData(channel, name, std::to_string(value));
+        setData(document, channel, name, std::to_string(value));
     };
     for (int channel = 1; channel <= LumoraDocument::ChannelCount; ++channel) {
         set(channel, "Max Current", 10 + below(241));
         set(channel, "Turn Off Point", below(4) == 0 ? below(101) : 0);
         set(channel, "Trip Point", below(101));
         set(channel, "Hysteresis", below(40));
-        document.setData(channel, "No Signal", below(2) == 0 ? "Top" : "Bottom");
+        setData(document, channel, "No Signal", below(2) == 0 ? "Top" : "Bottom");
     }
     set(0, "XMit Min", 800 + below(1401));
     set(0, "XMit Max", 800 + below(1401));
     const int tries = below(120);
     for (int i = 0; i < tries && document.BlockCount() < mostBlocks - 1; ++i) {
-        LumoraTrack& track = document.track(1 + below(LumoraDocument::TrackCount));
+        LumoraTrack& track = writable(document, 1 + below(LumoraDocument::TrackCount));
         constexpr std::array functions{"", "", "P", "PT"};
         track.InsertTrack(1 + below(track.GetTrackCount() + 1), (1 + below(250)) / 100.0,
                           below(101), functions[static_cast<std::size_t>(below(4))], below(101));

@@ -2,11 +2,11 @@
 
 #include "apps/support/AnsweringDialogs.h"
 #include "apps/support/ExitStatus.h"
+#include "apps/support/LightCommands.h"
 #include "eeprom/EEPROMEditorControl.h"
+#include "link/ProductReach.h"
 #include "pwm/QuillonControl.h"
 #include "relay/PactorControl.h"
-
-#include <iostream>
 
 namespace corvane {
 
@@ -35,13 +35,10 @@ class Unwatched {
 
   private:
     /// A window has found the link long before anybody presses a button.
-    void waitForLink() const {
+    void waitForLink() {
         constexpr std::int32_t longest = 1500; // ms
-        const std::uint32_t start = program_.clock.now();
-        while (!program_.link.IsConnected() && TimeDiff(program_.clock.now(), start) < longest) {
-            program_.link.Update();
-            program_.pause();
-        }
+        AwaitLink(program_.workplace(dialogs_, dialogs_), longest,
+                  [this] { return program_.link.IsConnected(); });
     }
 
     Program& program_;
@@ -60,36 +57,28 @@ int readInto(Unwatched<Control>& reader, const std::string& out) {
 
 } // namespace
 
-int CompileRelay(Program& program, const std::string& file, const std::string& out) {
+int CompileRelay(Program& program, const DocumentJob& job) {
     Unwatched<PactorControl> relay(program);
-    if (!relay.open(file))
+    if (!relay.open(job.file))
         return ExitStatus::Failed;
-    const KOBuffer image = relay.control.document.settings().toImage();
-    if (out.empty()) {
-        std::cout << image.ToString() << '\n';
-        return ExitStatus::Done;
-    }
-    const auto bytes = image.bytes();
-    return program.files.ReplaceWhole(out, std::string(bytes.begin(), bytes.end()))
-               ? ExitStatus::Done
-               : Fail("Can't save the file.");
+    return GiveBytes(program, relay.control.document.settings().toImage(), job.out);
 }
 
-int ProgramRelay(Program& program, const std::string& file) {
+int ProgramRelay(Program& program, const DocumentJob& job) {
     Unwatched<PactorControl> relay(program);
-    return relay.open(file) ? Report(relay.run(&PactorControl::Program)) : ExitStatus::Failed;
+    return relay.open(job.file) ? Report(relay.run(&PactorControl::Program)) : ExitStatus::Failed;
 }
 
-int ProgramEEPROM(Program& program, const std::string& file, std::optional<bool> answer) {
-    Unwatched<EEPROMEditorControl> eeprom(program, answer);
-    return eeprom.open(file) ? Report(eeprom.run(&EEPROMEditorControl::Program))
-                             : ExitStatus::Failed;
+int ProgramEEPROM(Program& program, const DocumentJob& job) {
+    Unwatched<EEPROMEditorControl> eeprom(program, job.answer);
+    return eeprom.open(job.file) ? Report(eeprom.run(&EEPROMEditorControl::Program))
+                                 : ExitStatus::Failed;
 }
 
-int ProgramQuillon(Program& program, const std::string& file, std::size_t slot) {
+int ProgramQuillon(Program& program, const DocumentJob& job) {
     Unwatched<QuillonControl> quillon(program);
-    return quillon.control.slot(slot).program.HistoryObject().OpenHistory(file)
-               ? Report(quillon.run(&QuillonControl::Upload, slot))
+    return quillon.control.slot(job.slot).program.HistoryObject().OpenHistory(job.file)
+               ? Report(quillon.run(&QuillonControl::Upload, job.slot))
                : ExitStatus::Failed;
 }
 

@@ -1,8 +1,8 @@
 #pragma once
 
+#include "apps/support/DocumentJob.h"
 #include "apps/support/Program.h"
 
-#include <optional>
 #include <string>
 
 namespace corvane {
@@ -10,14 +10,13 @@ namespace corvane {
 /// Commands that do without a window what a person does in one, by the same rules. Each gives the
 /// exit status.
 
-/// Prints the seven bytes that a relay file is for the product, in decimal, or writes them raw into
-/// the file `out` if it is not empty.
-int CompileRelay(Program& program, const std::string& file, const std::string& out);
-int ProgramRelay(Program& program, const std::string& file);
-/// `answer` is that to the questions about values that are shorter or longer than their variables.
-int ProgramEEPROM(Program& program, const std::string& file, std::optional<bool> answer);
-/// Puts a file into a slot of the PWM product, 0 or 1.
-int ProgramQuillon(Program& program, const std::string& file, std::size_t slot);
+/// Prints the seven bytes that a relay file is for the product, in decimal, or writes them raw.
+int CompileRelay(Program& program, const DocumentJob& job);
+int ProgramRelay(Program& program, const DocumentJob& job);
+/// The questions are about values that are shorter or longer than their variables.
+int ProgramEEPROM(Program& program, const DocumentJob& job);
+/// Puts a file into a slot of the PWM product.
+int ProgramQuillon(Program& program, const DocumentJob& job);
 /// Reads a relay product into a new file.
 int ReadRelay(Program& program, const std::string& out);
 /// Reads the values of the variables of one file into another.

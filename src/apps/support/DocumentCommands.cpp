@@ -3,10 +3,8 @@
 #include "apps/support/ConsoleDialogs.h"
 #include "apps/support/ExitStatus.h"
 #include "apps/support/SafeOutput.h"
-#include "base/HeldFile.h"
 #include "history/LostJournal.h"
-#include "shell/ProductDocuments.h"
-#include "system/File.h"
+#include "shell/ProductTable.h"
 
 #include <algorithm>
 #include <iostream>
@@ -18,23 +16,22 @@ namespace {
 /// A document that a command works on, opened from a file.
 class OpenedDocument {
   public:
-    OpenedDocument(Program& program, const std::string& file) {
-        const KOProductProfile* product = program.products.ByExtension(KOIOExtension(file));
-        if (product != nullptr)
-            document_ = ProductDocuments().create(product->Class, {dialogs, dialogs, program.text});
-        if (document_ == nullptr)
+    OpenedDocument(Program& program, const std::string& file)
+        : history_(
+              MakeDocument(program.products.ClassOfFile(file), {dialogs, dialogs, program.files})) {
+        if (history_ == nullptr)
             dialogs.ShowError("No product owns files like " + file + ".");
-        else if (!document_->history().OpenHistory(file))
-            document_.reset();
+        else if (!history_->OpenHistory(file))
+            history_.reset();
     }
 
-    [[nodiscard]] bool opened() const { return document_ != nullptr; }
-    [[nodiscard]] History& history() const { return document_->history(); }
+    [[nodiscard]] bool opened() const { return history_ != nullptr; }
+    [[nodiscard]] History& history() const { return *history_; }
 
     ConsoleDialogs dialogs;
 
   private:
-    std::unique_ptr<ProductDocument> document_;
+    std::shared_ptr<History> history_;
 };
 
 } // namespace
@@ -70,12 +67,10 @@ int RecoverDocument(Program& program, const std::string& name, const std::string
     const KOProductProfile* product = program.products.ByTypeCode(lost->TypeCode());
     if (!lost->isSound() || product == nullptr)
         return Fail(History::NotUnderstood);
-    HeldFile held(lost->document(), program.files);
-    TextFiles text(held);
     ConsoleDialogs dialogs;
     dialogs.setSaveName(to);
-    const auto document = ProductDocuments().create(product->Class, {dialogs, dialogs, text});
-    if (!document->history().OpenHistory(name) || !document->history().SaveHistoryAs())
+    const auto history = MakeDocument(product->Class, {dialogs, dialogs, program.files});
+    if (!history->Recover(lost->document(), {}) || !history->SaveHistoryAs())
         return ExitStatus::Failed;
     lost->SetAside();
     return ExitStatus::Done;

@@ -3,7 +3,6 @@
 #include "apps/support/AnsweringDialogs.h"
 #include "apps/support/ExitStatus.h"
 #include "light/LumoraProgrammer.h"
-#include "system/File.h"
 
 #include <cstdio>
 #include <iostream>
@@ -24,19 +23,21 @@ int failed(const LumoraCompiled& compiled) {
                : Fail(tooLarge(compiled.segments, LumoraDocument::BlockLimit));
 }
 
+int give(Program& program, const std::string& text, const std::string& raw,
+         const std::string& out) {
+    if (out.empty())
+        std::cout << text;
+    else if (!program.files.ReplaceWhole(out, raw))
+        return Fail("Can't save the file.");
+    return ExitStatus::Done;
+}
+
 int compileImage(Program& program, const LumoraDocument& document, const std::string& out) {
     LumoraImageCompiler compiler(document);
     const LumoraCompiled compiled = compiler.compile();
     if (compiled.outcome != LumoraCompiled::Outcome::Done)
         return failed(compiled);
-    if (out.empty()) {
-        std::cout << compiler.image().ToString() << '\n';
-        return ExitStatus::Done;
-    }
-    const auto bytes = compiler.image().bytes();
-    return program.files.ReplaceWhole(out, std::string(bytes.begin(), bytes.end()))
-               ? ExitStatus::Done
-               : Fail("Can't save the file.");
+    return GiveBytes(program, compiler.image(), out);
 }
 
 int compileTransfers(Program& program, const LumoraDocument& document, const std::string& out,
@@ -48,11 +49,7 @@ int compileTransfers(Program& program, const LumoraDocument& document, const std
     std::string lines;
     for (const LumoraTransfer& transfer : compiler.transfers())
         lines += std::to_string(transfer.kind) + ": " + transfer.data.ToString() + "\n";
-    if (out.empty()) {
-        std::cout << lines;
-        return ExitStatus::Done;
-    }
-    return program.files.ReplaceWhole(out, lines) ? ExitStatus::Done : Fail("Can't save the file.");
+    return give(program, lines, lines, out);
 }
 
 /// Draws the progress of a run on the error output, if that is a terminal.
@@ -70,32 +67,35 @@ void showProgress(int percent) {
 
 } // namespace
 
+int GiveBytes(Program& program, const KOBuffer& bytes, const std::string& out) {
+    return give(program, bytes.ToString() + "\n", {bytes.bytes().begin(), bytes.bytes().end()},
+                out);
+}
+
 bool OpenLight(Program& program, LumoraDocument& document, const std::string& file) {
-    const KOProductProfile* product = program.products.ByExtension(KOIOExtension(file));
-    if (product == nullptr || product->Class != "Corvane.LumoraControl") {
+    if (program.products.ClassOfFile(file) != ControlClass::Lumora) {
         Fail(file + " is no light program.");
         return false;
     }
     return document.HistoryObject().OpenHistory(file);
 }
 
-int CompileLight(Program& program, const std::string& file, bool older, const std::string& out,
-                 std::optional<bool> answer) {
-    AnsweringDialogs dialogs(answer);
-    LumoraDocument document({dialogs, dialogs, program.text});
-    if (!OpenLight(program, document, file))
+int CompileLight(Program& program, const DocumentJob& job) {
+    AnsweringDialogs dialogs(job.answer);
+    LumoraDocument document({dialogs, dialogs, program.files});
+    if (!OpenLight(program, document, job.file))
         return ExitStatus::Failed;
     if (const int channel = LumoraEncoding::channelWithUnknownFunction(document); channel != 0)
         return Fail("Channel " + std::to_string(channel) +
                     " has a segment with a function that the controller does not know.");
-    return older ? compileTransfers(program, document, out, dialogs)
-                 : compileImage(program, document, out);
+    return job.older ? compileTransfers(program, document, job.out, dialogs)
+                     : compileImage(program, document, job.out);
 }
 
-int ProgramLight(Program& program, const std::string& file, std::optional<bool> answer) {
-    AnsweringDialogs dialogs(answer);
-    LumoraDocument document({dialogs, dialogs, program.text});
-    if (!OpenLight(program, document, file))
+int ProgramLight(Program& program, const DocumentJob& job) {
+    AnsweringDialogs dialogs(job.answer);
+    LumoraDocument document({dialogs, dialogs, program.files});
+    if (!OpenLight(program, document, job.file))
         return ExitStatus::Failed;
     LumoraProgrammer run(program.workplace(dialogs, dialogs), document);
     const Connection onProgress =

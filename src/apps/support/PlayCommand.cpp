@@ -154,7 +154,7 @@ std::optional<std::vector<PlaySetup::Move>> ParseStick(const std::string& text) 
 
 int PlayLight(Program& program, const std::string& file, const PlaySetup& setup) {
     AnsweringDialogs dialogs(std::nullopt);
-    LumoraDocument document({dialogs, dialogs, program.text});
+    LumoraDocument document({dialogs, dialogs, program.files});
     if (!OpenLight(program, document, file))
         return ExitStatus::Failed;
     Playing playing(document, setup);
@@ -173,11 +173,12 @@ int PlayLight(Program& program, const std::string& file, const PlaySetup& setup)
     std::fflush(stdout);
     if (setup.png.empty())
         return ExitStatus::Done;
-    program.images.SetImage(chart.picture());
-    if (program.files.ReplaceWhole(setup.png, program.images.SavePng()))
-        return ExitStatus::Done;
-    std::cerr << "corvanectl: Can't save the picture.\n";
-    return ExitStatus::Failed;
+    program.images->SetImage(chart.picture());
+    const std::string png = program.images->SavePng();
+    if (png.empty())
+        return Fail("This corvanectl was built without pictures.");
+    return program.files.ReplaceWhole(setup.png, png) ? ExitStatus::Done
+                                                      : Fail("Can't save the picture.");
 }
 
 } // namespace corvane

@@ -46,8 +46,8 @@ Program::Program(const RunModes& runModes, const DeviceDoor& door)
 }
 
 Workplace Program::workplace(Dialogs& dialogs, BusyPointer& pointer) {
-    return {link,     device,  products, modes, clock,  pause_,   debug,
-            debugger, dialogs, pointer,  text,  images, programs, registry};
+    return {link,     device,  products, modes, clock,   pause_,   debug,
+            debugger, dialogs, pointer,  files, *images, programs, registry};
 }
 
 void Program::DevicePause::pause() {

@@ -3,8 +3,6 @@
 #include "base/KODebug.h"
 #include "history/Journals.h"
 #include "kolib/devices/LinkDevices.h"
-#include "kolib/images/QtImages.h"
-#include "kolib/text/TextFiles.h"
 #include "kolib/wire/HostSession.h"
 #include "link/Workplace.h"
 #include "system/DiskFiles.h"
@@ -44,8 +42,7 @@ class Program {
     KODebug debug;
     SystemClock clock;
     DiskFiles files;
-    TextFiles text{files};
-    QtImages images;
+    std::unique_ptr<KOImages> images = MakeImages();
     SystemPrograms programs;
     SettingsStore settings;
     KORegistry registry{settings};

@@ -19,8 +19,6 @@ namespace {
 class TitleRow final : public QWidget {
   public:
     TitleRow(EEPROMEditorControl& control, QWidget* parent) : QWidget(parent), control_(control) {
-        for (std::size_t i = 0; i < titles_.size(); ++i)
-            titles_[i] = MakeLabel(control.Titles[i], this);
         setFixedHeight(titles_[0]->sizeHint().height());
         On(this, control.Rearranged, [this] { place(); });
     }
@@ -38,7 +36,8 @@ class TitleRow final : public QWidget {
     }
 
     EEPROMEditorControl& control_;
-    std::array<QLabel*, 4> titles_{};
+    std::array<QLabel*, 4> titles_{new QLabel("Address", this), new QLabel("Length", this),
+                                   new QLabel("Comments", this), new QLabel("Value", this)};
 };
 
 } // namespace

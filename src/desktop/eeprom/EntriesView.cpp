@@ -86,9 +86,12 @@ void EntriesView::showRows() {
     const int first = std::min(count, control_.VScroll.Value() / step);
     const int end =
         std::min(count, (control_.VScroll.Value() + height() * TwipsPerPixel) / step + 1);
+    // Asked for before any widget changes hands, since the asking makes them.
     std::vector<EEPROMEntry*> inView;
     for (int row = first; row < end; ++row)
         inView.push_back(&entryAt(row));
+    // Those that go give their widgets to those that come. The focused one stays, in view or not,
+    // since what is typed in it counts only when it is left.
     const EntryRow* focused = focusedRow();
     for (auto shown = shown_.begin(); shown != shown_.end();) {
         if (shown->second == focused ||
@@ -158,6 +161,7 @@ bool EntriesView::focusNextPrevChild(bool next) {
             ->setFocus(next ? Qt::TabFocusReason : Qt::BacktabFocusReason);
         return true;
     }
+    // The next row may be out of view, and then has no widgets that the Tab key would find.
     const int place = control_.rowOf(*row->entry()) + (next ? 1 : -1);
     if (place < 0 || place >= static_cast<int>(control_.rows().size()))
         return QWidget::focusNextPrevChild(next);

@@ -17,8 +17,7 @@ constexpr int GradientRows = 64;
 constexpr float DrawnTripLevel = 0.5F;
 
 QColor colorAt(const BlockLook& look, float t) {
-    return toQt(SegmentColorAt(*look.element, look.element->track().LightColor(), look.level1,
-                               look.level2, t));
+    return toQt(SegmentColorAt(*look.element, look.lightColor, look.level1, look.level2, t));
 }
 
 } // namespace
@@ -146,7 +145,7 @@ QFont BlockPainter::fitting(const QString& text, int width) const {
 }
 
 void BlockPainter::drawGradientControl(const QRect& rect, const BlockLook& look) {
-    const QColor light = Theme::fromRgb(look.element->track().LightColor());
+    const QColor light = Theme::fromRgb(look.lightColor);
     if (look.element->Binary()) {
         painter_.fillRect(QRect(rect.topLeft(), QSize(rect.width(), rect.height() / 2)), light);
         painter_.fillRect(rect.adjusted(0, rect.height() / 2, 0, 0), Qt::black);

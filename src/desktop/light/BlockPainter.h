@@ -15,6 +15,7 @@ namespace corvane {
 /// What a block shows, apart from where.
 struct BlockLook {
     const LumoraTrackElement* element = nullptr;
+    int lightColor = 0;
     QString brightness;
     QString brightness2;
     QString time;

@@ -146,7 +146,7 @@ QWidget* LumoraView::makeOptions(LumoraControl& control) {
     auto* usual = new QGroupBox(all);
     usual->setSizePolicy(QSizePolicy::Maximum, QSizePolicy::Preferred);
     auto* usualRows = new QVBoxLayout(usual);
-    usualRows->addLayout(MakeRow({MakeLabel(options.LightColorLabel, usual),
+    usualRows->addLayout(MakeRow({new QLabel("Light Color:", usual),
                                   new ColorSample(options.ChannelLightColorSample, usual),
                                   MakeButton(options.ChangeLightColorButton, usual)}));
     auto* current =
@@ -163,14 +163,14 @@ QWidget* LumoraView::makeOptions(LumoraControl& control) {
     advanced->setSizePolicy(QSizePolicy::Maximum, QSizePolicy::Preferred);
     auto* advancedRows = new QVBoxLayout(advanced);
     auto* levels =
-        MakeRow({MakeLabel(options.TurnOffPointLabel, advanced),
+        MakeRow({new QLabel("Turn Off Below:", advanced),
                  MakeNumberBox(options.ChannelTurnOffPoint, "Turn off below, percent", advanced),
-                 MakeLabel(options.TurnOffPointUnit, advanced)});
+                 new QLabel("%", advanced)});
     levels->addSpacing(2 * Theme::Spacing);
     for (QWidget* widget : std::initializer_list<QWidget*>{
-             MakeLabel(options.HysteresisLabel, advanced),
+             new QLabel("Hysteresis: +/-", advanced),
              MakeNumberBox(options.ChannelHysteresis, "Hysteresis, percent", advanced),
-             MakeLabel(options.HysteresisUnit, advanced)})
+             new QLabel("%", advanced)})
         levels->addWidget(widget);
     levels->addStretch();
     advancedRows->addLayout(levels);
@@ -178,7 +178,7 @@ QWidget* LumoraView::makeOptions(LumoraControl& control) {
     Bind(top, options.ChannelNoSignalTopTrack);
     auto* bottom = new QRadioButton(advanced);
     Bind(bottom, options.ChannelNoSignalBottomTrack);
-    auto* noSignal = MakeRow({MakeLabel(options.NoSignalLabel, advanced), top, bottom});
+    auto* noSignal = MakeRow({new QLabel("No Signal Default:", advanced), top, bottom});
     noSignal->addStretch();
     advancedRows->addLayout(noSignal);
     advancedRows->addStretch();
@@ -198,11 +198,11 @@ QWidget* LumoraView::makeTransmitter(LumoraOptions& options) {
     auto* frame = new QGroupBox(this);
     auto* layout = new QVBoxLayout(frame);
     auto* range = MakeRow(
-        {MakeLabel(options.RangeLabel, frame),
+        {new QLabel("Range:", frame),
          MakeNumberBox(options.TransmitterRangeMin, "Shortest pulse in microseconds", frame),
-         MakeLabel(options.RangeDash, frame),
+         new QLabel("-", frame),
          MakeNumberBox(options.TransmitterRangeMax, "Longest pulse in microseconds", frame),
-         MakeLabel(options.RangeUnit, frame)});
+         new QLabel("µs", frame)});
     range->addSpacing(2 * Theme::Spacing);
     range->addWidget(MakeButton(options.TransmitterRangeResetButton, frame));
     layout->addLayout(range);

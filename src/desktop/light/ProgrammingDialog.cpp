@@ -3,6 +3,7 @@
 #include "desktop/Binders.h"
 #include "desktop/EventLoop.h"
 #include "desktop/Theme.h"
+#include "desktop/Widgets.h"
 
 #include <QCloseEvent>
 #include <QFormLayout>
@@ -28,15 +29,10 @@ ProgrammingDialog::ProgrammingDialog(LumoraProgramming& run, QWidget* parent)
     Bind(cure, run.Cure);
     auto* values = new QFormLayout;
     values->setHorizontalSpacing(3 * Theme::Spacing);
-    for (const auto& [name, value] : {std::pair(&run.Label1, &run.SegmentsUsedLabel),
-                                      std::pair(&run.Label2, &run.SegmentLimitLabel),
-                                      std::pair(&run.Label3, &run.MemoryInUseLabel)}) {
-        auto* nameLabel = new QLabel(this);
-        auto* valueLabel = new QLabel(this);
-        Bind(nameLabel, *name);
-        Bind(valueLabel, *value);
-        values->addRow(nameLabel, valueLabel);
-    }
+    for (const auto& [name, value] : {std::pair("Segments Used", &run.SegmentsUsedLabel),
+                                      std::pair("Segment Limit", &run.SegmentLimitLabel),
+                                      std::pair("Memory in Use", &run.MemoryInUseLabel)})
+        values->addRow(name, MakeLabel(*value, this));
     auto* bar = new QProgressBar(this);
     bar->setRange(0, 100);
     bar->setAccessibleName("Progress in percent");

@@ -56,22 +56,21 @@ SimulatorCanvas::SimulatorCanvas(LumoraSimulatorControl& control, QWidget* paren
                            control_.cancelDrag();
                        }}) {
     setFocusPolicy(Qt::StrongFocus);
-    setAttribute(Qt::WA_OpaquePaintEvent);
+    setAttribute(Qt::WA_OpaquePaintEvent); // forty times a second; it paints all of it anyway
     setAcceptDrops(true);
     setMinimumSize(120, 80);
     TellAsCanvas(this);
     setAccessibleName("Picture of the model with its lights");
     const QColor face = palette().color(QPalette::Button);
     control.setButtonFace({face.red(), face.green(), face.blue()});
-    connections_.push_back(
-        control.LightChanged.connect([this](int channel) { showLight(channel); }));
-    connections_.push_back(control.CanvasChanged.connect([this] {
+    on_(control.LightChanged, [this](int channel) { showLight(channel); });
+    on_(control.CanvasChanged, [this] {
         background_ = control_.background().picture.empty()
                           ? QImage()
                           : imageOf(control_.background().picture).copy();
         update();
-    }));
-    connections_.push_back(control.MenuWanted.connect([this](int channel) { showMenu(channel); }));
+    });
+    on_(control.MenuWanted, [this](int channel) { showMenu(channel); });
 }
 
 void SimulatorCanvas::paintEvent(QPaintEvent* event) {
@@ -79,6 +78,7 @@ void SimulatorCanvas::paintEvent(QPaintEvent* event) {
     painter.fillRect(event->rect(), toQt(control_.BackColor()));
     if (!background_.isNull())
         painter.drawImage(rectOf(control_.background()).topLeft(), background_);
+    // All lenses before all lights, which shine over the lens of a neighbour too.
     painter.setCompositionMode(QPainter::CompositionMode_Darken);
     for (int channel = 1; channel <= LumoraDocument::ChannelCount; ++channel) {
         const LumoraSimulatorControl::Patch& patch = control_.light(channel);
@@ -180,9 +180,7 @@ SimulatorView::SimulatorView(LumoraSimulatorControl& control, QWidget* parent)
     Bind(this, control.UpdateTimer);
     auto* options = new QHBoxLayout;
     options->setSpacing(Theme::Spacing / 2);
-    auto* channels = new QLabel(this);
-    Bind(channels, control.ChannelLabel);
-    options->addWidget(channels);
+    options->addWidget(new QLabel("Channels", this));
     int channel = 0;
     for (Button& child : control.LightChannelButton) {
         auto* button = new QPushButton(this);
@@ -192,9 +190,7 @@ SimulatorView::SimulatorView(LumoraSimulatorControl& control, QWidget* parent)
         options->addWidget(button);
     }
     options->addSpacing(2 * Theme::Spacing);
-    auto* background = new QLabel(this);
-    Bind(background, control.BackgroundLabel);
-    options->addWidget(background);
+    options->addWidget(new QLabel("Background", this));
     auto* backgroundOptions = new QPushButton(this);
     Bind(backgroundOptions, control.BackgroundOptionsButton);
     options->addWidget(backgroundOptions);

@@ -30,7 +30,7 @@ class SimulatorCanvas final : public QWidget {
     PointerDrag drag_;
     QImage background_;
     std::array<QRect, LumoraDocument::ChannelCount> shown_; // where each light was last
-    std::vector<Connection> connections_;
+    Connections on_;
 };
 
 /// The "Simulator" tab: the canvas, and what belongs to it below.

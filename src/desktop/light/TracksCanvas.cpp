@@ -68,19 +68,16 @@ TracksCanvas::TracksCanvas(LumoraControl& control, QWidget* parent)
     bubble_->setAttribute(Qt::WA_TransparentForMouseEvents);
     bubble_->hide();
 
-    const auto on = [this](auto& event, auto react) {
-        connections_.push_back(event.connect(react));
-    };
-    on(tracks_.TrackLookChanged, [this](int track) {
+    on_(tracks_.TrackLookChanged, [this](int track) {
         if (tracks_.TrackVisible(track))
             update(trackRect(track));
         placeBoxes();
     });
-    on(tracks_.LayoutChanged, [this] {
+    on_(tracks_.LayoutChanged, [this] {
         update();
         placeBoxes();
     });
-    on(tracks_.FocusMoved, [this] { followFocus(); });
+    on_(tracks_.FocusMoved, [this] { followFocus(); });
 }
 
 // Geometry
@@ -162,9 +159,9 @@ BlockLook TracksCanvas::lookOf(const LumoraTrackEditor& track, int elementIndex)
     const LumoraTrackElement& element = track.track().GetTrack(elementIndex);
     BlockLook look;
     look.element = &element;
+    look.lightColor = track.track().LightColor();
     look.marked = track.isMarked(elementIndex);
-    const SegmentBlock* worked = track.block();
-    if (worked != nullptr && &worked->element() == &element) {
+    if (const SegmentBlock* worked = track.block(); elementIndex == track.FocusedIndex()) {
         look.brightness = QString::fromStdString(worked->txtBrightness.Text());
         look.brightness2 = QString::fromStdString(worked->txtBrightness2.Text());
         look.time = QString::fromStdString(worked->txtTime.Text());
@@ -247,6 +244,7 @@ void TracksCanvas::placeBoxes() {
         brightness_.bindTo(present == nullptr ? nullptr : &present->txtBrightness);
         brightness2_.bindTo(present == nullptr ? nullptr : &present->txtBrightness2);
         time_.bindTo(present == nullptr ? nullptr : &present->txtTime);
+        // What is typed next was not meant for another segment's box.
         if (typing)
             setFocus(Qt::OtherFocusReason);
     }

@@ -85,7 +85,7 @@ class TracksCanvas final : public QWidget {
     int pressedX_ = 0; // from the handle, in twips
     double wheelSteps_ = 0;
     bool atTheEnd_ = false; // Tab has come to the end of all segments
-    std::vector<Connection> connections_;
+    Connections on_;
 };
 
 } // namespace corvane

@@ -17,7 +17,7 @@ ConfigurationDialog::ConfigurationDialog(QuillonControllerConfiguration& configu
     : QDialog(parent) {
     setWindowTitle("Controller Configuration");
     setAttribute(Qt::WA_DeleteOnClose);
-    auto* receivers = MakeRow({MakeLabel(configuration.Label1, this)});
+    auto* receivers = MakeRow({new QLabel("Receiver Number:", this)});
     receivers->setSpacing(2 * Theme::Spacing);
     for (OptionButton& option : configuration.optReceiver) {
         auto* button = new QRadioButton(this);

@@ -122,9 +122,9 @@ QWidget* PactorView::makeSettings(PactorControl& control) {
         addPair(*grid, "Relay", control.optRelay[2 * slot], control.optRelay[2 * slot + 1], frame);
         layout->addWidget(frame);
     }
-    auto* hysteresis = MakeRow({MakeLabel(control.HysteresisLabel, page),
+    auto* hysteresis = MakeRow({new QLabel("Hysteresis: +/-", page),
                                 MakeNumberBox(control.Hysteresis, "Hysteresis in percent", page),
-                                MakeLabel(control.HysteresisPercentLabel, page)});
+                                new QLabel("%", page)});
     hysteresis->addStretch();
     layout->addLayout(hysteresis);
     layout->addStretch();

@@ -44,6 +44,7 @@ void LinkDevices::OpenDevice(int index) {
     if (failed_ && failed_->index == index && TimeDiff(clock_.now(), failed_->at) < TryAgainAfter)
         return;
     Listed& listed = list_[static_cast<std::size_t>(index)];
+    // From here on a signal waits: a device that is half opened would keep its power and its claim.
     HoldingChanged.raise(true);
     OpenOutcome outcome = listed.source->open(listed.index);
     hindrance_ = std::move(outcome.hindrance);
@@ -62,6 +63,7 @@ void LinkDevices::OpenDevice(int index) {
 void LinkDevices::CloseDevice() {
     if (!port_)
         return;
+    // The session first, which still points at the port.
     session_.attach(nullptr);
     port_.reset();
     HoldingChanged.raise(false);
@@ -78,6 +80,7 @@ int LinkDevices::GetDeviceState2() {
 void LinkDevices::ResetDevice() {
     if (!port_)
         return;
+    // What the product has sent until now belongs to its life before.
     session_.productReset();
     port_->powerCycle();
 }

@@ -87,6 +87,7 @@ UsbLinkPort::UsbLinkPort(libusb_context* context, std::unique_ptr<UsbChip> chip)
     : context_(context), chip_(std::move(chip)) {}
 
 UsbLinkPort::~UsbLinkPort() {
+    // A product must not stay without power because the program ends in the middle.
     if (powerBackAt_ != Time{}) {
         std::this_thread::sleep_until(powerBackAt_);
         givePowerBack();
@@ -104,6 +105,7 @@ std::size_t UsbLinkPort::read(std::span<std::uint8_t> target) {
 void UsbLinkPort::write(wire::ByteView bytes) {
     if (!alive_ || bytes.empty())
         return;
+    // Before the request goes out, so that an answer at once finds room.
     busyUntil_ = SteadyClock::now() + SpeakingTime;
     submitAll();
     std::vector<std::uint8_t> outgoing(bytes.begin(), bytes.end()); // the library wants them so
@@ -211,6 +213,7 @@ void UsbLinkPort::takePackets(const Reading& reading) {
 }
 
 void UsbLinkPort::endReadings() {
+    // A cancelled transfer ends later, by an event; its buffer must stay until then.
     closing_ = true;
     for (const auto& reading : readings_)
         if (reading->underWay)

@@ -44,6 +44,7 @@ std::string VirtualLinkSource::ProblemWith(const std::filesystem::path& folder) 
 }
 
 bool VirtualLinkSource::refresh() {
+    // Watched before it is looked into: what appears in between is told rather than missed.
     if ((watch_ < 0 && watchFolder()) || folderChanged())
         lookIntoFolder();
 
@@ -142,6 +143,7 @@ void VirtualLinkSource::lookIntoFolder() {
 }
 
 void VirtualLinkSource::ask(const std::string& name, Link& link) const {
+    // What is left of an earlier talk, a half message too, goes; only the count stays.
     const int tries = link.tries + 1;
     link = {};
     link.tries = tries;

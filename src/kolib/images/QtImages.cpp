@@ -63,6 +63,10 @@ QRgb over(QRgb front, QRgb back) {
 
 } // namespace
 
+std::unique_ptr<KOImages> MakeImages() {
+    return std::make_unique<QtImages>();
+}
+
 QtImages::QtImages() {
     QImageReader::setAllocationLimit(AllocationLimit);
 }

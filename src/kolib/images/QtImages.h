@@ -15,8 +15,7 @@ class QtImages : public KOImages {
     void ResetImage() override { current_ = {}; }
     bool LoadImage(const std::string& text) override;
     [[nodiscard]] std::string SaveImage() const override;
-    /// The bytes of the PNG file; empty for the empty image.
-    [[nodiscard]] std::string SavePng() const;
+    [[nodiscard]] std::string SavePng() const override;
     void SetImage(const Picture& picture) override;
     [[nodiscard]] Picture GetImage() const override;
     void GetImageSizes(int& width, int& height) const override;

@@ -44,6 +44,7 @@ Handle DownloadFolder::openPart() const {
     Handle part(::openat(folder_.get(), Part, how, 0600));
     if (part.valid() && isPlainFileOfOurs(part.get()))
         return part;
+    // A link or a foreign file in its place is not written through but replaced.
     ::unlinkat(folder_.get(), Part, 0);
     return Handle(::openat(folder_.get(), Part, how | O_EXCL, 0600));
 }
@@ -64,6 +65,8 @@ std::string DownloadFolder::signatureText() const {
 }
 
 bool DownloadFolder::keep(std::string_view signature) const {
+    // The signature is on the disk before the package gets its name: at no moment does a package
+    // stand there without what it is verified by.
     ::unlinkat(folder_.get(), Signature, 0);
     const Handle file(::openat(folder_.get(), Signature,
                                O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600));

@@ -69,6 +69,7 @@ UpdateRecord UpdateRecordFile::load() const {
     const auto time = [&text](const char* name) { return ReadUtc(text(name)).value_or(0); };
     record.state = stateCalled(text("state"));
     record.manifest = text("manifest");
+    // Without a manifest that can be read no state means anything.
     if (!record.update())
         record.state = UpdateRecord::State::Nothing;
     record.issued = time("issued");

@@ -35,6 +35,7 @@ bool Endpoint::send(std::uint8_t channel, ByteView data, std::uint32_t now) {
     if (queue_.size() > QueueLimit || data.size() > MaxDataLength)
         return false;
     queue_.push_back({FrameType::Data, nextNumber_++, channel, Bytes(data.begin(), data.end())});
+    // Only the first of the queue is under way; the next one waits for its acknowledgement.
     if (queue_.size() == 1 && !held_)
         sendFirst(now);
     return true;
@@ -45,6 +46,8 @@ void Endpoint::received(Frame&& frame, std::uint32_t now) {
         if (!queue_.empty() && queue_.front().number == frame.number)
             dropFirst(now);
     } else if (frame.type == FrameType::Data) {
+        // Also one that was accepted before: the acknowledgement is what may have been lost. And
+        // before it is delivered, since whoever takes it may answer at once.
         transmit_(encodeFrame({FrameType::Ack, frame.number, 0, {}}), false);
         if (lastAccepted_ == frame.number)
             return;

@@ -25,6 +25,7 @@ constexpr std::size_t CrcLength = 2;
 
 std::uint16_t crc16(ByteView bytes) {
     unsigned crc = 0xFFFF;
+    // CRC-16/CCITT, begun with ones: a frame of zeros has no check of zero.
     for (const std::uint8_t byte : bytes)
         crc = ((crc << 8) ^ crcTable[((crc >> 8) ^ byte) & 0xFFU]) & 0xFFFFU;
     return static_cast<std::uint16_t>(crc);

@@ -119,6 +119,7 @@ void HostSession::sessionBegins() {
         lastRoundTrip_ = TimeDiff(clock_.now(), lastHello_);
     state_ = State::InSession;
     received_.clear();
+    // The product counts from the beginning, and so its first number may be the last one before.
     endpoint_.forgetAccepted();
     endpoint_.release(clock_.now());
 }

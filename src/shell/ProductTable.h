@@ -1,6 +1,7 @@
 #pragma once
 
 #include "controls/Inputs.h"
+#include "history/History.h"
 #include "link/ProductControl.h"
 #include "link/Workplace.h"
 
@@ -26,5 +27,10 @@ class ProductControls {
   private:
     std::map<std::string, Maker> makers_;
 };
+
+/// The history of a new document without a screen, with the document itself behind it. Nothing for
+/// a class that has no documents. The surroundings must outlive it.
+[[nodiscard]] std::shared_ptr<History> MakeDocument(std::string_view className,
+                                                    const History::Surroundings& surroundings);
 
 } // namespace corvane
