@@ -144,7 +144,7 @@ bool GenericEEPROMProgrammer::WriteChunkWithRetries(int Address, const KOBuffer&
 bool GenericEEPROMProgrammer::WaitForReply() {
     const std::uint32_t start = with_.clock.now();
     waiting_ = true;
-    while (waiting_ && TimeDiff(with_.clock.now(), start) < ReplyWithin && with_.link.ready()) {
+    while (waiting_ && Elapsed(with_.clock.now(), start) < ReplyWithin && with_.link.ready()) {
         with_.link.Update();
         if (waiting_)
             with_.pause.pause();
@@ -157,7 +157,7 @@ bool GenericEEPROMProgrammer::WaitForReply() {
 
 void GenericEEPROMProgrammer::AwaitLateReply() {
     const std::uint32_t start = with_.clock.now();
-    while (overdue_ > 0 && TimeDiff(with_.clock.now(), start) < ReplyWithin && with_.link.ready()) {
+    while (overdue_ > 0 && Elapsed(with_.clock.now(), start) < ReplyWithin && with_.link.ready()) {
         with_.link.Update();
         if (overdue_ > 0)
             with_.pause.pause();
@@ -179,7 +179,7 @@ bool GenericEEPROMProgrammer::fail(const std::string& text) {
 
 void GenericEEPROMProgrammer::sleep() const {
     const std::uint32_t start = with_.clock.now();
-    while (TimeDiff(with_.clock.now(), start) < TryAgainAfter)
+    while (Elapsed(with_.clock.now(), start) < TryAgainAfter)
         with_.pause.pause();
 }
 

@@ -16,7 +16,7 @@ void awaitRecord(const Workplace& place) {
     const KOCommLink& link = place.link;
     const std::uint32_t start = place.clock.now();
     while (link.Product().record == Record::None && link.Negotiated() &&
-           TimeDiff(place.clock.now(), start) < RecordWithin) {
+           Elapsed(place.clock.now(), start) < RecordWithin) {
         place.link.Update();
         if (link.Product().record == Record::None)
             place.pause.pause();

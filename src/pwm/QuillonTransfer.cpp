@@ -122,7 +122,7 @@ bool QuillonTransfer::exchange(int channel, const KOBuffer& data) {
     static_cast<void>(packet.Send()); // one that is not accepted is not answered
     const std::uint32_t start = with_.clock.now();
     asked_ = channel;
-    while (asked_ != 0 && with_.link.ready() && TimeDiff(with_.clock.now(), start) < ReplyWithin) {
+    while (asked_ != 0 && with_.link.ready() && Elapsed(with_.clock.now(), start) < ReplyWithin) {
         with_.link.Update();
         if (asked_ != 0)
             with_.pause.pause();

@@ -38,7 +38,7 @@ class Unwatched {
     void waitForLink() const {
         constexpr std::int32_t longest = 1500; // ms
         const std::uint32_t start = program_.clock.now();
-        while (!program_.link.IsConnected() && TimeDiff(program_.clock.now(), start) < longest) {
+        while (!program_.link.IsConnected() && Elapsed(program_.clock.now(), start) < longest) {
             program_.link.Update();
             program_.pause();
         }
