@@ -76,6 +76,8 @@ int main(int argc, char** argv) {
     QApplication::setDesktopFileName(DesktopProgram::Id);
     Program program(launch.modes);
     program.setRepaint(RepaintWithoutInput);
+    program.journals.InPieces = true;
+    const BetweenEvents keeping([&program] { program.journals.WriteOut(); });
 
     QtDialogs dialogs;
     Workplace place = program.workplace(dialogs, dialogs);

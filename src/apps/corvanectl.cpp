@@ -83,7 +83,7 @@ int listDevices(const Options& options) {
         program.device.EnumerateDevices();
         program.pause();
     } while (program.device.EnumerationPending() &&
-             TimeDiff(program.clock.now(), start) < answerTime);
+             Elapsed(program.clock.now(), start) < answerTime);
     program.device.EnumerateDevices();
     for (int index = 0; index < program.device.GetDeviceCount(); ++index) {
         if (!options.pick.fits(program.device, index))

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
+#include <limits>
 
 namespace corvane {
 
@@ -15,6 +17,13 @@ class Clock {
 /// lie less than 2^31 ms (24 days) apart; negative if `earlier` is the later one.
 [[nodiscard]] constexpr std::int32_t TimeDiff(std::uint32_t now, std::uint32_t earlier) {
     return static_cast<std::int32_t>(now - earlier);
+}
+
+/// The same for time-outs, and never negative: since an earlier reading that lies long ago, or from
+/// before the clock was set back, very much time has passed, so that nobody waits for the clock.
+[[nodiscard]] constexpr std::int32_t Elapsed(std::uint32_t now, std::uint32_t earlier) {
+    constexpr std::uint32_t most = std::numeric_limits<std::int32_t>::max();
+    return static_cast<std::int32_t>(std::min(now - earlier, most));
 }
 
 /// How a blocking operation lets time pass between two steps: waits until the device has

@@ -92,6 +92,15 @@ DesktopApplication::DesktopApplication(int& argc, char** argv)
 }
 
 bool DesktopApplication::notify(QObject* receiver, QEvent* event) {
+    if (receiver->thread() != thread())
+        return deliver(receiver, event);
+    BetweenEvents::runAll();
+    const bool taken = deliver(receiver, event);
+    BetweenEvents::runAll();
+    return taken;
+}
+
+bool DesktopApplication::deliver(QObject* receiver, QEvent* event) {
     // A fault is told in a box, which can be answered at any time.
     if (insideRepaint && isInput(*event) && activeModalWidget() == nullptr) {
         const bool offered = event->type() == QEvent::Close || event->type() == QEvent::Drop ||

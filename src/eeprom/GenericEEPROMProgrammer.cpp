@@ -143,7 +143,7 @@ void GenericEEPROMProgrammer::AwaitLateReply() {
 
 void GenericEEPROMProgrammer::sleep() const {
     const std::uint32_t start = with_.clock.now();
-    while (TimeDiff(with_.clock.now(), start) < TryAgainAfter)
+    while (Elapsed(with_.clock.now(), start) < TryAgainAfter)
         with_.pause.pause();
 }
 

@@ -6,10 +6,18 @@
 
 namespace corvane {
 
+namespace {
+
+constexpr std::size_t LargestPiece = 1 << 16; // bytes
+
+} // namespace
+
 DocumentJournal::DocumentJournal(Journals* journals, const History& history)
     : journals_(journals), history_(history) {
-    if (journals_ != nullptr)
-        onLook_ = journals_->Looking.connect([this](bool& any) { look(any); });
+    if (journals_ == nullptr)
+        return;
+    onLook_ = journals_->Looking.connect([this](bool& any) { look(any); });
+    onWriteOut_ = journals_->WritingOut.connect([this] { writeOut(); });
 }
 
 void DocumentJournal::Recorded(const UndoableChange& change) {
@@ -17,19 +25,21 @@ void DocumentJournal::Recorded(const UndoableChange& change) {
         return;
     data_.clear();
     change.Serialize(prefix_, data_);
-    line_ = RecordWord;
-    line_ += '\t';
-    if (KOIOWriter(line_).WriteArray(prefix_, data_))
-        append();
-    else
-        behind_ = true; // no file could hold it either
+    const std::size_t before = lines_.size();
+    lines_ += RecordWord;
+    lines_ += '\t';
+    if (KOIOWriter(lines_).WriteArray(prefix_, data_))
+        return append();
+    lines_.resize(before);
+    writeOut();
+    behind_ = true; // no file could hold it either
 }
 
 void DocumentJournal::note(const char* word) {
     if (journals_ == nullptr || !keepsUp())
         return;
-    line_ = word;
-    line_ += '\n';
+    lines_ += word;
+    lines_ += '\n';
     append();
 }
 
@@ -43,10 +53,18 @@ bool DocumentJournal::keepsUp() {
 }
 
 void DocumentJournal::append() {
+    if (!journals_->MayHoldBack() || lines_.size() > LargestPiece)
+        writeOut();
+}
+
+void DocumentJournal::writeOut() {
+    if (lines_.empty())
+        return;
     if (!file_->isUncut())
-        replace();
-    else if (!journals_->Append(file_, line_))
+        return replace();
+    if (!journals_->Append(file_, lines_))
         failed(); // but what it has is better than nothing
+    lines_.clear();
 }
 
 /// Something else has harmed it.
@@ -57,11 +75,13 @@ void DocumentJournal::replace() {
 }
 
 void DocumentJournal::failed() {
+    lines_.clear();
     behind_ = true;
     retryAt_ = std::chrono::steady_clock::now() + journals_->RetryAfter;
 }
 
 void DocumentJournal::look(bool& any) {
+    writeOut();
     if (file_ != nullptr && !behind_ && !file_->isWhole()) {
         replace();
     } else if (file_ != nullptr && !behind_ && file_->syncProblem() != 0) {
@@ -75,6 +95,7 @@ void DocumentJournal::look(bool& any) {
 }
 
 void DocumentJournal::FallBehind() {
+    writeOut();
     behind_ = true;
     retryAt_ = {};
 }
@@ -96,6 +117,7 @@ bool DocumentJournal::begin() {
     if (file_ != nullptr)
         file_->Remove();
     file_ = std::move(begun);
+    lines_.clear(); // it has them
     behind_ = false;
     return true;
 }
@@ -114,7 +136,7 @@ void DocumentJournal::end(const char* word) {
     if (file_ == nullptr)
         return;
     // In words too, should the file not go away.
-    static_cast<void>(file_->Append(std::string(word) + "\n"));
+    static_cast<void>(file_->Append(std::exchange(lines_, {}) + word + "\n"));
     file_->Remove();
     file_.reset();
 }

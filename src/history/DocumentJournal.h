@@ -13,7 +13,7 @@ class UndoableChange;
 
 /// The journal of one document: a line for each thing that is done to it, from the first that is
 /// not in its file until it is saved or given up. If something else removes it or cuts it short, it
-/// is begun anew with the next look or change. It begins with the whole document, so that it
+/// is begun anew with the next look or piece. It begins with the whole document, so that it
 /// needs nothing else to bring that back. Ends with this in an orderly way.
 class DocumentJournal {
   public:
@@ -54,6 +54,7 @@ class DocumentJournal {
     void look(bool& any);
     void note(const char* word);
     void append();
+    void writeOut();
     void replace();
     void failed();
     void settle(const char* word, const std::string& path, const std::string& mark);
@@ -68,8 +69,9 @@ class DocumentJournal {
     std::string path_; // of the document's file
     std::string mark_; // of what stood there
     Connection onLook_;
+    Connection onWriteOut_;
+    std::string lines_; // that have been held back
     // Kept from line to line for their room.
-    std::string line_;
     std::string prefix_;
     std::vector<std::string> data_;
 };

@@ -58,8 +58,8 @@ std::shared_ptr<AppendedFile> Journals::Begin(std::string_view content) {
     return file;
 }
 
-bool Journals::Append(const std::shared_ptr<AppendedFile>& journal, std::string_view line) {
-    if (!journal->Append(line)) {
+bool Journals::Append(const std::shared_ptr<AppendedFile>& journal, std::string_view lines) {
+    if (!journal->Append(lines)) {
         tell();
         return false;
     }

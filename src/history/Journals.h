@@ -8,6 +8,7 @@
 #include <chrono>
 #include <cstdint>
 #include <filesystem>
+#include <utility>
 #include <vector>
 
 namespace corvane {
@@ -27,6 +28,18 @@ class Journals {
     Journals(std::filesystem::path folder, FileDoor& files)
         : folder_(std::move(folder)), files_(files) {}
 
+    /// Whoever shows the work sets this and calls `WriteOut` before any of it can be seen: what is
+    /// done at one go is then written in one piece. Otherwise each thing is written at once.
+    bool InPieces = false;
+    void WriteOut() {
+        if (std::exchange(holdsBack_, false))
+            WritingOut.raise();
+    }
+    /// To those who write journals: what they have held back is to be written.
+    Event<> WritingOut;
+    /// To be asked for each line: whether it may be held back.
+    [[nodiscard]] bool MayHoldBack() { return holdsBack_ = InPieces; }
+
     /// After a failure, how long until the next try.
     std::chrono::milliseconds RetryAfter{10000};
     /// Why journals can't be written. Raised once, from within a change or a look.
@@ -42,8 +55,8 @@ class Journals {
 
     /// A new journal that begins with this; nothing if it can't be had.
     [[nodiscard]] std::shared_ptr<AppendedFile> Begin(std::string_view content);
-    /// Appends a line. False, and the journal stands as it was, if that can't be.
-    [[nodiscard]] bool Append(const std::shared_ptr<AppendedFile>& journal, std::string_view line);
+    /// Appends whole lines. False, and the journal stands as it was, if that can't be.
+    [[nodiscard]] bool Append(const std::shared_ptr<AppendedFile>& journal, std::string_view lines);
 
     /// To be called when a journal was found to be gone.
     void tellReplaced();
@@ -65,6 +78,7 @@ class Journals {
     std::filesystem::path folder_;
     FileDoor& files_;
     BackgroundSync sync_;
+    bool holdsBack_ = false;
     bool told_ = false;
     bool toldReplaced_ = false;
 };

@@ -133,7 +133,7 @@ void LumoraProgrammer::ProcessPacket(const KOPacket& packet) {
 }
 
 void LumoraProgrammer::Update() {
-    if (queue_.empty() || std::abs(TimeDiff(with_.clock.now(), sentAt_)) <= ReplyWithin)
+    if (queue_.empty() || Elapsed(with_.clock.now(), sentAt_) <= ReplyWithin)
         return;
     DebugPrint.raise("ERROR! No response!\r\n");
     RetryTransfer(SilenceWeight, NoReplyCure(with_.link));

@@ -78,7 +78,8 @@ void LumoraSimulator::takeAllSettings() {
 
 void LumoraSimulator::Update() {
     frameTimer_.Update();
-    const double step = motionMultiplier_ * frameTimer_.TimeStep() / 1000.0;
+    const int sinceLast = std::max(0, frameTimer_.TimeStep()); // of a clock that was set back too
+    const double step = motionMultiplier_ * sinceLast / 1000.0;
     for (int channel = 1; channel <= ChannelCount(); ++channel)
         setTime(channel, step + time(channel));
 }

@@ -63,7 +63,7 @@ bool KOCommLink::Connect(const std::string& desiredClass, bool anyDevice) {
                 setMaintainConnection(false);
                 return false;
             }
-            if (TimeDiff(with_.clock.now(), start) > ConnectStage) {
+            if (Elapsed(with_.clock.now(), start) > ConnectStage) {
                 if (resetTried || !IsConnected()) {
                     log("Connection to '" + desiredClass + "' timed out.");
                     setMaintainConnection(false);
@@ -231,7 +231,7 @@ void KOCommLink::NegotiateStep() {
 
 bool KOCommLink::sendHelloIfDue() {
     if (Negotiated() ||
-        (LastMissTime_ && TimeDiff(with_.clock.now(), *LastMissTime_) <= HelloSpacing))
+        (LastMissTime_ && Elapsed(with_.clock.now(), *LastMissTime_) <= HelloSpacing))
         return false;
     if (echoes_.missed == MissedEchoes) {
         log("False alarm.");
@@ -329,7 +329,7 @@ void KOCommLink::UnnegotiateStep() {
     } else if (unsent > 0) {
         return;
     } else if (ExitRetries_ > 0) {
-        if (TimeDiff(with_.clock.now(), LastExitTime_) <= ExitSpacing)
+        if (Elapsed(with_.clock.now(), LastExitTime_) <= ExitSpacing)
             return;
         KOPacket request = makePacket();
         request.setChannel(ExitChannel);

@@ -16,7 +16,7 @@ namespace corvane {
 template<class Over>
 void AwaitLink(const Workplace& place, std::int32_t longest, Over over) {
     const std::uint32_t start = place.clock.now();
-    while (!over() && TimeDiff(place.clock.now(), start) < longest) {
+    while (!over() && Elapsed(place.clock.now(), start) < longest) {
         place.link.Update();
         if (!over())
             place.pause.pause();

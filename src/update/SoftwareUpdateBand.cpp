@@ -188,7 +188,7 @@ void SoftwareUpdateBand::animationTick() {
         return;
     }
     frames_.Update();
-    step(frames_.TimeStepInSeconds());
+    step(std::max(0.0F, frames_.TimeStepInSeconds())); // of a clock that was set back too
 }
 
 void SoftwareUpdateBand::step(float seconds) {

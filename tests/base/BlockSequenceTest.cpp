@@ -8,9 +8,18 @@
 namespace corvane {
 namespace {
 
-/// A large thing, of which few are in a block.
+/// A large thing, of which few are in a block. Counts how often one is moved.
 struct Large {
-    int value = 0;
+    explicit Large(int number) : value(number) {}
+    Large(Large&& other) noexcept : value(other.value) { ++moves; }
+    Large& operator=(Large&& other) noexcept {
+        value = other.value;
+        ++moves;
+        return *this;
+    }
+
+    static inline int moves = 0;
+    int value;
     char ballast[600] = {};
 };
 
@@ -25,7 +34,7 @@ TEST(BlockSequence, IsWhatAPlainListWouldBe) {
         if (grows || plain.empty()) {
             const std::size_t places[] = {0, plain.size(), below(plain.size() + 1)};
             const std::size_t at = places[below(3)];
-            sequence.insert(at, {i});
+            sequence.insert(at, Large(i));
             plain.insert(plain.begin() + static_cast<std::ptrdiff_t>(at), i);
         } else {
             const std::size_t places[] = {0, plain.size() - 1, below(plain.size())};
@@ -46,9 +55,14 @@ TEST(BlockSequence, IsWhatAPlainListWouldBe) {
         }
     }
     sequence.clear();
+    Large::moves = 0;
+    for (int i = 0; i < 20000; ++i)
+        sequence.insert(0, Large(i));
+    EXPECT_LT(Large::moves / 20000, 32); // each, however many there are
+    sequence.clear();
     EXPECT_TRUE(sequence.empty() && sequence.begin() == sequence.end());
     EXPECT_THROW(sequence.take(0), AssertionFailed);
-    EXPECT_THROW(sequence.insert(1, {}), AssertionFailed);
+    EXPECT_THROW(sequence.insert(1, Large(0)), AssertionFailed);
 }
 
 } // namespace

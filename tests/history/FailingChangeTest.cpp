@@ -1,7 +1,7 @@
 // Changes that fail half-way, at every point at which anything is told of them: what there is
 // afterwards is what there was before, or what there would be had nothing failed.
-#include "history/LostJournal.h"
 #include "support/Instrumented.h"
+#include "support/KeptWork.h"
 #include "support/Person.h"
 #include "support/RandomEdits.h"
 #include "support/TemporaryFolder.h"
@@ -11,8 +11,6 @@
 
 namespace corvane {
 namespace {
-
-namespace fs = std::filesystem;
 
 struct Sabotage : std::runtime_error {
     Sabotage() : std::runtime_error("sabotage") {}
@@ -73,28 +71,35 @@ struct Sabotaged {
 
     /// All of what a person has, in one text.
     [[nodiscard]] std::string whole() const {
-        std::string bytes;
-        EXPECT_TRUE(history.Compose(bytes));
-        return bytes + (history.SaveDirty() ? "dirty" : "clean") + stateOf(document);
+        return WholeWork(history) + (history.SaveDirty() ? "dirty" : "clean") + stateOf(document);
     }
-    /// The document is what its changes make of a new one, and the journal holds it.
+    /// The document is what its changes make of a new one, which is saved as the same file, and the
+    /// journal holds it.
     void expectSound() {
-        std::string bytes;
-        ASSERT_TRUE(history.Compose(bytes));
+        const std::string bytes = WholeWork(history);
         Document other({person, person, files});
         ASSERT_TRUE(other.HistoryObject().OpenHistory(place.file("twin", bytes)));
         ASSERT_EQ(stateOf(document), stateOf(other));
+        ASSERT_EQ(WholeWork(other.HistoryObject()), bytes);
         ASSERT_EQ(frozen, 0);
         if (history.isJournalUpToDate()) {
-            ASSERT_EQ(kept(), bytes);
+            ASSERT_EQ(KeptWork(journals), bytes);
         }
     }
-    /// What would come back if the program were killed now.
-    [[nodiscard]] std::string kept() {
-        const fs::path copy = place.path() / "copy.journal";
-        for (const auto& entry : fs::directory_iterator(journals.folder()))
-            fs::copy_file(entry.path(), copy, fs::copy_options::overwrite_existing);
-        return LostJournal(Handle(), copy, files).document();
+
+    /// Does something that is to fail at this step. Whether that comes too late for it.
+    template<class Act>
+    bool failsTooLate(int step, Act act) {
+        saboteur.failAt(step);
+        try {
+            act();
+        } catch (const Sabotage&) {
+            ++failed;
+        }
+        const bool tooLate = saboteur.isWaiting();
+        saboteur.failAt(0);
+        expectSound();
+        return tooLate;
     }
 
     TemporaryFolder place;
@@ -104,6 +109,7 @@ struct Sabotaged {
     Document document{{person, person, files, &journals}};
     History& history = document.HistoryObject();
     Saboteur saboteur;
+    int failed = 0;
     int frozen = 0;
     Connection onFreezing = history.Freezing.connect([this] { ++frozen; });
     Connection onUnfreezing = history.Unfreezing.connect([this](bool) { --frozen; });
@@ -162,15 +168,7 @@ TYPED_TEST(FailingChange, LeavesWhatWasOrWhatWouldBe) {
             for (int step = 1; true; ++step) {
                 Random same = random;
                 const std::string before = core.whole();
-                core.saboteur.failAt(step);
-                try {
-                    actOn(core.document, same);
-                } catch (const Sabotage&) {
-                    ++failed;
-                }
-                const bool tooLate = core.saboteur.isWaiting();
-                core.saboteur.failAt(0);
-                core.expectSound();
+                const bool tooLate = core.failsTooLate(step, [&] { actOn(core.document, same); });
                 if (this->HasFatalFailure())
                     FAIL() << "seed " << seed << ", act " << i << ", step " << step;
                 if (tooLate || core.whole() != before) {
@@ -179,6 +177,7 @@ TYPED_TEST(FailingChange, LeavesWhatWasOrWhatWouldBe) {
                 }
             }
         }
+        failed += core.failed;
         while (core.history.position() > 0)
             core.history.Undo();
         const Sabotaged<TypeParam> fresh;
@@ -194,14 +193,8 @@ TYPED_TEST(FailingChange, LeavesADocumentThatIsLeftWithoutEnd) {
         for (int i = 0; i < 12; ++i)
             actOn(core.document, random);
         core.person.answers = {Answer::No};
-        core.saboteur.failAt(step);
-        try {
-            static_cast<void>(core.history.NewHistory());
-        } catch (const Sabotage&) {
-        }
-        const bool tooLate = core.saboteur.isWaiting();
-        core.saboteur.failAt(0);
-        core.expectSound();
+        const bool tooLate =
+            core.failsTooLate(step, [&] { static_cast<void>(core.history.NewHistory()); });
         core.history.Record(std::make_unique<KODoNothingChange>()); // and the journal holds all
         core.expectSound();
         EXPECT_TRUE(core.history.isJournalUpToDate());

@@ -87,31 +87,6 @@ TEST_F(HistoryFiles, OpeningReplaysAndCanBeUndoneAndRedone) {
     }
 }
 
-TEST_F(HistoryFiles, OpeningRaisesItsEventsInsideOneFreeze) {
-    const std::string path = folder.file("a.note", "Notes\t2\t2\t0\t2\nNote\ta\nNote\tb\n");
-    Lines order;
-    std::vector<Connection> connections;
-    const auto listen = [&](Event<>& event, const char* name) {
-        connections.push_back(event.connect([&order, name] { order.emplace_back(name); }));
-    };
-    listen(history.Freezing, "freezing");
-    listen(history.Changed, "changed");
-    listen(history.UndoStateChanged, "undo state");
-    listen(history.SaveStateChanged, "save state");
-    listen(history.ResettingToDefaults, "defaults");
-    connections.push_back(history.FileOpened.connect([&](const std::string&) {
-        EXPECT_TRUE(person.busy);
-        order.emplace_back("opened");
-    }));
-    connections.push_back(
-        history.Unfreezing.connect([&](bool) { order.emplace_back("unfreezing"); }));
-    connections.push_back(history.FilteringRequested.connect(
-        [&](UndoableChange&, bool, bool&) { order.emplace_back("filter"); }));
-    EXPECT_TRUE(history.OpenHistory(path));
-    EXPECT_EQ(order, (Lines{"freezing", "defaults", "undo state", "changed", "undo state",
-                            "changed", "undo state", "save state", "opened", "unfreezing"}));
-}
-
 TEST_F(HistoryFiles, UnsoundFilesAreToldAndLeaveTheDocument) {
     notes.add("mine");
     saveAs("mine.note");

@@ -76,6 +76,18 @@ TEST_F(HistoryTest, RecordingUndoAndRedoRaiseTheirEventsInOrder) {
     EXPECT_THROW(history.Record(nullptr), AssertionFailed);
 }
 
+TEST_F(HistoryTest, OpeningRaisesItsEventsInsideOneFreeze) {
+    const TemporaryFolder folder;
+    const Connection onOpened = history.FileOpened.connect([this](const std::string&) {
+        EXPECT_TRUE(person.busy);
+        events.emplace_back("opened");
+    });
+    EXPECT_TRUE(
+        history.OpenHistory(folder.file("a.note", "Notes\t2\t2\t0\t2\nNote\ta\nNote\tb\n")));
+    EXPECT_THAT(take(), ElementsAre("freezing", "defaults", "undo state", "changed", "undo state",
+                                    "changed", "undo state", "save state", "opened", "unfreezing"));
+}
+
 TEST_F(HistoryTest, ARecordingDropsWhatCouldBeRedone) {
     for (const char* line : {"a", "b", "c"})
         notes.add(line);

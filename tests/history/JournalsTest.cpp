@@ -1,4 +1,4 @@
-#include "history/LostJournal.h"
+#include "support/KeptWork.h"
 #include "support/Notes.h"
 #include "support/TemporaryFolder.h"
 
@@ -122,14 +122,9 @@ TEST_F(JournalsTest, AnOpenedDocumentsChangesAndStopPointAreInIt) {
     ASSERT_TRUE(notes->history.OpenHistory(folder.path() / "a.note"));
     notes->history.Redo();
     notes->history.Undo();
-    leave();
-    EXPECT_EQ(journals.Lost().at(0).document(),
-              "Notes\t3\t2\t2\t2\nNote\ta\nMarker\tNothing\nNote\tc\n");
+    EXPECT_EQ(KeptWork(journals), "Notes\t3\t2\t2\t2\nNote\ta\nMarker\tNothing\nNote\tc\n");
     notes->history.Undo(); // beyond the stop point
-    fs::remove(state / "1-1.journal");
-    leave();
-    EXPECT_EQ(journals.Lost().at(0).document(),
-              "Notes\t3\t1\t1\t2\nNote\ta\nMarker\tNothing\nNote\tc\n");
+    EXPECT_EQ(KeptWork(journals), "Notes\t3\t1\t1\t2\nNote\ta\nMarker\tNothing\nNote\tc\n");
 }
 
 TEST_F(JournalsTest, ATornLastLineIsDroppedAndAnythingElseRefuses) {
@@ -174,23 +169,37 @@ TEST_F(JournalsTest, OneThatIsCutRemovedOrTakenIsBegunAnewAndToldOnce) {
         notes->add("line");
         notes->history.Undo();
         EXPECT_TRUE(journals.Look());
-        std::string whole;
-        ASSERT_TRUE(notes->history.Compose(whole));
-        fs::create_directory(folder.path() / "kept");
         Lines kept;
-        for (const std::string& name : names()) {
-            fs::copy_file(state / name, folder.path() / "kept" / name);
-            kept.push_back(
-                LostJournal(Handle(), (folder.path() / "kept" / name).string(), files).document());
-        }
-        fs::remove_all(folder.path() / "kept");
-        EXPECT_THAT(kept, testing::Contains(whole));
+        for (const std::string& name : names())
+            kept.push_back(LostJournal(Handle(), state / name, files).document());
+        EXPECT_THAT(kept, testing::Contains(WholeWork(notes->history)));
     }
     EXPECT_EQ(told, 1);
     EXPECT_THAT(names(), SizeIs(2)); // nobody else's file has gone
     saveAs("a.note");
     EXPECT_FALSE(journals.Look());
     EXPECT_THAT(names(), SizeIs(1));
+}
+
+TEST_F(JournalsTest, WhatIsDoneAtOneGoIsWrittenInOnePiece) {
+    journals.InPieces = true;
+    const auto kept = [this] {
+        return LostJournal(Handle(), state / names().at(0), files).Length();
+    };
+    for (int i = 0; i < 4; ++i)
+        notes->add("line");
+    EXPECT_EQ(kept(), 1); // the one that it began with
+    journals.WriteOut();
+    EXPECT_EQ(kept(), 4);
+    notes->add(std::string(1 << 17, 'x')); // too much to be held back
+    EXPECT_EQ(kept(), 5);
+    notes->add("line");
+    fs::resize_file(state / names()[0], 0);
+    journals.WriteOut();
+    EXPECT_EQ(kept(), 6);
+    notes->add("line");
+    saveAs("a.note");
+    EXPECT_THAT(names(), IsEmpty());
 }
 
 TEST_F(JournalsTest, NobodyTakesWhatAnotherHolds) {
@@ -295,9 +304,7 @@ TEST_F(NoJournals, AFullDiskCostsOnlyWhatDidNotFit) {
     EXPECT_EQ(notes->history.Length(), kept + 1);
     notes->history.Undo();
     ::setrlimit(RLIMIT_FSIZE, &before);
-    leave();
-    EXPECT_EQ(journals.Lost().at(0).Length(), kept);
-    fs::remove(state / "1-1.journal");
+    EXPECT_THAT(KeptWork(journals), testing::StartsWith("Notes\t" + std::to_string(kept) + "\t"));
     notes->add(line); // too soon for the next try
     EXPECT_FALSE(notes->history.isJournalUpToDate());
     journals.RetryAfter = {};
@@ -305,8 +312,7 @@ TEST_F(NoJournals, AFullDiskCostsOnlyWhatDidNotFit) {
     saveAs("a.note");
     notes->history.Undo();
     EXPECT_TRUE(notes->history.isJournalUpToDate());
-    leave();
-    EXPECT_THAT(journals.Lost().at(0).document(),
+    EXPECT_THAT(KeptWork(journals),
                 testing::StartsWith("Notes\t" + std::to_string(kept + 2) + "\t" +
                                     std::to_string(kept + 1) + "\t0\t2\n"));
     EXPECT_THAT(told, SizeIs(1));

@@ -1,6 +1,6 @@
 // Programs that are killed while a person edits: everything that was done must come back.
-#include "history/LostJournal.h"
 #include "support/Effort.h"
+#include "support/KeptWork.h"
 #include "support/Person.h"
 #include "support/RandomEdits.h"
 #include "support/TemporaryFolder.h"
@@ -45,11 +45,7 @@ struct Core {
             editAtRandom(*document, random);
         }
     }
-    std::string whole() {
-        std::string bytes;
-        EXPECT_TRUE(history().Compose(bytes));
-        return bytes;
-    }
+    std::string whole() { return WholeWork(history()); }
 
     std::string path;
     Person person;

@@ -44,6 +44,8 @@ TEST_F(Simulator, WalksThroughATrackAndBeginsAgain) {
     simulator.Reset();
     EXPECT_EQ(simulator.brightness(1), 80);
     EXPECT_EQ(pass(199), 80);
+    clock.goWrong(-3600000);
+    EXPECT_EQ(pass(0), 80);
     EXPECT_EQ(pass(2), 10);
     simulator.setTime(1, 0.7);
     EXPECT_NEAR(simulator.time(1), 0.1, 1e-6);
@@ -124,6 +126,10 @@ TEST_F(Simulator, MeasuresItsFramesAcrossTheWrapOfTheClock) {
     EXPECT_EQ(timer.TimeStep(), 40);
     EXPECT_FLOAT_EQ(timer.TimeStepInSeconds(), 0.04F);
     EXPECT_EQ(watch.TimeElapsed(), 40);
+    EXPECT_EQ(Elapsed(wrapping.now(), 0xFFFFFFF0U), 40);
+    wrapping.goWrong(-50);
+    EXPECT_EQ(watch.TimeElapsed(), -10);
+    EXPECT_GT(Elapsed(wrapping.now(), 0xFFFFFFF0U), 1 << 30);
     timer.Reset();
     EXPECT_EQ(timer.TimeStep(), 0);
 }

@@ -1,7 +1,6 @@
 #include "link/DefaultControl.h"
 #include "shell/ProductTable.h"
 #include "support/Desk.h"
-#include "support/RandomEdits.h"
 #include "system/File.h"
 
 #include <gtest/gtest.h>
@@ -43,54 +42,6 @@ TEST(Products, HaveAControlAndDocumentsOfTheirOwn) {
             ASSERT_NE(history, nullptr) << product.Class;
             EXPECT_EQ(history->TypeCode(), product.Name);
         }
-    }
-}
-
-template<class Document>
-class RandomDocuments : public testing::Test {};
-using AllDocuments =
-    testing::Types<LumoraDocument, PactorDocument, KOEEPROMDocument, QuillonProgram>;
-TYPED_TEST_SUITE(RandomDocuments, AllDocuments);
-
-TYPED_TEST(RandomDocuments, SurviveSavingOpeningUndoingAndRedoing) {
-    Desk desk;
-    const std::string path = desk.folder.path() / "d";
-    const TypeParam fresh({desk.person, desk.person, desk.files});
-    TypeParam document({desk.person, desk.person, desk.files});
-    History& history = document.HistoryObject();
-    for (unsigned seed = 1; seed <= 200; ++seed) {
-        desk.person.answers = {Answer::No};
-        history.NewHistory();
-        Random random(seed);
-        std::vector<std::string> states{stateOf(document)}; // by position
-        for (int i = 0; i < 25; ++i) {
-            editAtRandom(document, random);
-            states.resize(static_cast<std::size_t>(history.position()));
-            states.push_back(stateOf(document));
-            if (random.below(5) == 0 && history.CanUndo())
-                history.Undo(true);
-        }
-        const auto expectState = [&] {
-            ASSERT_EQ(stateOf(document), states[static_cast<std::size_t>(history.position())])
-                << seed;
-        };
-        desk.person.files = {path};
-        ASSERT_TRUE(history.SaveHistoryAs());
-        const std::string saved = desk.folder.content("d");
-        ASSERT_TRUE(history.OpenHistory(path)) << seed << desk.person.takeMessage();
-        ASSERT_NO_FATAL_FAILURE(expectState());
-        const int position = history.position();
-        while (history.position() > 0) {
-            history.Undo(true);
-            ASSERT_NO_FATAL_FAILURE(expectState());
-        }
-        ASSERT_EQ(stateOf(document), stateOf(fresh)) << seed;
-        while (history.position() < position) {
-            history.Redo(true);
-            ASSERT_NO_FATAL_FAILURE(expectState());
-        }
-        history.SaveHistory();
-        ASSERT_EQ(desk.folder.content("d"), saved) << seed;
     }
 }
 

@@ -3,6 +3,7 @@
 #include <atomic>
 #include <cerrno>
 #include <cstring>
+#include <ctime>
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/syscall.h>
@@ -22,6 +23,20 @@ bool callFails(const char* call) {
         return false;
     errno = faultError;
     return true;
+}
+
+void makeWrong(timespec& time) {
+    static std::atomic<std::int64_t> stoodAt; // seconds
+    const char* wanted = faultyCall;
+    if (wanted == nullptr || std::strcmp(wanted, "clock_gettime") != 0)
+        return;
+    const int left = --callsLeft;
+    if (left == 0)
+        stoodAt = time.tv_sec;
+    if (left <= 0)
+        time.tv_sec = faultError == 0 ? stoodAt.load() : time.tv_sec + faultError;
+    if (left <= 0 && faultError == 0)
+        time.tv_nsec = 0;
 }
 
 } // namespace
@@ -54,6 +69,14 @@ ssize_t write(int file, const void* bytes, size_t count) {
 
 ssize_t pwrite(int file, const void* bytes, size_t count, off_t at) {
     return corvane::callFails("pwrite") ? -1 : ::syscall(SYS_pwrite64, file, bytes, count, at);
+}
+
+int clock_gettime(clockid_t clock, timespec* time) noexcept {
+    const auto result = static_cast<int>(::syscall(SYS_clock_gettime, clock, time));
+    // The steady one only ever goes on.
+    if (clock == CLOCK_REALTIME || (clock == CLOCK_MONOTONIC && corvane::faultError > 0))
+        corvane::makeWrong(*time);
+    return result;
 }
 
 int fsync(int file) {

@@ -3,6 +3,7 @@
 #include "desktop/EventLoop.h"
 #include "desktop/MainWindow.h"
 #include "desktop/QtDialogs.h"
+#include "history/Journals.h"
 #include "support/Desk.h"
 #include "support/Hands.h"
 #include "support/Screen.h"
@@ -36,7 +37,9 @@ class ActingPause final : public Pause {
 /// A desk with the real main window on it, and with real events and real boxes.
 struct ProductDesk {
     explicit ProductDesk(std::string_view vendor = "KO", RunModes modes = {.DebugMode = true})
-        : desk(modes, vendor) {}
+        : desk(modes, vendor) {
+        journals.InPieces = true;
+    }
     ProductDesk(const ProductDesk&) = delete;
     ProductDesk& operator=(const ProductDesk&) = delete;
 
@@ -44,10 +47,12 @@ struct ProductDesk {
     ActingPause pause{desk.bench.clock};
     QtDialogs dialogs;
     QtKeyboard keyboard;
+    Journals journals{desk.folder.path() / "journals", desk.files};
+    BetweenEvents keeping{[this] { journals.WriteOut(); }};
     Workplace place{
         desk.bench.link, desk.bench.device, desk.bench.products, desk.bench.modes, desk.bench.clock,
         pause,           desk.bench.debug,  desk.bench.debugger, dialogs,          dialogs,
-        desk.files,      desk.images,       desk.programs,       desk.registry};
+        desk.files,       desk.images,       desk.programs,       desk.registry,    &journals};
     Application application{desk.programs, dialogs};
     ProductControls controls{place, keyboard};
     MainForm form{place, controls, application};

@@ -41,7 +41,7 @@ void LinkDevices::OpenDevice(int index) {
     CloseDevice();
     if (index < 0 || index >= GetDeviceCount())
         return;
-    if (failed_ && failed_->index == index && TimeDiff(clock_.now(), failed_->at) < TryAgainAfter)
+    if (failed_ && failed_->index == index && Elapsed(clock_.now(), failed_->at) < TryAgainAfter)
         return;
     Listed& listed = list_[static_cast<std::size_t>(index)];
     // From here on a signal waits: a device that is half opened would keep its power and its claim.

@@ -119,8 +119,8 @@ bool UsbLinkSource::lookIsDue() {
         settled_ = false;
         return true;
     }
-    settled_ = settled_ || TimeDiff(now, changedAt_) > SettlesWithin;
-    const std::int32_t sinceLook = TimeDiff(now, lookedAt_);
+    settled_ = settled_ || Elapsed(now, changedAt_) > SettlesWithin;
+    const std::int32_t sinceLook = Elapsed(now, lookedAt_);
     if (!settled_)
         return sinceLook >= LookEvery;
     return sinceLook >= LookForRightsEvery &&

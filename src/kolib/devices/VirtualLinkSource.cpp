@@ -51,7 +51,7 @@ bool VirtualLinkSource::refresh() {
     for (auto& [name, link] : links_) {
         if (link.socket.connected())
             listen(link);
-        else if (link.tries < MaxTries && TimeDiff(clock_.now(), link.askedAt) > RetryAfter)
+        else if (link.tries < MaxTries && Elapsed(clock_.now(), link.askedAt) > RetryAfter)
             ask(name, link);
     }
 
@@ -77,7 +77,7 @@ bool VirtualLinkSource::pending() const {
     return std::any_of(links_.begin(), links_.end(), [this](const auto& entry) {
         const Link& link = entry.second;
         return !link.info && link.socket.connected() &&
-               TimeDiff(clock_.now(), link.askedAt) < AnswerWithin;
+               Elapsed(clock_.now(), link.askedAt) < AnswerWithin;
     });
 }
 

@@ -57,7 +57,7 @@ void Endpoint::received(Frame&& frame, std::uint32_t now) {
 }
 
 void Endpoint::tick(std::uint32_t now) {
-    if (held_ || queue_.empty() || TimeDiff(now, lastSending_) < RepeatAfter)
+    if (held_ || queue_.empty() || Elapsed(now, lastSending_) < RepeatAfter)
         return;
     if (sendings_ < Sendings) {
         ++sendings_;
@@ -72,7 +72,7 @@ void Endpoint::tick(std::uint32_t now) {
 std::optional<std::int32_t> Endpoint::untilTick(std::uint32_t now) const {
     if (held_ || queue_.empty())
         return std::nullopt;
-    return std::max(0, RepeatAfter - TimeDiff(now, lastSending_));
+    return std::max(0, RepeatAfter - Elapsed(now, lastSending_));
 }
 
 void Endpoint::sendFirst(std::uint32_t now) {

@@ -7,6 +7,8 @@ namespace corvane::wire {
 
 namespace {
 
+constexpr std::int32_t LongestRoundTrip = 5000; // ms, beyond which the clock is wrong
+
 constexpr bool isByte(int value) {
     return value >= 0 && value <= 255;
 }
@@ -93,7 +95,7 @@ void HostSession::sayHello(bool repeat) {
 bool HostSession::ReceivedHello() {
     // So many waits of a millisecond in which nothing comes, however much else is on its way.
     for (int waits = 0; state_ == State::EchoAwaited && waits < EchoWithin &&
-                        TimeDiff(clock_.now(), lastHello_) < EchoWithin;) {
+                        Elapsed(clock_.now(), lastHello_) < EchoWithin;) {
         stream_->waitForData(1);
         if (!takeIn())
             ++waits;
@@ -106,7 +108,7 @@ bool HostSession::ReceivedHello() {
 /// way would leave one echo for somebody later.
 void HostSession::repeatHello() {
     if (endpoint_.unsent() == 0 ||
-        TimeDiff(clock_.now(), lastHello_) < std::max(Endpoint::RepeatAfter, 2 * lastRoundTrip_))
+        Elapsed(clock_.now(), lastHello_) < std::max(Endpoint::RepeatAfter, 2 * lastRoundTrip_))
         return;
     if (helloSendings_ < Endpoint::Sendings)
         return sayHello(true);
@@ -116,7 +118,7 @@ void HostSession::repeatHello() {
 
 void HostSession::sessionBegins() {
     if (state_ == State::EchoAwaited)
-        lastRoundTrip_ = TimeDiff(clock_.now(), lastHello_);
+        lastRoundTrip_ = std::min(Elapsed(clock_.now(), lastHello_), LongestRoundTrip);
     state_ = State::InSession;
     received_.clear();
     // The product counts from the beginning, and so its first number may be the last one before.

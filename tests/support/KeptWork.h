@@ -1,0 +1,26 @@
+#pragma once
+
+#include "history/History.h"
+#include "history/LostJournal.h"
+
+#include <gtest/gtest.h>
+
+namespace corvane {
+
+/// A document as its file would be.
+inline std::string WholeWork(const History& history) {
+    std::string bytes;
+    EXPECT_TRUE(history.Compose(bytes));
+    return bytes;
+}
+
+/// What would come back if the program were killed now: the document that the only journal holds.
+inline std::string KeptWork(const Journals& journals) {
+    std::string document;
+    std::error_code error;
+    for (const auto& entry : std::filesystem::directory_iterator(journals.folder(), error))
+        document = LostJournal(Handle(), entry.path(), journals.files()).document();
+    return document;
+}
+
+} // namespace corvane
