@@ -5,6 +5,7 @@
 #include "desktop/light/SimulatorView.h"
 #include "desktop/light/TracksCanvas.h"
 #include "support/Answering.h"
+#include "support/Effort.h"
 #include "support/KeptWork.h"
 #include "support/ProductWindow.h"
 
@@ -47,7 +48,7 @@ class Settling final : public QObject {
 class RandomActs : public ProductWindow {
   protected:
     // For a long walk, or another one.
-    const int acts = fromEnvironment("CORVANE_ACTS", 2000);
+    const int acts = fromEnvironment("CORVANE_ACTS", effort(800, 2000));
     const int seed = fromEnvironment("CORVANE_SEED", 20);
     static constexpr std::size_t MostGrowth = 200; // kilobytes, of caches that fill up
     Random random{static_cast<unsigned>(seed)};

@@ -2,6 +2,7 @@
 
 #include "history/History.h"
 #include "history/LostJournal.h"
+#include "system/DiskFiles.h"
 
 #include <gtest/gtest.h>
 
@@ -16,10 +17,11 @@ inline std::string WholeWork(const History& history) {
 
 /// What would come back if the program were killed now: the document that the only journal holds.
 inline std::string KeptWork(const Journals& journals) {
+    DiskFiles files;
     std::string document;
     std::error_code error;
     for (const auto& entry : std::filesystem::directory_iterator(journals.folder(), error))
-        document = LostJournal(Handle(), entry.path(), journals.files()).document();
+        document = LostJournal(Handle(), entry.path(), files).document();
     return document;
 }
 

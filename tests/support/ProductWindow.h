@@ -52,7 +52,7 @@ struct ProductDesk {
     Workplace place{
         desk.bench.link, desk.bench.device, desk.bench.products, desk.bench.modes, desk.bench.clock,
         pause,           desk.bench.debug,  desk.bench.debugger, dialogs,          dialogs,
-        desk.files,       desk.images,       desk.programs,       desk.registry,    &journals};
+        desk.files,      desk.images,       desk.programs,       desk.registry,    &journals};
     Application application{desk.programs, dialogs};
     ProductControls controls{place, keyboard};
     MainForm form{place, controls, application};
