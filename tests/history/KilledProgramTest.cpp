@@ -18,7 +18,7 @@
 namespace corvane {
 namespace {
 
-const int Kills = effort(20, 50); // of each product
+const auto Kills = static_cast<unsigned>(effort(20, 50)); // of each product
 
 /// A product's document on the real files and journals, with nobody at the screen.
 template<class Document>
@@ -97,7 +97,7 @@ TYPED_TEST_SUITE(KilledProgram, Documents);
 
 TYPED_TEST(KilledProgram, LosesNothingThatWasDone) {
     Random moments(11);
-    int inJournals = 0;
+    unsigned inJournals = 0;
     for (unsigned seed = 1; seed <= Kills; ++seed) {
         const TemporaryFolder place;
         const int done = this->workUntilKilled(place, seed, moments.below(300));
