@@ -167,6 +167,7 @@ int main(int argc, char** argv) {
     std::string product;
     std::string kind = "stock";
     bool forgetful = false;
+    int writeTime = 0;
     CLI::App app("An FT232R on the kernel's virtual host controller.");
     app.add_option("--port", port, "Socket that it is plugged into");
     app.add_option("--memory", store.path, "File that keeps its EEPROM")->required();
@@ -175,6 +176,7 @@ int main(int argc, char** argv) {
     app.add_option("--kind", kind, "What its EEPROM holds if the file is missing")
         ->check(CLI::IsMember({"stock", "link", "empty"}));
     app.add_flag("--forgetful", forgetful, "It takes words for its EEPROM and does not keep them");
+    app.add_option("--write-time", writeTime, "Milliseconds that the product takes for a byte");
     CLI11_PARSE(app, argc, argv);
 
     Memory memory = kind == "link"    ? stockMemory("Ortaline Works", "Corvane", "KO1234567")
@@ -182,7 +184,7 @@ int main(int argc, char** argv) {
                                       : stockMemory("FTDI", "FT232R USB UART", "A600XYZ1");
     store.load(memory);
     store.store(memory);
-    Ft232 chip(memory, product, Time{0});
+    Ft232 chip(memory, product, std::chrono::milliseconds(writeTime));
     chip.faults.forgetsMemory = forgetful;
 
     std::array<int, 2> pair{};

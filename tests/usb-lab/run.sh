@@ -1,14 +1,15 @@
 #!/usr/bin/env bash
-# usage: run.sh BIN_DIR
+# usage: run.sh BIN_DIR [SCENARIO...]
 # The programs in BIN_DIR over the kernel's own USB: boots Debian's kernel in QEMU on the files of
 # this machine, which stay as they are, plugs emulated chips into its virtual host controller, and
-# does what a person does (guest.sh). A line a fact, and "N passed, N failed" at the end. Takes about
-# five minutes. Needs the target usb-lab and packaging/apt-packages-long.txt; the kernel and what
-# starts it are fetched once. Where they can't be had, or can't be started, it says so and ends with 77.
+# does what a person does (the scenarios of guest.sh). A line a fact, and "N passed, N failed" at the
+# end. Takes about five minutes. Needs the target usb-lab and packaging/apt-packages-long.txt; the
+# kernel and what starts it are fetched once. Where they can't be had, or not be started, it says so
+# and ends with 77.
 set -euo pipefail
 here=$(cd "$(dirname "${BASH_SOURCE[0]}")" && pwd)
 root=$(cd "$here/../.." && pwd)
-bin=$(cd "${1:?usage: run.sh BIN_DIR}" && pwd)
+bin=$(cd "${1:?usage: run.sh BIN_DIR [SCENARIO...]}" && pwd)
 work=${LAB:-$root/build/usb-lab}
 limit=${LAB_SECONDS:-1200} # a machine that stands still is ended
 mkdir -p "$work/fetched" "$work/out"
@@ -83,7 +84,7 @@ mount --bind /host$work/kernel/lib/modules /joined/lib/modules
 mount -t 9p -o $share out /joined/lab
 for folder in proc sys dev; do mount --move /\$folder /joined/\$folder; done
 mount -t tmpfs run /joined/run; mkdir -p /joined/dev/shm; mount -t tmpfs shm /joined/dev/shm
-chroot /joined /bin/bash /lab/guest.sh $bin </joined/dev/null
+chroot /joined /bin/bash /lab/guest.sh $bin ${*:2} </joined/dev/null
 echo LAB-ENDS
 poweroff -f
 INIT
