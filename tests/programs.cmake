@@ -10,3 +10,13 @@ add_test(NAME at_the_edges_test
 set_tests_properties(package_test end_to_end_test at_the_edges_test PROPERTIES TIMEOUT 300)
 
 include(${PROGRAM_TESTS}/updates/programs.cmake)
+
+# For tests/usb-lab, where they meet a real kernel; the long check makes them.
+add_executable(usb-lab-chip EXCLUDE_FROM_ALL ${PROGRAM_TESTS}/usb-lab/chip.cpp
+               ${PROGRAM_TESTS}/usb/Ft232.cpp)
+target_include_directories(usb-lab-chip PRIVATE ${PROGRAM_TESTS})
+target_link_libraries(usb-lab-chip PRIVATE corvane_bench)
+set_target_properties(usb-lab-chip PROPERTIES UNITY_BUILD OFF)
+add_executable(usb-lab-claimer EXCLUDE_FROM_ALL ${PROGRAM_TESTS}/usb-lab/claimer.cpp)
+target_link_libraries(usb-lab-claimer PRIVATE PkgConfig::USB)
+add_custom_target(usb-lab DEPENDS usb-lab-chip usb-lab-claimer)

@@ -1,9 +1,7 @@
 #include "support/BenchProgram.h"
 
 #include "base/Product.h"
-#include "kolib/devices/UsbLinkSource.h"
 
-#include <fstream>
 
 namespace corvane {
 namespace {
@@ -189,16 +187,6 @@ TEST_F(BenchProgram, AFolderThatOthersMayEnterIsNotLookedInto) {
     Process other("corvane-bench", {"blank"});
     EXPECT_EQ(other.wait(), 1);
     EXPECT_THAT(other.errors(), HasSubstr("mode 0700"));
-}
-
-TEST(UsbStrings, ComeFromWhatTheKernelHasRead) {
-    const TemporaryFolder folder;
-    std::ofstream(folder.path() / "product") << "Corvane\n";
-    std::ofstream(folder.path() / "manufacturer") << "Ortaline Works\n";
-    EXPECT_EQ(readUsbStrings(folder.path()), (DeviceInfo{"Corvane", "Ortaline Works", "", ""}));
-    std::ofstream(folder.path() / "serial") << "KO12AB34F\n";
-    EXPECT_EQ(readUsbStrings(folder.path()),
-              (DeviceInfo{"Corvane", "Ortaline Works", "KO", "KO12AB34F"}));
 }
 
 } // namespace

@@ -5,14 +5,15 @@
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
 #include <arpa/inet.h>
 #include <array>
+#include <chrono>
 #include <csignal>
 #include <cstdio>
 #include <cstring>
 #include <fstream>
 #include <iterator>
-#include <map>
 #include <poll.h>
 #include <sys/signalfd.h>
 #include <sys/socket.h>
@@ -34,6 +35,11 @@ class Host {
     explicit Host(int socket) : socket_(socket) {}
 
     [[nodiscard]] int socket() const { return socket_; }
+    /// Something has come, or the other end has closed.
+    [[nodiscard]] bool calls() const {
+        char first = 0;
+        return ::recv(socket_, &first, 1, MSG_PEEK | MSG_DONTWAIT) >= 0;
+    }
     bool receive(void* target, std::size_t count) const {
         return ::recv(socket_, target, count, MSG_WAITALL) == static_cast<ssize_t>(count);
     }
@@ -84,6 +90,8 @@ class Log {
             file_ << "violation: " << chip.violations[faultsSeen_] << std::endl;
         if (chip.vendorRequests != requestsSeen_)
             file_ << "requests: " << (requestsSeen_ = chip.vendorRequests) << std::endl;
+        if (chip.memoryReads != readsSeen_)
+            file_ << "memory read: " << (readsSeen_ = chip.memoryReads) << std::endl;
         if (chip.overruns != overrunsSeen_)
             file_ << "overrun: " << (overrunsSeen_ = chip.overruns) << " bytes" << std::endl;
     }
@@ -94,6 +102,25 @@ class Log {
     std::size_t faultsSeen_ = 0;
     std::size_t overrunsSeen_ = 0;
     int requestsSeen_ = 0;
+    int readsSeen_ = 0;
+};
+
+/// The chip's time, which stands still while this machine is too busy to let the chip run: a real
+/// one need not wait for its turn.
+class ChipClock {
+  public:
+    [[nodiscard]] Time now() const { return now_; }
+    /// After a wait that should have taken so long.
+    void goOn(Time wait) {
+        const auto real = std::chrono::steady_clock::now();
+        now_ += std::min(std::chrono::duration_cast<Time>(real - real_),
+                         wait + std::chrono::milliseconds(1));
+        real_ = real;
+    }
+
+  private:
+    std::chrono::steady_clock::time_point real_ = std::chrono::steady_clock::now();
+    Time now_{0};
 };
 
 bool attach(int port, int socket) {
@@ -140,6 +167,7 @@ int main(int argc, char** argv) {
     std::string product;
     std::string kind = "stock";
     bool forgetful = false;
+    int writeTime = 0;
     CLI::App app("An FT232R on the kernel's virtual host controller.");
     app.add_option("--port", port, "Socket that it is plugged into");
     app.add_option("--memory", store.path, "File that keeps its EEPROM")->required();
@@ -148,6 +176,7 @@ int main(int argc, char** argv) {
     app.add_option("--kind", kind, "What its EEPROM holds if the file is missing")
         ->check(CLI::IsMember({"stock", "link", "empty"}));
     app.add_flag("--forgetful", forgetful, "It takes words for its EEPROM and does not keep them");
+    app.add_option("--write-time", writeTime, "Milliseconds that the product takes for a byte");
     CLI11_PARSE(app, argc, argv);
 
     Memory memory = kind == "link"    ? stockMemory("Ortaline Works", "Corvane", "KO1234567")
@@ -155,7 +184,7 @@ int main(int argc, char** argv) {
                                       : stockMemory("FTDI", "FT232R USB UART", "A600XYZ1");
     store.load(memory);
     store.store(memory);
-    Ft232 chip(memory, product, Time{0});
+    Ft232 chip(memory, product, std::chrono::milliseconds(writeTime));
     chip.faults.forgetsMemory = forgetful;
 
     std::array<int, 2> pair{};
@@ -172,22 +201,26 @@ int main(int argc, char** argv) {
     ::close(pair[1]);
     const Host host(pair[0]);
     Log told(log);
-    const auto start = std::chrono::steady_clock::now();
-    const auto now = [start] {
-        return std::chrono::duration_cast<Time>(std::chrono::steady_clock::now() - start);
-    };
-    chip.plugIn(now());
-    for (;;) {
-        const auto left = std::max(chip.nextEvent(now()) - now(), Time{0});
-        const timespec limit{0, static_cast<long>(left.count() * 1000)};
-        std::array<pollfd, 2> descriptors{{{host.socket(), POLLIN, 0}, {ended, POLLIN, 0}}};
-        ::ppoll(descriptors.data(), descriptors.size(), &limit, nullptr);
-        if (descriptors[1].revents != 0 ||
-            (descriptors[0].revents != 0 && !serve(host, chip, now())))
-            return 0;
-        for (const Ended& transfer : chip.run(now()))
+    ChipClock clock;
+    const auto run = [&] {
+        for (const Ended& transfer : chip.run(clock.now()))
             host.answer(SubmitDone, static_cast<std::uint32_t>(transfer.id), transfer.status,
                         transfer.length, transfer.data);
+    };
+    chip.plugIn(clock.now());
+    for (;;) {
+        const Time wait = chip.nextEvent(clock.now()) - clock.now();
+        const timespec limit{0, static_cast<long>(wait.count() * 1000)};
+        std::array<pollfd, 2> descriptors{{{host.socket(), POLLIN, 0}, {ended, POLLIN, 0}}};
+        ::ppoll(descriptors.data(), descriptors.size(), &limit, nullptr);
+        if (descriptors[1].revents != 0)
+            return 0;
+        clock.goOn(wait);
+        run();
+        while (host.calls())
+            if (!serve(host, chip, clock.now()))
+                return 0;
+        run();
         if (chip.memory != memory)
             store.store(memory = chip.memory);
         told.write(chip);

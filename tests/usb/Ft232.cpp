@@ -106,7 +106,7 @@ void Ft232::plugIn(Time now) {
     }
     if (isSound(memory) && (memory[0x0A] & 0x08U) == 0)
         shown_[2].clear();
-    lastIn_ = sendingUntil_ = comingUntil_ = now;
+    ranUntil_ = lastIn_ = sendingUntil_ = comingUntil_ = now;
     latency_ = 16;
     transfers = 0;
 }
@@ -134,6 +134,7 @@ void Ft232::setRts(bool on, const std::string& why, Time now) {
     if (on == rts_)
         return;
     rts_ = on;
+    ranUntil_ = now;
     power.push_back({now, on, why});
     sending_.clear();
     coming_.clear();
@@ -352,6 +353,16 @@ void Ft232::endIns(Time now, std::vector<Ended>& ended) {
 
 std::vector<Ended> Ft232::run(Time now) {
     std::vector<Ended> ended;
+    happen(ranUntil_, ended);
+    // One thing after the other, also if this machine is late: the chip empties itself meanwhile.
+    while (ranUntil_ < now) {
+        ranUntil_ = std::min(now, std::max(nextEvent(ranUntil_), ranUntil_ + Time{1}));
+        happen(ranUntil_, ended);
+    }
+    return ended;
+}
+
+void Ft232::happen(Time now, std::vector<Ended>& ended) {
     toProduct(now);
     fromProduct(now);
     for (; !outs_.empty() && outs_.front().due <= now; outs_.pop_front()) {
@@ -361,7 +372,6 @@ std::vector<Ended> Ft232::run(Time now) {
             {outs_.front().id, stalls ? -EPIPE : 0, stalls ? 0 : outs_.front().length, {}});
     }
     endIns(now, ended);
-    return ended;
 }
 
 Time Ft232::nextEvent(Time now) const {

@@ -36,8 +36,8 @@ class Ft232 {
   public:
     /// What can go wrong with it.
     struct Faults {
-        std::map<int, int> stallRequest; ///< Vendor request: so often.
-        int stallIn = 0;                 ///< So many bulk transfers.
+        std::map<int, int> stallRequest{}; ///< Vendor request: so often.
+        int stallIn = 0;                   ///< So many bulk transfers.
         int stallOut = 0;
         Time outDelay{0};           ///< Before it takes the next bytes, once.
         bool forgetsMemory = false; ///< Takes the words of its EEPROM and does not keep them.
@@ -113,6 +113,7 @@ class Ft232 {
     void violation(const std::string& text) { violations.push_back(text); }
     void toProduct(Time now);
     void fromProduct(Time now);
+    void happen(Time now, std::vector<Ended>& ended);
     void fillPacket(In& transfer, Time now);
     void endIns(Time now, std::vector<Ended>& ended);
 
@@ -124,6 +125,7 @@ class Ft232 {
     int latency_ = 16; // ms
     bool statusPolled_ = false;
     int nextWord_ = 0;
+    Time ranUntil_{0};
     Time lastIn_{0};
     Time sendingUntil_{0};
     Time comingUntil_{0};

@@ -34,6 +34,9 @@ std::string threeDigits(int number) {
 struct UsbBus::Device {
     Ft232 chip;
     int port = 1;
+    Time stringsAfter{0};
+    Time pluggedInAt{0};
+    bool stringsShown = false;
     int number = 0;
     bool in = false;
     bool driver = false; // the kernel's has it
@@ -42,6 +45,7 @@ struct UsbBus::Device {
     Client* claimedBy = nullptr;
 
     [[nodiscard]] std::string name() const { return "1-" + std::to_string(port); }
+    [[nodiscard]] std::string place() const { return "sys/bus/usb/devices/" + name(); }
     [[nodiscard]] std::string node() const { return "/dev/bus/usb/001/" + threeDigits(number); }
 };
 
@@ -129,8 +133,8 @@ Ft232& UsbBus::plugIn(const std::string& product, const std::string& serial, int
 Ft232& UsbBus::plugIn(const Chip& chip) {
     Ft232* added = nullptr;
     with([&] {
-        devices_.push_back(std::unique_ptr<Device>(
-            new Device{Ft232(chip.memory, chip.product, chip.writeTime), chip.port}));
+        devices_.push_back(std::unique_ptr<Device>(new Device{
+            Ft232(chip.memory, chip.product, chip.writeTime), chip.port, chip.stringsAfter}));
         added = &devices_.back()->chip;
         show(*devices_.back());
     });
@@ -187,26 +191,35 @@ void UsbBus::show(Device& device) {
     device.number = ++lastNumber_;
     device.in = true;
     device.driver = !device.elsewhere;
-    device.chip.plugIn(now());
+    device.pluggedInAt = now();
+    device.stringsShown = false;
+    device.chip.plugIn(device.pluggedInAt);
     device.chip.driverBound();
-    const fs::path place = folder_.path() / "sys/bus/usb/devices" / device.name();
+    const fs::path place = folder_.path() / device.place();
     fs::create_directories(place);
-    const auto write = [&place](const char* name, const std::string& text) {
-        std::ofstream(place / name, std::ios::binary) << text;
-    };
-    write("busnum", "1\n");
-    write("devnum", std::to_string(device.number) + "\n");
-    write("speed", "12\n");
-    write("bConfigurationValue", "1\n");
+    std::ofstream(place / "busnum") << "1\n";
+    std::ofstream(place / "devnum") << device.number << "\n";
+    std::ofstream(place / "speed") << "12\n";
+    std::ofstream(place / "bConfigurationValue") << "1\n";
     const Bytes descriptors = device.chip.descriptors();
-    write("descriptors", std::string(descriptors.begin(), descriptors.end()));
-    write("manufacturer", device.chip.strings()[0] + "\n");
-    write("product", device.chip.strings()[1] + "\n");
-    write("serial", device.chip.strings()[2] + "\n");
+    std::ofstream(place / "descriptors", std::ios::binary)
+        << std::string(descriptors.begin(), descriptors.end());
+    showStrings(device);
     const fs::path node = folder_.path() / device.node().substr(1);
     std::ofstream(node) << "";
     fs::permissions(node, device.rights ? fs::perms(0600) : fs::perms(0400));
     tell(device, "add");
+}
+
+void UsbBus::showStrings(Device& device) const {
+    if (device.stringsShown || now() < device.pluggedInAt + device.stringsAfter)
+        return;
+    device.stringsShown = true;
+    const auto& strings = device.chip.strings();
+    for (const std::size_t i : {2, 0, 1}) // the one that a link is known by at last
+        std::ofstream(folder_.path() / device.place() /
+                      std::array{"manufacturer", "product", "serial"}[i])
+            << strings[i] << "\n";
 }
 
 void UsbBus::hide(Device& device) {
@@ -216,7 +229,7 @@ void UsbBus::hide(Device& device) {
     device.driver = false;
     device.claimedBy = nullptr;
     device.chip.unplug();
-    fs::remove_all(folder_.path() / "sys/bus/usb/devices" / device.name());
+    fs::remove_all(folder_.path() / device.place());
     fs::remove(folder_.path() / device.node().substr(1));
     for (const auto& client : clients_)
         if (client->device == &device)
@@ -274,6 +287,7 @@ void UsbBus::advance() {
     for (const auto& device : devices_) {
         if (!device->in)
             continue;
+        showStrings(*device);
         for (Ended& ended : device->chip.run(now()))
             for (const auto& client : clients_)
                 if (client->device == device.get() && client->underWay.contains(ended.id))

@@ -23,6 +23,7 @@ class UsbBus {
         std::string product;
         Time writeTime{0};
         int port = 1;
+        Time stringsAfter{0}; ///< Until the kernel has read them.
     };
 
     UsbBus();
@@ -66,6 +67,7 @@ class UsbBus {
     void giveUp(Client& client);
     void advance();
     void show(Device& device);
+    void showStrings(Device& device) const;
     void hide(Device& device);
     void tell(const Device& device, const std::string& action);
     Device& of(const Ft232& chip);

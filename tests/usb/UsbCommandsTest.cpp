@@ -1,95 +1,123 @@
 #include "usb/UsbTest.h"
 
 #include <csignal>
-#include <fstream>
+#include <set>
 
 namespace corvane {
 namespace {
 
 using namespace std::chrono_literals;
 using testing::HasSubstr;
-using testing::IsEmpty;
 
-TEST_F(UsbTest, EveryCommandLeavesTheLinkAsItWas) {
-    struct Case {
+/// Real commands, each on a link of its own, and all at the same time.
+class UsbCommands : public UsbTest {
+  protected:
+    struct Command {
         std::string product;
-        std::vector<std::string> command;
+        std::vector<std::string> words;
+        int status;
         std::string output;
-        std::size_t powerCycles;
+        std::size_t powerCycles = 0;
     };
-    const std::string examples = CORVANE_EXAMPLES;
-    const std::string settings = folder.path() / "out.relay";
-    const std::string variables = folder.path() / "out.ko_eeprom";
-    const std::string list = examples + "/speed-controller.ko_eeprom";
-    const std::vector<Case> cases{
-        {"lumora-1.2", {"devices"}, "0\tCorvane\tOrtaline Works\tKO\tKO1234567\n", 0},
-        {"lumora-1.2", {"identify"}, "Lumora\t1.2\t3.7\n", 0},
-        {"lumora-1.2", {"program", examples + "/police.lumora"}, "Programming complete.\n", 1},
-        {"lumora-1.1", {"program", examples + "/police.lumora"}, "Programming complete.\n", 1},
-        {"lumora-1.2", {"write", "250", "1", "2", "3"}, "", 0},
-        {"lumora-1.2", {"read", "250", "3"}, "255 255 255\n", 0},
-        {"pactor-3.1", {"program", examples + "/bilge-pump.relay"}, "Programmed.\n", 0},
-        {"pactor-3.1", {"read-settings", "relay", settings}, "Settings read.\n", 0},
-        {"eeprom", {"program", list, "--yes"}, "Programmed.\n", 0},
-        {"eeprom", {"read-settings", "eeprom", list, variables}, "Read.\n", 0},
-    };
-    for (const Case& one : cases) {
-        SCOPED_TRACE(one.product + " " + one.command.front());
-        Chip& chip = bus.plugIn(one.product);
-        const Ran ran = ctl(one.command);
-        EXPECT_EQ(ran.status, 0) << ran.errors;
-        EXPECT_EQ(ran.output, one.output);
-        // Listing opens nothing, so that nothing gives the product power for the first time.
-        if (one.command.front() == "devices")
-            EXPECT_EQ(bus.with([&] { return chip.vendorRequests; }), 0);
-        else
-            expectLeftSound(chip, one.powerCycles);
-        bus.unplug(chip);
-    }
-}
-
-TEST_F(UsbTest, ASignalEndsACommandOnlyWhenTheLinkIsAsItWas) {
-    const std::string light = std::string(CORVANE_EXAMPLES) + "/police.lumora";
-    // While it works, and while it has taken the power from the product.
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGPIPE}) {
-        for (const bool inPowerCycle : {false, true}) {
-            SCOPED_TRACE(std::to_string(signal) + (inPowerCycle ? " without power" : ""));
-            Chip& chip = bus.plugIn(
-                {usb::stockMemory("Ortaline Works", "Corvane", "KO1234567"), "lumora-1.2", 2ms});
-            Process program("corvanectl", {"program", light});
-            ASSERT_TRUE(eventually([&] {
-                return bus.with([&] {
-                    return inPowerCycle ? !chip.powerLosses().empty() : chip.transfers > 60;
-                });
-            }));
-            program.signal(signal);
-            EXPECT_EQ(program.waitForSignal(), signal);
-            expectLeftSound(chip, inPowerCycle ? 1 : 0);
-            const Ran next = ctl({"identify"});
-            EXPECT_EQ(next.output, "Lumora\t1.2\t3.7\n") << next.errors;
-            bus.unplug(chip);
-        }
-    }
-}
-
-TEST_F(UsbTest, PulledOutInAnyRequestACommandSaysSoAndEnds) {
-    struct Run {
-        std::unique_ptr<usb::UsbBus> bus;
+    struct Job {
+        const Command& command;
+        Chip& chip;
         std::unique_ptr<Process> process;
-        int after;
+        std::string serial;
     };
-    const std::string light = std::string(CORVANE_EXAMPLES) + "/police.lumora";
-    std::vector<Run> runs;
-    for (const int after : {1, 2, 3, 4, 5, 6, 7, 8, 9, 12, 17, 30, 60, 120}) {
-        Run& run = runs.emplace_back(Run{std::make_unique<usb::UsbBus>(), nullptr, after});
-        Chip& chip = run.bus->plugIn("lumora-1.2");
-        run.bus->with([&] { chip.faults.unplugAfter = after; });
-        run.process =
-            std::make_unique<Process>("corvanectl", std::vector<std::string>{"program", light});
+
+    const std::string examples = CORVANE_EXAMPLES;
+    const std::string light = examples + "/police.lumora";
+    const std::string list = examples + "/speed-controller.ko_eeprom";
+    const std::vector<Command> commands{
+        {"lumora-1.2", {"program", light}, 0, "Programming complete.\n", 1},
+        {"lumora-1.1", {"program", light}, 0, "Programming complete.\n", 1},
+        {"pactor-3.1", {"program", light}, 1, ""},
+        {"lumora-1.2", {"identify"}, 0, "Lumora\t1.2\t3.7\n"},
+        {"lumora-1.2", {"write", "250", "1", "2", "3"}, 0, ""},
+        {"lumora-1.2", {"read", "250", "3"}, 0, "255 255 255\n"},
+        {"pactor-3.1", {"program", examples + "/bilge-pump.relay"}, 0, "Programmed.\n"},
+        {"pactor-3.1", {"read-settings", "relay", folder.path() / "out"}, 0, "Settings read.\n"},
+        {"eeprom", {"program", list, "--yes"}, 0, "Programmed.\n"},
+        {"eeprom", {"read-settings", "eeprom", list, folder.path() / "values"}, 0, "Read.\n"},
+    };
+    std::vector<Job> jobs;
+
+    void start(const Command& command, const usb::Ft232::Faults& faults) {
+        const int port = static_cast<int>(jobs.size()) + 1;
+        const std::string serial = "KO" + std::to_string(1000 + port);
+        Chip& chip = bus.plugIn(
+            {usb::stockMemory("Ortaline Works", "Corvane", serial), command.product, 2ms, port});
+        bus.with([&] { chip.faults = faults; });
+        std::vector<std::string> words = command.words;
+        words.insert(words.end(), {"--serial", serial});
+        jobs.push_back({command, chip, std::make_unique<Process>("corvanectl", words), serial});
     }
-    for (const Run& run : runs) {
-        EXPECT_EQ(run.process->wait(), 1) << run.after << ": " << run.process->errors();
-        EXPECT_THAT(run.process->errors(), HasSubstr("corvanectl: ")) << run.after;
+    void endJobs() {
+        for (const Job& job : jobs)
+            bus.unplug(job.chip);
+        jobs.clear();
+    }
+};
+
+TEST_F(UsbCommands, EachLeavesTheLinkAsItWas) {
+    for (const bool failing : {false, true}) {
+        for (const Command& command : commands)
+            start(command, {.stallIn = failing ? 1000 : 0});
+        for (const Job& job : jobs) {
+            SCOPED_TRACE(job.command.product + " " + job.command.words.front());
+            EXPECT_EQ(job.process->wait(), failing ? 1 : job.command.status)
+                << job.process->errors();
+            EXPECT_EQ(job.process->output(), failing ? "" : job.command.output);
+            expectLeftSound(job.chip, failing ? 0 : job.command.powerCycles);
+        }
+        endJobs();
+    }
+}
+
+TEST_F(UsbCommands, ASignalEndsThemOnlyWhenTheLinkIsAsItWas) {
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGPIPE}) {
+        SCOPED_TRACE(signal);
+        for (const Command& command : commands)
+            start(command, {.outDelay = 400ms});
+        start(commands.front(), {});
+        start(commands.front(), {});
+        const Job& powerless = jobs.back();
+        // As soon as it speaks; one in the middle of its work, one while it has taken the power.
+        const auto isItsMoment = [&, working = &jobs.end()[-2]](const Job& job) {
+            return &job == &powerless ? !job.chip.powerLosses().empty()
+                   : &job == working  ? job.chip.transfers > 200
+                                      : job.chip.hasPower();
+        };
+        std::set<const Job*> waiting;
+        for (const Job& job : jobs)
+            waiting.insert(&job);
+        const auto signalled = [&](const Job* job) {
+            const bool now = bus.with([&] { return isItsMoment(*job); });
+            if (now)
+                job->process->signal(signal);
+            return now;
+        };
+        ASSERT_TRUE(
+            eventually([&] { return std::erase_if(waiting, signalled), waiting.empty(); }, 30s));
+        for (const Job& job : jobs) {
+            SCOPED_TRACE(job.serial + " " + job.command.product + " " + job.command.words.front());
+            EXPECT_EQ(job.process->waitForSignal(), signal) << job.process->errors();
+            expectLeftSound(job.chip, &job == &powerless ? 1 : 0);
+        }
+        const Ran next = ctl({"identify", "--serial", powerless.serial});
+        EXPECT_EQ(next.output, "Lumora\t1.2\t3.7\n") << next.errors;
+        endJobs();
+    }
+}
+
+TEST_F(UsbCommands, PulledOutInAnyRequestACommandSaysSoAndEnds) {
+    for (const int after : {1, 2, 3, 4, 5, 6, 7, 8, 9, 12, 17, 30, 60, 120})
+        start(commands.front(), {.unplugAfter = after});
+    for (const Job& job : jobs) {
+        SCOPED_TRACE(job.serial);
+        EXPECT_EQ(job.process->wait(), 1) << job.process->errors();
+        EXPECT_THAT(job.process->errors(), HasSubstr("corvanectl: "));
     }
 }
 
@@ -150,6 +178,7 @@ TEST_F(UsbTest, LinksAreListedByTheirSocketsAndChosenByNumberOrSerial) {
     EXPECT_EQ(ctl({"devices"}).output, "0\tCorvane\tOrtaline Works\tKO\tKO0000001\n"
                                        "1\tFT232R USB UART\tFTDI\tA6\tA600XYZ1\n"
                                        "2\tCorvane\tOrtaline Works\tKO\tKO0000003\n");
+    EXPECT_EQ(bus.opened(), 0);
     EXPECT_EQ(ctl({"devices", "--serial", "KO0000003"}).output,
               "2\tCorvane\tOrtaline Works\tKO\tKO0000003\n");
     EXPECT_EQ(ctl({"identify", "--serial", "KO0000001"}).output, "Pactor\t3.1\t3.7\n");

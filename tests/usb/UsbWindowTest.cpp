@@ -3,11 +3,14 @@
 #include "desktop/MainWindow.h"
 #include "desktop/QtDialogs.h"
 #include "shell/LinkStatus.h"
+#include "support/Hands.h"
+#include "support/Screen.h"
 #include "usb/UsbTest.h"
 
 #include <QLabel>
+#include <QMenuBar>
+#include <QMessageBox>
 #include <QPushButton>
-#include <QTest>
 
 namespace corvane {
 namespace {
@@ -41,26 +44,52 @@ class UsbWindow : public UsbTest {
     }
 };
 
-TEST_F(UsbWindow, AProductionRunNamesOneChipAfterAnother) {
+TEST_F(UsbWindow, NamesOneChipAfterAnotherAndKeepsWhatElseTheyHold) {
     window.show();
     ASSERT_TRUE(QTest::qWaitForWindowExposed(&window));
     form.Initialize({});
-    for (const bool empty : {false, true}) {
-        Chip& chip = bus.plugIn(
-            {empty ? usb::emptyMemory() : usb::stockMemory("FTDI", "FT232R USB UART", "A600XYZ1"),
-             "", 0ms});
+    for (const usb::Memory& before :
+         {usb::stockMemory("FTDI", "FT232R USB UART", "A600XYZ1"), usb::emptyMemory()}) {
+        SCOPED_TRACE(usb::isSound(before) ? "stock" : "empty");
+        Chip& chip = bus.plugIn({before, "lumora-1.2", 0ms});
+        const auto pullOut = [&] {
+            bus.with([&] {
+                EXPECT_TRUE(usb::isSound(chip.memory));
+                EXPECT_EQ(besideStrings(chip.memory),
+                          besideStrings(usb::isSound(before) ? before : chip.memory));
+                EXPECT_EQ(chip.memory[0] & 0x08, 0) << "marked for another driver model";
+                EXPECT_THAT(chip.violations, testing::IsEmpty());
+                EXPECT_THAT(chip.powerLosses(), testing::IsEmpty());
+            });
+            bus.unplug(chip);
+            return QTest::qWaitFor([&] { return !program.link.IsConnected(); });
+        };
+        const auto numberOfLink = [&] {
+            bus.plugInAgain(chip);
+            return bus.with([&] {
+                EXPECT_EQ(chip.strings()[0], "Ortaline Works");
+                EXPECT_EQ(chip.strings()[1], "Corvane");
+                EXPECT_THAT(chip.strings()[2], testing::MatchesRegex("KO[0-9A-F]{7}"));
+                return chip.strings()[2];
+            });
+        };
         ASSERT_TRUE(QTest::qWaitFor(
             [&] { return programButton() != nullptr && programButton()->isEnabled(); }));
-        QTest::mouseClick(programButton(), Qt::LeftButton);
+        Hands::click(*programButton());
         EXPECT_EQ(state(), "Programming complete.");
-        bus.unplug(chip);
-        ASSERT_TRUE(QTest::qWaitFor([&] { return state().isEmpty(); }));
-        bus.plugInAgain(chip);
-        EXPECT_EQ(bus.with([&] { return chip.strings()[1]; }), "Corvane");
+        ASSERT_TRUE(pullOut());
+        EXPECT_TRUE(state().isEmpty());
+        const std::string number = numberOfLink();
         ASSERT_TRUE(QTest::qWaitFor([&] { return bus.users(chip) == 1; }));
-        bus.with([&] { EXPECT_TRUE(chip.violations.empty()); });
+        whenShown<QMessageBox>([](QMessageBox& box) {
+            EXPECT_EQ(box.windowTitle(), "Success");
+            Hands::click(*box.button(QMessageBox::Ok));
+        });
+        EXPECT_TRUE(Hands::choose(*window.menuBar(),
+                                  {"&Help", "&Troubleshooting", "Reprogram Corvane &EEPROM"}));
+        ASSERT_TRUE(pullOut());
+        EXPECT_NE(numberOfLink(), number);
         bus.unplug(chip);
-        ASSERT_TRUE(QTest::qWaitFor([&] { return !program.link.IsConnected(); }));
     }
 }
 

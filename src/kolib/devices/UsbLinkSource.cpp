@@ -50,6 +50,20 @@ std::string deviceNode(libusb_device* device) {
     return path.data();
 }
 
+/// The strings that the kernel keeps of a device in its folder. What can't be read is empty. The
+/// manufacturer ID is the start of the serial number, as on every FT232R.
+DeviceInfo readUsbStrings(const std::string& folder) {
+    const auto line = [&folder](const char* name) {
+        std::ifstream file(folder + "/" + name);
+        std::string text;
+        std::getline(file, text);
+        return text;
+    };
+    DeviceInfo info{line("product"), line("manufacturer"), {}, line("serial")};
+    info.ManufacturerID = info.SerialNumber.substr(0, 2);
+    return info;
+}
+
 bool mayOpen(libusb_device* device) {
     return ::access(deviceNode(device).c_str(), R_OK | W_OK) == 0;
 }
@@ -60,18 +74,6 @@ int LIBUSB_CALL noteChange(libusb_context*, libusb_device*, libusb_hotplug_event
 }
 
 } // namespace
-
-DeviceInfo readUsbStrings(const std::filesystem::path& folder) {
-    const auto line = [&folder](const char* name) {
-        std::ifstream file(folder / name);
-        std::string text;
-        std::getline(file, text);
-        return text;
-    };
-    DeviceInfo info{line("product"), line("manufacturer"), {}, line("serial")};
-    info.ManufacturerID = info.SerialNumber.substr(0, 2);
-    return info;
-}
 
 UsbLinkSource::UsbLinkSource(const Clock& clock) : clock_(clock), ftdi_(ftdi_new()) {
     if (ftdi_ == nullptr)

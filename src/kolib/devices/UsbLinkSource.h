@@ -4,8 +4,6 @@
 #include "kolib/devices/DeviceHolder.h"
 #include "kolib/devices/LinkPort.h"
 
-#include <filesystem>
-
 struct ftdi_context;
 struct libusb_device;
 
@@ -41,9 +39,5 @@ class UsbLinkSource final : public LinkSource {
     std::vector<Device> devices_;
     std::vector<libusb_device*> handles_; // of the devices, each with a reference held
 };
-
-/// The strings that the kernel keeps of a USB device in its folder under sysfs. What can't be
-/// read is empty. The manufacturer ID is the start of the serial number, as on every FT232R.
-[[nodiscard]] DeviceInfo readUsbStrings(const std::filesystem::path& folder);
 
 } // namespace corvane
