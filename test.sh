@@ -77,4 +77,7 @@ step "build the benchmarks, and what the lab of the link needs"
 cmake --build --preset release --target benchmarks
 cmake --build --preset checks --target usb-lab-chip usb-lab-claimer make-corpus
 
+step "the firmware kit on an emulated chip"
+tests/firmware/run.sh build/release/bin
+
 step "all is well; left out: $kernel"
