@@ -21,16 +21,10 @@ int runs() {
 /// One wire with its faults, a product with a memory, and a job.
 class FaultyRun {
   public:
-    explicit FaultyRun(unsigned seed) : random_(seed) {
-        static constexpr const char* products[] = {"lumora-1.1", "lumora-1.2", "pactor-3.1",
-                                                   "eeprom"};
-        product_ = products[random_() % std::size(products)];
-        faults_ = "drop=" + std::to_string(within(0.25)) +
-                  ",corrupt=" + std::to_string(within(0.25)) +
-                  ",delay=" + std::to_string(random_() % 60);
-        for (const char* end : {",mute-after=", ",unplug-after="})
-            if (random_() % 4 == 0)
-                faults_ += end + std::to_string(random_() % 60);
+    explicit FaultyRun(unsigned seed, std::string product = {}, std::string faults = {})
+        : random_(seed), product_(std::move(product)), faults_(std::move(faults)) {
+        if (product_.empty())
+            chooseAnything();
         bench::Setup setup;
         setup.eepromFile = desk_.folder.path() / "memory";
         setup.writeTime = std::chrono::milliseconds(random_() % 5);
@@ -54,6 +48,17 @@ class FaultyRun {
     [[nodiscard]] std::string told() const { return product_ + " " + faults_; }
 
   private:
+    void chooseAnything() {
+        static constexpr const char* products[] = {"lumora-1.1", "lumora-1.2", "pactor-3.1",
+                                                   "eeprom"};
+        product_ = products[random_() % std::size(products)];
+        faults_ = "drop=" + std::to_string(within(0.25)) +
+                  ",corrupt=" + std::to_string(within(0.25)) +
+                  ",delay=" + std::to_string(random_() % 60);
+        for (const char* end : {",mute-after=", ",unplug-after="})
+            if (random_() % 4 == 0)
+                faults_ += end + std::to_string(random_() % 60);
+    }
     double within(double most) {
         // A sound wire now and then.
         return random_() % 3 == 0 ? 0 : std::uniform_real_distribution<double>(0, most)(random_);
@@ -146,6 +151,14 @@ TEST(MixedFaults, EveryJobEndsInTimeAndIsDoneOnlyIfItIs) {
     // Neither of the two ends of a job is the rule.
     EXPECT_GT(done, runs() / 4);
     EXPECT_LT(done, runs());
+}
+
+TEST(MixedFaults, FiftyLightProgramsGoThroughWhereEachHundredthByteIsLostOrDamaged) {
+    for (unsigned run = 1; run <= 50; ++run) {
+        FaultyRun job(run, "lumora-1.2", "drop-bytes=0.005,damage-bytes=0.005");
+        job.work();
+        EXPECT_TRUE(job.done()) << run;
+    }
 }
 
 } // namespace
