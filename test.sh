@@ -82,6 +82,9 @@ step "build the benchmarks, and what the lab of the link needs"
 cmake --build --preset release --target benchmarks usb-lab
 cmake --build --preset checks --target make-corpus
 
+step "the firmware kit on an emulated chip"
+tests/firmware/run.sh build/release/bin
+
 step "the link in a real kernel"
 left_out=nothing
 tests/usb-lab/run.sh build/release/bin || {

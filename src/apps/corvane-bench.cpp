@@ -108,7 +108,8 @@ int main(int argc, char** argv) {
     app.add_option("--baud", baud, "Pace the bytes as a wire of this speed would")
         ->check(CLI::Range(300, 12000000));
     app.add_option("--fault", faultText,
-                   "drop=P,corrupt=P,delay=MS,mute-after=N,unplug-after=N for each frame");
+                   "drop=P,corrupt=P,delay=MS,mute-after=N,unplug-after=N for each frame, "
+                   "drop-bytes=P,damage-bytes=P for each byte");
     app.add_option("--seed", seed, "Start of the random numbers for the faults")
         ->capture_default_str();
     app.add_option("--stick", stick, "Stick position that the product sees at first, percent")

@@ -3,6 +3,7 @@
 #include "base/NumberWithin.h"
 
 #include <algorithm>
+#include <array>
 
 namespace corvane::bench {
 
@@ -12,11 +13,17 @@ namespace {
 constexpr std::size_t LongestPiece = 4096;
 
 bool setFault(Faults& faults, std::string_view name, std::string_view value) {
-    if (name == "drop" || name == "corrupt") {
-        const auto probability = NumberWithin<double>(value, 0, 1);
-        (name == "drop" ? faults.drop : faults.corrupt) = probability.value_or(0);
-        return probability.has_value();
-    }
+    constexpr std::array probabilities{
+        std::pair<std::string_view, double Faults::*>{"drop", &Faults::drop},
+        {"corrupt", &Faults::corrupt},
+        {"drop-bytes", &Faults::dropBytes},
+        {"damage-bytes", &Faults::damageBytes}};
+    for (const auto& [known, field] : probabilities)
+        if (name == known) {
+            const auto probability = NumberWithin<double>(value, 0, 1);
+            faults.*field = probability.value_or(0);
+            return probability.has_value();
+        }
     const auto count = NumberWithin<int>(value, 0, 1'000'000'000);
     if (name == "delay")
         faults.delay = std::chrono::milliseconds(count.value_or(0));
@@ -95,16 +102,38 @@ void FaultyLine::sendFrame(Bytes frame, Time now) {
         watcher_(frame, "lost");
         return;
     }
-    if (frame.size() > 1 && happens(state_.faults.corrupt)) {
-        watcher_(frame, "damaged");
+    const Bytes whole = frame;
+    const bool harmed = harm(frame);
+    watcher_(whole, harmed ? "damaged" : "");
+    underWay_.push_back({busyUntil_ + state_.faults.delay, std::move(frame)});
+}
+
+std::uint8_t FaultyLine::changed(std::uint8_t byte) {
+    std::uniform_int_distribution<int> anyChange(1, 255);
+    return static_cast<std::uint8_t>(byte ^ anyChange(state_.random));
+}
+
+bool FaultyLine::harm(Bytes& frame) {
+    const Faults& faults = state_.faults;
+    bool harmed = false;
+    if (frame.size() > 1 && happens(faults.corrupt)) {
         // Not the mark at the end, or two frames would become one, and another fault.
         std::uniform_int_distribution<std::size_t> anyByte(0, frame.size() - 2);
-        std::uniform_int_distribution<int> anyChange(1, 255);
-        frame[anyByte(state_.random)] ^= static_cast<std::uint8_t>(anyChange(state_.random));
-    } else {
-        watcher_(frame, {});
+        const std::size_t at = anyByte(state_.random);
+        frame[at] = changed(frame[at]);
+        harmed = true;
     }
-    underWay_.push_back({busyUntil_ + state_.faults.delay, std::move(frame)});
+    // Its end mark is a byte as the others are: without it the frame runs into the next one.
+    Bytes left;
+    for (const std::uint8_t byte : frame) {
+        const bool damaged = happens(faults.damageBytes);
+        const bool lost = happens(faults.dropBytes);
+        if (!lost)
+            left.push_back(damaged ? changed(byte) : byte);
+        harmed = harmed || damaged || lost;
+    }
+    frame = std::move(left);
+    return harmed;
 }
 
 bool FaultyLine::happens(double probability) {

@@ -17,15 +17,17 @@ using Time = std::chrono::microseconds;
 
 /// What goes wrong on the wire, for each frame in either direction.
 struct Faults {
-    double drop = 0;    ///< Probability that a frame is lost.
-    double corrupt = 0; ///< Probability that one byte of a frame is changed.
+    double drop = 0;        ///< Probability that a frame is lost.
+    double corrupt = 0;     ///< Probability that one byte of a frame is changed.
+    double dropBytes = 0;   ///< Probability, for each byte, that it is lost.
+    double damageBytes = 0; ///< Probability, for each byte, that it is changed.
     std::chrono::milliseconds delay{0};
     std::optional<int> muteAfter;   ///< After so many frames nothing passes any more.
     std::optional<int> unplugAfter; ///< After so many frames the link is unplugged.
 };
 
-/// Reads "drop=0.05,corrupt=0.01,delay=20,mute-after=N,unplug-after=N", each part optional.
-/// Nothing if a part is unknown or its number out of range.
+/// Reads "drop=0.05,corrupt=0.01,drop-bytes=0.005,damage-bytes=0.005,delay=20,mute-after=N,
+/// unplug-after=N", each part optional. Nothing if a part is unknown or its number out of range.
 [[nodiscard]] std::optional<Faults> parseFaults(std::string_view text);
 
 /// What has passed over both directions of one wire, and what is to go wrong with it.
@@ -62,6 +64,8 @@ class FaultyLine {
     };
 
     void sendFrame(Bytes frame, Time now);
+    [[nodiscard]] bool harm(Bytes& frame);
+    [[nodiscard]] std::uint8_t changed(std::uint8_t byte);
     bool happens(double probability);
 
     WireState& state_;

@@ -4,11 +4,14 @@
 
 namespace corvane {
 
+std::string EEPROMEditorControl::CommentOf(int index) const {
+    const std::string comments(Trim(document.entry(index).Comments));
+    return std::string(Trim(comments.substr(0, comments.find_first_of("\r\n"))));
+}
+
 std::string EEPROMEditorControl::NameOf(int index) const {
-    const EEPROMVariable& variable = document.entry(index);
-    const std::string comments(Trim(variable.Comments));
-    const std::string firstLine(Trim(comments.substr(0, comments.find_first_of("\r\n"))));
-    return firstLine.empty() ? "address " + std::to_string(variable.Address) : firstLine;
+    const std::string comment = CommentOf(index);
+    return comment.empty() ? "address " + std::to_string(document.entry(index).Address) : comment;
 }
 
 /// Text that is no value is never taken for one, and so would not be programmed either: it is put

@@ -70,6 +70,8 @@ class EEPROMEditorControl final : public ProductControl {
     [[nodiscard]] std::string NameOf(int index) const;
 
   private:
+    /// The first line of its comments.
+    [[nodiscard]] std::string CommentOf(int index) const;
     void connectDocument();
     void connectRequests();
     [[nodiscard]] int indexOf(const EEPROMEntry& entry) const;

@@ -50,6 +50,7 @@ JobOutcome EEPROMEditorControl::run(const RunWords& words, bool writes, Job job)
         for (int index = 1; index <= EntryCount(); ++index) {
             place_.pointer.set(true); // a message may have taken it away
             const std::string progress = std::to_string(index) + count;
+            programmer.setVariable(CommentOf(index));
             // With the link gone nobody needs to hear of each variable in a box of its own.
             if ((outcome.done() || place_.link.ready()) && job(programmer, index)) {
                 status_.report(std::string(words.done) + " " + progress + ".");

@@ -20,11 +20,13 @@ struct LinkHindrance {
         None,
         Busy,      ///< Another program holds it.
         Forbidden, ///< The system gives this user no rights to it.
-        Broken     ///< It does not answer as it should.
+        Broken,    ///< It does not answer as it should.
+        Stranger   ///< Its strings are not those of a link.
     };
 
     Kind kind = Kind::None;
     /// Who holds a busy one, such as "minicom (process 1234)"; empty if the system does not tell.
+    /// What a stranger calls itself.
     std::string holder;
 
     bool operator==(const LinkHindrance&) const = default;

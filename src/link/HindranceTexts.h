@@ -19,6 +19,12 @@ inline constexpr const char* BrokenAdvice =
            ". Close that program.";
 }
 
+/// Under a headline that says that there is no link.
+[[nodiscard]] inline std::string StrangerAdvice(const LinkHindrance& hindrance) {
+    return "What is plugged in calls itself " + hindrance.holder +
+           ", and is no Corvane link. A blank chip becomes one with corvane -program.";
+}
+
 /// What stands in the way, and the cure; empty if nothing does.
 [[nodiscard]] inline std::string HindranceInWords(const LinkHindrance& hindrance) {
     switch (hindrance.kind) {
@@ -32,6 +38,8 @@ inline constexpr const char* BrokenAdvice =
         return ForbiddenAdvice;
     case LinkHindrance::Kind::Broken:
         return std::string("The link can't be opened. ") + BrokenAdvice;
+    case LinkHindrance::Kind::Stranger:
+        return StrangerAdvice(hindrance);
     }
     return {};
 }

@@ -185,10 +185,17 @@ void KOCommLink::SetIdentity(const std::string& Class, const Version& deviceType
 void KOCommLink::search() {
     with_.device.EnumerateDevices();
     const int count = with_.device.GetDeviceCount();
+    std::vector<DeviceInfo> devices;
+    for (int index = 0; index < count; ++index)
+        devices.push_back(with_.device.GetDeviceInfo(index));
+    // None of them is one, as was told when they came.
+    if (count > 0 && devices == strangers_)
+        return;
+    strangers_.clear();
     if (count <= 0)
         return report(Hindrance_, {});
     log(std::to_string(count) + " device(s).");
-    const Candidate candidate = findCandidate(count);
+    const Candidate candidate = findCandidate(devices);
     if (candidate.index >= 0) {
         with_.device.OpenDevice(candidate.index);
         begin(candidate.blank ? State::Blank : unsettled());
@@ -197,15 +204,19 @@ void KOCommLink::search() {
                with_.device.GetDeviceState2() == -1 ? LinkHindrance{} : with_.device.Hindrance());
     } else {
         log("No viable candidates found.");
-        report(Hindrance_, {});
+        const DeviceInfo& last = devices.back();
+        report(Hindrance_, {LinkHindrance::Kind::Stranger,
+                            "'" + last.Description + "' of '" + last.Manufacturer + "'"});
+        strangers_ = std::move(devices);
     }
     log("");
 }
 
-KOCommLink::Candidate KOCommLink::findCandidate(int count) {
+KOCommLink::Candidate KOCommLink::findCandidate(const std::vector<DeviceInfo>& devices) {
     Candidate candidate;
-    for (int index = 0; index < count; ++index) {
-        const DeviceInfo info = with_.device.GetDeviceInfo(index);
+    int index = -1;
+    for (const DeviceInfo& info : devices) {
+        ++index;
         log("  Candidate device " + std::to_string(index) + ":");
         log("    Description: " + info.Description);
         log("    Manufacturer: " + info.Manufacturer);

@@ -134,7 +134,7 @@ class KOCommLink {
                      const Version& firmwareVersion);
     void setProduct(const AttachedProduct& product);
     void search();
-    Candidate findCandidate(int count);
+    Candidate findCandidate(const std::vector<DeviceInfo>& devices);
     void NegotiateStep();
     [[nodiscard]] bool sendHelloIfDue();
     void drain();
@@ -157,6 +157,7 @@ class KOCommLink {
     bool ResetAfterExit_ = false;
     bool InUse_ = false;
     LinkHindrance Hindrance_;
+    std::vector<DeviceInfo> strangers_; // all that is plugged in, if none of it is a link
     // As they were last told.
     bool ReportedReady_ = false;
     bool ReportedConnected_ = false;

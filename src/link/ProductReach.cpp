@@ -56,7 +56,9 @@ JobOutcome NoLinkOpen(const KOCommLink& link) {
         outcome.reason = Reason::Forbidden;
         outcome.cure = ForbiddenAdvice;
     } else if (kind != LinkHindrance::Kind::None) {
-        outcome.reason = kind == LinkHindrance::Kind::Busy ? Reason::LinkBusy : Reason::Failed;
+        outcome.reason = kind == LinkHindrance::Kind::Busy       ? Reason::LinkBusy
+                         : kind == LinkHindrance::Kind::Stranger ? Reason::NoLink
+                                                                 : Reason::Failed;
         outcome.cure = HindranceInWords(link.Hindrance());
     }
     return outcome;

@@ -23,7 +23,9 @@ void LinkStatus::refresh() {
     if (hindrance.kind == Kind::Broken)
         return tell(State::Waiting, "The link can't be opened", BrokenAdvice);
     if (!link_.IsConnected())
-        return tell(State::NoDevice, "No link is plugged in", "Plug in a Corvane link to begin.");
+        return tell(State::NoDevice, "No link is plugged in",
+                    hindrance.kind == Kind::Stranger ? StrangerAdvice(hindrance)
+                                                     : "Plug in a Corvane link to begin.");
     const std::string name = link_.Product().name();
     if (link_.InUse())
         return tell(State::Busy,

@@ -46,7 +46,8 @@ TEST_F(BenchProgram, AVirtualLinkThatAnotherProgramHoldsIsCalledBusy) {
     const Ran identify = ctl({"identify"});
     EXPECT_EQ(identify.status, 1);
     EXPECT_THAT(identify.errors,
-                HasSubstr("The link is busy: another program uses it. Close that program"));
+                HasSubstr("The link is busy: another program uses it, corvanectl (process " +
+                          std::to_string(holder.id()) + "). Close that program"));
     holder.signal(SIGCONT);
     static_cast<void>(holder.wait()); // which may have waited too long meanwhile
     EXPECT_EQ(ctl({"identify"}).status, 0);

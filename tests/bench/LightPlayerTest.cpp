@@ -2,6 +2,11 @@
 
 #include "bench/LumoraFirmware.h"
 
+extern "C" {
+#include "firmware/products/light_player.h"
+#include "firmware/products/stick.h"
+}
+
 #include <gmock/gmock.h>
 
 namespace corvane::bench {
@@ -64,20 +69,42 @@ TEST(LightPlayer, FollowsTheStickInProportion) {
     EXPECT_EQ(currentAt(20), 0);
 }
 
-TEST(LightPlayer, SurvivesAnyMemory) {
+TEST(LightPlayer, SurvivesAnyMemoryAsTheKitsDoes) {
     std::mt19937 random(9);
     for (int i = 0; i < 2000; ++i) {
-        Bytes memory(i % 300);
+        Bytes memory(i % 2 == 0 ? ImageLength : i % 300);
         for (std::uint8_t& byte : memory)
-            byte = static_cast<std::uint8_t>(random() % (i % 2 == 0 ? 256 : 8));
+            byte = static_cast<std::uint8_t>(random() % (i % 4 == 0 ? 256 : 8));
         LightPlayer player;
+        player.setStick(i % 101, 0ms);
         player.start(i % 3 == 0 ? readTables(memory) : readImage(memory), 0ms);
         for (const int current : player.currents(std::chrono::milliseconds(i)))
             ASSERT_TRUE(current >= 0 && current <= 255);
+        if (i % 2 != 0 || i % 3 == 0)
+            continue;
+        light_player_begin(memory.data());
+        light_player_stick(static_cast<std::uint8_t>(i % 101 * 255 / 100));
+        light_player_pass(static_cast<std::uint16_t>(i));
+        const Currents currents = player.currents(std::chrono::milliseconds(i));
+        for (std::uint8_t channel = 0; channel < LIGHT_CHANNELS; ++channel)
+            ASSERT_EQ(light_player_current(channel), currents[channel]) << i;
     }
     LightPlayer fresh;
     fresh.start(readImage(Bytes(255, 255)), 0ms); // a part that was never written
     EXPECT_THAT(fresh.currents(0ms), ElementsAre(0, 0, 0, 0, 0, 0));
+}
+
+TEST(Stick, IsALevelRoundedDownOrToTheNearest) {
+    const auto levels = [](std::uint16_t pulse) {
+        return std::pair<int, int>(stick_level_below(pulse, 1200, 1800),
+                                   stick_level_nearest(pulse, 1200, 1800));
+    };
+    EXPECT_EQ(levels(0), std::pair(0, 0));
+    EXPECT_EQ(levels(1202), std::pair(0, 1));
+    EXPECT_EQ(levels(1380), std::pair(76, 77)); // 76.5
+    EXPECT_EQ(levels(1799), std::pair(254, 255));
+    EXPECT_EQ(levels(2500), std::pair(255, 255));
+    EXPECT_EQ(stick_level_below(1500, 65535, 65535), 0); // a part that was never written
 }
 
 TEST(OlderLumora, RefusesTransfersThatAreNone) {

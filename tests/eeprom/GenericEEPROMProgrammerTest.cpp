@@ -9,12 +9,14 @@ namespace corvane {
 namespace {
 
 using testing::ElementsAre;
+using testing::EndsWith;
+using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::StartsWith;
 constexpr const char* EepromClass = "Corvane.EEPROMEditorControl";
-constexpr const char* WriteTimedOut =
+const std::string WriteTimedOut =
     "Error: Write timed out.\r\n\r\nIf this problem occurs often, try connecting through a powered "
-    "USB hub.";
+    "USB hub.\r\n\r\n";
 
 KOBuffer counting(int length) {
     KOBuffer buffer;
@@ -37,16 +39,19 @@ class EEPROMProgrammer : public testing::Test {
         desk.person.set(true);
         return programmer.Connect(EepromClass, "microcontroller", true);
     }
-    /// A product that keeps nothing and answers as the test says.
-    void plugScripted(bench::Bytes readAnswer = {}) {
+    /// A product that keeps nothing and answers as the test says, to a read with bytes that count
+    /// from 0 if it does not say what.
+    void plugScripted(std::optional<bench::Bytes> readAnswer = std::nullopt) {
         desk.bench.plugIn(scripted(
             [this, readAnswer](std::uint8_t channel, bench::ByteView data, bench::Reply& reply) {
                 const int address = data[0] + data[1] * 256;
                 requests.push_back(std::to_string(channel) + " " + std::to_string(address) + " " +
                                    std::to_string(channel == 208 ? data[2] : data.size() - 2));
+                const KOBuffer buffer = counting(channel == 208 ? data[2] : 0);
+                const bench::Bytes counted(buffer.bytes().begin(), buffer.bytes().end());
                 if (answers(channel, address, data.subspan(2)))
                     reply.send(static_cast<std::uint8_t>(channel - 128),
-                               channel == 208 ? readAnswer : bench::Bytes{});
+                               channel == 208 ? readAnswer.value_or(counted) : bench::Bytes{});
             }));
         ASSERT_TRUE(connect());
     }
@@ -106,7 +111,7 @@ TEST_F(EEPROMProgrammer, SendsChunksThatTheProductHasRoomFor) {
     EXPECT_THAT(requests, ElementsAre("209 0 250", "209 250 5", "208 0 255"));
 }
 
-TEST_F(EEPROMProgrammer, TriesEightTimesAndThenByteByByte) {
+TEST_F(EEPROMProgrammer, TriesEightTimesAndThenByteByByteAlsoWhatIsLeft) {
     int seen = 0;
     answers = [&seen](std::uint8_t channel, int, bench::ByteView data) {
         if (channel == 208)
@@ -114,36 +119,60 @@ TEST_F(EEPROMProgrammer, TriesEightTimesAndThenByteByByte) {
         ++seen;
         return data.size() == 1 && seen > 10; // the third try of the first byte
     };
-    plugScripted({0, 1, 2});
-    programmer.setUCBufferSize(64);
-    EXPECT_TRUE(programmer.WriteEEPROM(100, counting(3)));
-    EXPECT_EQ(requests.size(), 8U + 3U + 1U + 1U + 1U);
+    plugScripted();
+    programmer.setUCBufferSize(7);
+    EXPECT_TRUE(programmer.WriteEEPROM(100, counting(8)));
+    EXPECT_EQ(requests.size(), 8U + 3U + 7U + 1U);
     EXPECT_EQ(requests[7], "209 100 3");
     EXPECT_EQ(requests[8], "209 100 1");
     EXPECT_EQ(requests[11], "209 101 1");
+    EXPECT_EQ(requests[13], "209 103 1");
+}
+
+TEST_F(EEPROMProgrammer, ReadsBackUpToFourTimesAndTellsOnlyTheLastFailure) {
+    int reads = 0;
+    int good = 4;
+    answers = [&](std::uint8_t channel, int, bench::ByteView) {
+        return channel == 209 || ++reads >= good;
+    };
+    plugScripted();
+    EXPECT_TRUE(programmer.WriteEEPROM(16, counting(2)));
+    EXPECT_EQ(reads, 4);
+    EXPECT_TRUE(desk.person.messages.empty());
+    reads = 0;
+    good = 5;
+    programmer.setVariable("Throttle");
+    EXPECT_FALSE(programmer.WriteEEPROM(16, counting(2)));
+    EXPECT_EQ(reads, 4);
+    EXPECT_THAT(desk.person.takeMessage(), StartsWith("Error: Couldn't read back the EEPROM to "
+                                                      "verify it.\r\n\r\nIt was at address 16, in "
+                                                      "the variable 'Throttle'. The product has"));
+    EXPECT_THAT(desk.person.takeMessage(), StartsWith("Error: Read timed out."));
+    EXPECT_TRUE(desk.person.messages.empty());
+    KOBuffer other = counting(2);
+    other.setData(2, 7);
+    EXPECT_FALSE(programmer.WriteEEPROM(16, other));
+    EXPECT_THAT(desk.person.takeMessage(),
+                EndsWith("There is 1 instead of 7 at address 17, in the variable 'Throttle'."));
 }
 
 TEST_F(EEPROMProgrammer, GivesUpWithAMessage) {
     answers = [](std::uint8_t channel, int, bench::ByteView) { return channel == 208; };
-    plugScripted();
+    plugScripted(bench::Bytes{});
     programmer.setUCBufferSize(64);
     bool written = true;
     const std::uint32_t time = elapsed([&] { written = programmer.WriteEEPROM(0, counting(2)); });
     EXPECT_FALSE(written);
     EXPECT_NEAR(time, 12 * 550U, 40);
-    EXPECT_EQ(desk.person.takeMessage(), WriteTimedOut);
+    EXPECT_THAT(desk.person.takeMessage(), StartsWith(WriteTimedOut + "It was at address 0. The "));
     EXPECT_FALSE(desk.person.sawBusyMessage);
     EXPECT_THAT(events, IsEmpty()); // no verification follows
 
-    answers = [](std::uint8_t channel, int, bench::ByteView) { return channel == 209; };
-    EXPECT_FALSE(programmer.WriteEEPROM(0, counting(2)));
-    EXPECT_EQ(desk.person.takeMessage(), "Error: Couldn't read back the EEPROM to verify it.");
-    EXPECT_THAT(desk.person.takeMessage(), StartsWith("Error: Read timed out."));
     answers = [](std::uint8_t, int, bench::ByteView) { return true; };
     EXPECT_FALSE(programmer.WriteEEPROM(0, counting(2))); // nothing comes back
     EXPECT_EQ(desk.person.takeMessage(),
               "Error: The EEPROM written does not match the EEPROM read.\r\n\r\nYou may want to "
-              "try programming again.");
+              "try programming again.\r\n\r\nThe product sent 0 bytes for 2.");
 }
 
 TEST_F(EEPROMProgrammer, TellsWhyItCanNotConnect) {
@@ -168,6 +197,11 @@ TEST_F(EEPROMProgrammer, AWaitEndsAtOnceWhenTheLinkIsGone) {
     bool read = true;
     EXPECT_LT(elapsed([&] { read = programmer.ReadEEPROM(0, 3, buffer); }), 10U);
     EXPECT_FALSE(read);
+    EXPECT_THAT(desk.person.takeMessage(), EndsWith("The link has been unplugged. Plug it in, then "
+                                                    "try again."));
+    EXPECT_FALSE(programmer.WriteEEPROM(0, counting(2)));
+    EXPECT_THAT(desk.person.takeMessage(), HasSubstr("The link has been unplugged."));
+    EXPECT_EQ(programmer.outcome().reason, JobOutcome::Reason::NoLink);
 }
 
 TEST_F(EEPROMProgrammer, OtherChannelsDoNotEndAWait) {
@@ -181,7 +215,7 @@ TEST_F(EEPROMProgrammer, OtherChannelsDoNotEndAWait) {
 }
 
 TEST_F(EEPROMProgrammer, AReplyOfAnotherLengthIsGivenBackAndIsNoDataForWhoNeedsItExactly) {
-    plugScripted({7, 8, 9});
+    plugScripted(bench::Bytes{7, 8, 9});
     KOBuffer buffer;
     EXPECT_TRUE(programmer.ReadEEPROM(0, 20, buffer));
     EXPECT_EQ(buffer.ToString(), "7 8 9");

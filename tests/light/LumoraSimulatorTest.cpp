@@ -4,6 +4,10 @@
 #include "support/LightBench.h"
 #include "support/RandomProgram.h"
 
+extern "C" {
+#include "firmware/products/light_player.h"
+}
+
 #include <gmock/gmock.h>
 
 namespace corvane {
@@ -134,7 +138,8 @@ TEST_F(Simulator, MeasuresItsFramesAcrossTheWrapOfTheClock) {
     EXPECT_EQ(timer.TimeStep(), 0);
 }
 
-/// The controller's currents beside the simulator's brightness, for one program.
+/// The currents of the virtual controller and of the firmware kit's beside the simulator's
+/// brightness, for one program.
 class SideBySide {
   public:
     SideBySide(const LumoraDocument& document, const std::string& name)
@@ -142,10 +147,13 @@ class SideBySide {
         LumoraImageCompiler compiler(document);
         EXPECT_EQ(compiler.compile().outcome, LumoraCompiled::Outcome::Done) << name;
         const auto bytes = compiler.image().bytes();
+        std::copy(bytes.begin(), bytes.end(), image_.begin());
         simulator_.takeAllSettings();
         simulator_.setSimulateHysteresis(true);
         player_.setStick(0, now());
-        player_.start(bench::readImage(bench::ByteView(bytes)), now());
+        player_.start(bench::readImage(image_), now());
+        light_player_begin(image_.data());
+        light_player_stick(0);
         simulator_.Reset();
     }
 
@@ -157,20 +165,28 @@ class SideBySide {
             ++percent;
         simulator_.setSlider(percent);
         player_.setStick(percent, now());
+        light_player_stick(static_cast<std::uint8_t>(percent * 255 / 100));
         stick_ = percent;
     }
     void signal(bool present) {
         simulator_.setSimulateLossOfSignal(!present);
         player_.setSignal(present, now());
-        signal_ = present;
+        if (present)
+            light_player_stick(static_cast<std::uint8_t>(stick_ * 255 / 100));
+        else
+            light_player_no_signal();
     }
     void pass(int milliseconds) {
         clock_.advance(static_cast<std::uint64_t>(milliseconds));
         simulator_.Update();
+        light_player_pass(static_cast<std::uint16_t>(milliseconds));
     }
     void compare() {
         const bench::Currents currents = player_.currents(now());
         for (int channel = 1; channel <= 6; ++channel) {
+            ASSERT_EQ(light_player_current(static_cast<std::uint8_t>(channel - 1)),
+                      currents[static_cast<std::size_t>(channel) - 1])
+                << name_ << " channel " << channel << " stick " << stick_;
             const LumoraChannelSettings& settings = document_.settings(channel);
             const int expected = simulator_.brightness(channel) * settings.maxCurrent;
             const int current = currents[static_cast<std::size_t>(channel) - 1] * 100;
@@ -238,8 +254,8 @@ class SideBySide {
     ManualClock clock_{1000};
     LumoraSimulator simulator_;
     bench::LightPlayer player_;
+    std::array<std::uint8_t, LIGHT_IMAGE> image_{};
     int stick_ = 0;
-    bool signal_ = true;
 };
 
 TEST_F(Simulator, ShowsWhatTheControllerPlays) {

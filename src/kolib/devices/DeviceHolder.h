@@ -10,8 +10,8 @@ namespace corvane {
 /// looks again only once the one that it found has let go, or 10 s after it found none.
 class DeviceHolder {
   public:
-    /// Who has this device node open, such as "minicom (process 1234)". Empty if nobody has, or if
-    /// the system does not tell this user.
+    /// Who has this device node, or what else the system names so among open files, open, such as
+    /// "minicom (process 1234)". Empty if nobody has, or if the system does not tell this user.
     [[nodiscard]] std::string of(const std::string& node);
 
   private:

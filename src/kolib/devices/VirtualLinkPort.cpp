@@ -1,22 +1,43 @@
 #include "kolib/devices/VirtualLinkPort.h"
 
+#include "kolib/devices/SocketPeers.h"
+
 #include <algorithm>
 #include <array>
 #include <chrono>
+#include <set>
 
 namespace corvane {
 
-OpenOutcome VirtualLinkPort::open(const std::string& path) {
+namespace {
+
+/// The other program that is connected to the link twice: who waits for it is so only once, to see
+/// it in the list.
+std::string holderOf(const std::string& path, DeviceHolder& holders) {
+    std::set<std::string> connected;
+    for (const std::string& peer : PeersOf(path))
+        if (const std::string holder = holders.of(peer);
+            !holder.empty() && !connected.insert(holder).second)
+            return holder;
+    return connected.empty() ? std::string() : *connected.begin();
+}
+
+} // namespace
+
+OpenOutcome VirtualLinkPort::open(const std::string& path, DeviceHolder& holders) {
     Socket socket(path);
     if (!socket.connected())
         return {nullptr,
                 "The virtual link " + path + " does not answer. Start it again.",
                 {LinkHindrance::Kind::Broken, {}}};
     std::unique_ptr<VirtualLinkPort> port(new VirtualLinkPort(std::move(socket)));
-    if (!port->admitted())
+    if (!port->admitted()) {
+        std::string holder = holderOf(path, holders);
         return {nullptr,
-                "The virtual link " + path + " is busy: another program has it open.",
-                {LinkHindrance::Kind::Busy, {}}};
+                "The virtual link " + path +
+                    " is busy: " + (holder.empty() ? "another program" : holder) + " has it open.",
+                {LinkHindrance::Kind::Busy, std::move(holder)}};
+    }
     return {std::move(port), {}, {}};
 }
 

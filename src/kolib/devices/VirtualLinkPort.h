@@ -1,5 +1,6 @@
 #pragma once
 
+#include "kolib/devices/DeviceHolder.h"
 #include "kolib/devices/LinkMessages.h"
 #include "kolib/devices/LinkPort.h"
 #include "kolib/devices/Socket.h"
@@ -11,7 +12,7 @@ class VirtualLinkPort final : public LinkPort {
   public:
     /// Asks the link for its serial bytes. Busy if the link has them for somebody else, which shows
     /// in its closing the connection; it has a moment to answer.
-    [[nodiscard]] static OpenOutcome open(const std::string& path);
+    [[nodiscard]] static OpenOutcome open(const std::string& path, DeviceHolder& holders);
 
     [[nodiscard]] std::size_t read(std::span<std::uint8_t> target) override;
     void write(wire::ByteView bytes) override;

@@ -84,7 +84,7 @@ bool VirtualLinkSource::pending() const {
 OpenOutcome VirtualLinkSource::open(std::size_t index) {
     if (index >= names_.size())
         return {nullptr, "The virtual link is gone.", {}};
-    return VirtualLinkPort::open(folder_ / names_[index]);
+    return VirtualLinkPort::open(folder_ / names_[index], holder_);
 }
 
 bool VirtualLinkSource::watchFolder() {

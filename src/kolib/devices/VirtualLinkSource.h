@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/Clock.h"
+#include "kolib/devices/DeviceHolder.h"
 #include "kolib/devices/LinkMessages.h"
 #include "kolib/devices/LinkPort.h"
 #include "kolib/devices/Socket.h"
@@ -44,6 +45,7 @@ class VirtualLinkSource final : public LinkSource {
 
     std::filesystem::path folder_;
     const Clock& clock_;
+    DeviceHolder holder_;
     Handle notifications_;
     int watch_ = -1;
     std::map<std::string, Link> links_; // by file name
