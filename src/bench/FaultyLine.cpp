@@ -3,7 +3,6 @@
 #include "base/NumberWithin.h"
 
 #include <algorithm>
-#include <array>
 
 namespace corvane::bench {
 
@@ -13,15 +12,18 @@ namespace {
 constexpr std::size_t LongestPiece = 4096;
 
 bool setFault(Faults& faults, std::string_view name, std::string_view value) {
-    constexpr std::array probabilities{
-        std::pair<std::string_view, double Faults::*>{"drop", &Faults::drop},
-        {"corrupt", &Faults::corrupt},
-        {"drop-bytes", &Faults::dropBytes},
-        {"damage-bytes", &Faults::damageBytes}};
-    for (const auto& [known, field] : probabilities)
-        if (name == known) {
+    struct Probability {
+        std::string_view name;
+        double Faults::*field;
+    };
+    static constexpr Probability probabilities[] = {{"drop", &Faults::drop},
+                                                    {"corrupt", &Faults::corrupt},
+                                                    {"drop-bytes", &Faults::dropBytes},
+                                                    {"damage-bytes", &Faults::damageBytes}};
+    for (const Probability& known : probabilities)
+        if (name == known.name) {
             const auto probability = NumberWithin<double>(value, 0, 1);
-            faults.*field = probability.value_or(0);
+            faults.*known.field = probability.value_or(0);
             return probability.has_value();
         }
     const auto count = NumberWithin<int>(value, 0, 1'000'000'000);

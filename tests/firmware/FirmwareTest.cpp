@@ -17,10 +17,10 @@ using wire::encodeFrame;
 using wire::Frame;
 using wire::FrameType;
 
-class Firmware : public testing::TestWithParam<const witness*> {
+class FirmwareLibrary : public testing::TestWithParam<const witness*> {
   protected:
     void SetUp() override {
-        std::fill_n(kit.cells, WITNESS_CELLS, std::uint8_t{255});
+        std::fill_n(kit.cells, std::size_t{WITNESS_CELLS}, std::uint8_t{255});
         kit.begin(255, 1);
     }
 
@@ -56,34 +56,34 @@ class Firmware : public testing::TestWithParam<const witness*> {
     }
 };
 
-Frame ack(std::uint8_t number) {
+Frame ackOf(std::uint8_t number) {
     return {FrameType::Ack, number, 0, {}};
 }
-Frame data(std::uint8_t number, std::uint8_t channel, const Bytes& bytes = {}) {
+Frame dataOf(std::uint8_t number, std::uint8_t channel, const Bytes& bytes = {}) {
     return {FrameType::Data, number, channel, bytes};
 }
 
-TEST_P(Firmware, HoldsTheSessionThatTheDocumentsShow) {
-    EXPECT_THAT(told(data(0, 208, {0, 0, 1}), 300), ElementsAre()); // nobody has said hello
+TEST_P(FirmwareLibrary, HoldsTheSessionThatTheDocumentsShow) {
+    EXPECT_THAT(told(dataOf(0, 208, {0, 0, 1}), 300), ElementsAre()); // nobody has said hello
     take(Bytes{5, 3, 125, 102, 231, 0});
     EXPECT_THAT(give(), ElementsAre(5, 4, 125, 241, 126, 0, //
                                     2, 1, 1, 8, 255, 1, 3, 7, 10, 123, 59, 0));
-    EXPECT_TRUE(told(ack(0)).empty());
-    EXPECT_THAT(told(data(0, 209, {2, 0, 7, 255, 9}), 20), ElementsAre(ack(0), data(1, 81)));
+    EXPECT_TRUE(told(ackOf(0)).empty());
+    EXPECT_THAT(told(dataOf(0, 209, {2, 0, 7, 255, 9}), 20), ElementsAre(ackOf(0), dataOf(1, 81)));
     EXPECT_EQ(*kit.written, 2U); // the byte between them was right already
-    EXPECT_THAT(told(ack(1)), ElementsAre());
-    EXPECT_THAT(told(data(1, 208, {1, 0, 4}), 1),
-                ElementsAre(ack(1), data(2, 80, {255, 7, 255, 9})));
-    EXPECT_THAT(told(data(1, 208, {1, 0, 4}), 1), ElementsAre(ack(1))) << "a repeat";
-    EXPECT_THAT(told(ack(2)), ElementsAre());
-    EXPECT_THAT(told(data(2, 127)), ElementsAre(ack(2), data(3, 126)));
-    EXPECT_THAT(told(data(3, 208, {0, 0, 1}), 1), ElementsAre(ack(3)));
-    EXPECT_THAT(told(ack(3)), ElementsAre());
-    EXPECT_THAT(told(data(4, 208, {0, 0, 1}), 300), ElementsAre());
+    EXPECT_THAT(told(ackOf(1)), ElementsAre());
+    EXPECT_THAT(told(dataOf(1, 208, {1, 0, 4}), 1),
+                ElementsAre(ackOf(1), dataOf(2, 80, {255, 7, 255, 9})));
+    EXPECT_THAT(told(dataOf(1, 208, {1, 0, 4}), 1), ElementsAre(ackOf(1))) << "a repeat";
+    EXPECT_THAT(told(ackOf(2)), ElementsAre());
+    EXPECT_THAT(told(dataOf(2, 127)), ElementsAre(ackOf(2), dataOf(3, 126)));
+    EXPECT_THAT(told(dataOf(3, 208, {0, 0, 1}), 1), ElementsAre(ackOf(3)));
+    EXPECT_THAT(told(ackOf(3)), ElementsAre());
+    EXPECT_THAT(told(dataOf(4, 208, {0, 0, 1}), 300), ElementsAre());
     EXPECT_FALSE(kit.in_session());
 }
 
-TEST_P(Firmware, SaysAPacketSixTimesAndForgetsItAtAHello) {
+TEST_P(FirmwareLibrary, SaysAPacketSixTimesAndForgetsItAtAHello) {
     EXPECT_EQ(told({FrameType::Hello, 7, 0, {}}).size(), 2U);
     for (int sending = 2; sending <= 6; ++sending) {
         for (int ms = 0; ms < 50; ++ms) {
@@ -94,50 +94,50 @@ TEST_P(Firmware, SaysAPacketSixTimesAndForgetsItAtAHello) {
         EXPECT_EQ(frames(give()).size(), 1U);
     }
     // It could leave only when that is given up, and is away when this is, too.
-    EXPECT_THAT(told(data(0, 127)), ElementsAre(ack(0)));
+    EXPECT_THAT(told(dataOf(0, 127)), ElementsAre(ackOf(0)));
     for (int ms = 0; ms < 51; ++ms)
         pass();
-    EXPECT_THAT(frames(give()), ElementsAre(data(1, 126)));
+    EXPECT_THAT(frames(give()), ElementsAre(dataOf(1, 126)));
     for (int ms = 0; ms < 310; ++ms, static_cast<void>(give()))
         pass();
     EXPECT_FALSE(kit.in_session());
     // A hello in the middle of a frame; a write goes on for nobody, what was asked behind it is
     // forgotten, and the next computer's write waits for its turn.
     static_cast<void>(told({FrameType::Hello, 7, 0, {}}));
-    static_cast<void>(told(ack(0)));
-    EXPECT_THAT(told(data(0, 209, {0, 0, 1, 2, 3, 4}), 2), ElementsAre(ack(0)));
-    EXPECT_THAT(told(data(1, 208, {0, 0, 9}), 2), ElementsAre(ack(1)));
-    take(encodeFrame(data(1, 208, {0, 0, 9})));
+    static_cast<void>(told(ackOf(0)));
+    EXPECT_THAT(told(dataOf(0, 209, {0, 0, 1, 2, 3, 4}), 2), ElementsAre(ackOf(0)));
+    EXPECT_THAT(told(dataOf(1, 208, {0, 0, 9}), 2), ElementsAre(ackOf(1)));
+    take(encodeFrame(dataOf(1, 208, {0, 0, 9})));
     Bytes given{static_cast<std::uint8_t>(kit.give())};
     take(encodeFrame({FrameType::Hello, 8, 0, {}}));
     const Bytes behind = give();
     given.insert(given.end(), behind.begin(), behind.end());
     EXPECT_THAT(frames(given),
-                ElementsAre(Frame{FrameType::Echo, 8, 0, {}}, data(0, 0, {255, 1, 3, 7, 10})));
-    EXPECT_THAT(told(ack(0), 1), ElementsAre());
-    EXPECT_THAT(told(data(0, 209, {2, 0, 8}), 1), ElementsAre(ack(0)));
-    EXPECT_THAT(told(data(1, 208, {0, 0, 9}), 30), ElementsAre(ack(1), data(1, 81)));
+                ElementsAre(Frame{FrameType::Echo, 8, 0, {}}, dataOf(0, 0, {255, 1, 3, 7, 10})));
+    EXPECT_THAT(told(ackOf(0), 1), ElementsAre());
+    EXPECT_THAT(told(dataOf(0, 209, {2, 0, 8}), 1), ElementsAre(ackOf(0)));
+    EXPECT_THAT(told(dataOf(1, 208, {0, 0, 9}), 30), ElementsAre(ackOf(1), dataOf(1, 81)));
     EXPECT_THAT(Bytes(kit.cells, kit.cells + 4), ElementsAre(1, 2, 8, 4));
 }
 
-TEST_P(Firmware, TakesWhatItHasRoomForAndSaysNothingToTheRest) {
+TEST_P(FirmwareLibrary, TakesWhatItHasRoomForAndSaysNothingToTheRest) {
     static_cast<void>(told({FrameType::Hello, 125, 0, {}}));
-    static_cast<void>(told(ack(0)));
+    static_cast<void>(told(ackOf(0)));
     std::uint8_t number = 0;
     for (unsigned length = 0; length <= 255; ++length) {
         const Bytes bytes(length, static_cast<std::uint8_t>(length % 3));
-        const std::vector<Frame> answer = told(data(number, 200, bytes));
+        const std::vector<Frame> answer = told(dataOf(number, 200, bytes));
         ASSERT_EQ(!answer.empty(), length <= kit.longest) << length;
         if (answer.size() == 2) {
             ASSERT_EQ(answer[1].data, bytes);
-            EXPECT_TRUE(told(ack(answer[1].number)).empty());
+            EXPECT_TRUE(told(ackOf(answer[1].number)).empty());
         }
         ++number;
     }
     EXPECT_EQ(*kit.delivered, kit.longest + 1);
 }
 
-TEST_P(Firmware, SurvivesAMillionStepsOfNoise) {
+TEST_P(FirmwareLibrary, SurvivesAMillionStepsOfNoise) {
     std::mt19937 random(33);
     const auto below = [&random](unsigned limit) { return random() % limit; };
     const auto any = [&] { return static_cast<std::uint8_t>(below(256)); };
@@ -172,19 +172,19 @@ TEST_P(Firmware, SurvivesAMillionStepsOfNoise) {
         const std::vector<Frame> answer = told({FrameType::Hello, 9, 0, {}});
         ASSERT_GE(answer.size(), 2U);
         EXPECT_EQ(answer[answer.size() - 2], (Frame{FrameType::Echo, 9, 0, {}}));
-        EXPECT_EQ(answer.back(), data(0, 0, {255, 1, 3, 7, 10}));
+        EXPECT_EQ(answer.back(), dataOf(0, 0, {255, 1, 3, 7, 10}));
     }
 }
 
 /// The computer's real end at the library, over a wire that loses and damages frames.
 struct Joined final : wire::ByteStream {
-    explicit Joined(const witness& kit) : kit(kit) {}
+    explicit Joined(const witness& library) : kit(library) {}
 
     const witness& kit;
     ManualClock clock;
-    bench::WireState wire{*bench::parseFaults("drop=0.05,corrupt=0.05"), 0, std::mt19937(33), 0};
-    bench::FaultyLine there{wire, [](ByteView, std::string_view) {}};
-    bench::FaultyLine back{wire, [](ByteView, std::string_view) {}};
+    bench::WireState faults{*bench::parseFaults("drop=0.05,corrupt=0.05"), 0, std::mt19937(33), 0};
+    bench::FaultyLine there{faults, [](ByteView, std::string_view) {}};
+    bench::FaultyLine back{faults, [](ByteView, std::string_view) {}};
     wire::HostSession session{clock, {}};
 
     std::size_t read(std::span<std::uint8_t> target) override {
@@ -229,7 +229,7 @@ struct Joined final : wire::ByteStream {
     }
 };
 
-TEST_P(Firmware, ItsMemoryHoldsWhatTheComputerWroteOverABadWire) {
+TEST_P(FirmwareLibrary, ItsMemoryHoldsWhatTheComputerWroteOverABadWire) {
     std::mt19937 random(7);
     Bytes expected(WITNESS_CELLS, 255);
     Joined both(kit);
@@ -260,7 +260,7 @@ TEST_P(Firmware, ItsMemoryHoldsWhatTheComputerWroteOverABadWire) {
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Builds, Firmware, testing::Values(&witness_whole, &witness_small),
+INSTANTIATE_TEST_SUITE_P(Builds, FirmwareLibrary, testing::Values(&witness_whole, &witness_small),
                          [](const auto& build) {
                              return build.param == &witness_whole ? "whole" : "small";
                          });

@@ -32,11 +32,11 @@ void cv_on_data(uint8_t channel, const uint8_t* data, uint8_t count) {
     if (cv_memory_data(channel, data, count))
         return;
     ++delivered;
-    if (channel != 200 || !cv_free() || count > CV_ANSWER_MAX)
+    if (channel != 200 || !cv_free())
         return;
-    if (count > 0)
+    if (CV_ANSWER_MAX > 0)
         memcpy(cv_answer(), data, count);
-    (void)cv_send(72, count);
+    (void)cv_send(72, count); /* which refuses what it has no room for */
 }
 
 static void begin(uint8_t device_major, uint8_t device_minor) {
