@@ -61,17 +61,13 @@ class UsbCommands : public UsbTest {
 };
 
 TEST_F(UsbCommands, EachLeavesTheLinkAsItWas) {
-    for (const bool failing : {false, true}) {
-        for (const Command& command : commands)
-            start(command, {.stallIn = failing ? 1000 : 0});
-        for (const Job& job : jobs) {
-            SCOPED_TRACE(job.command.product + " " + job.command.words.front());
-            EXPECT_EQ(job.process->wait(), failing ? 1 : job.command.status)
-                << job.process->errors();
-            EXPECT_EQ(job.process->output(), failing ? "" : job.command.output);
-            expectLeftSound(job.chip, failing ? 0 : job.command.powerCycles);
-        }
-        endJobs();
+    for (const Command& command : commands)
+        start(command, {});
+    for (const Job& job : jobs) {
+        SCOPED_TRACE(job.command.product + " " + job.command.words.front());
+        EXPECT_EQ(job.process->wait(), job.command.status) << job.process->errors();
+        EXPECT_EQ(job.process->output(), job.command.output);
+        expectLeftSound(job.chip, job.command.powerCycles);
     }
 }
 
