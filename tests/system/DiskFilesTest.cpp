@@ -1,6 +1,5 @@
 #include "system/DiskFiles.h"
 
-#include "support/Instrumented.h"
 #include "support/TemporaryFolder.h"
 #include "system/File.h"
 #include "system/Programs.h"
@@ -8,8 +7,6 @@
 #include <gtest/gtest.h>
 
 #include <array>
-#include <csignal>
-#include <random>
 #include <sched.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
@@ -64,26 +61,6 @@ TEST(DiskFiles, TellsWhatCanNotBeRead) {
     EXPECT_EQ(files.ReadWhole(folder.file("a", std::string("b\0c", 3)), bytes),
               FileDoor::ReadResult::Done);
     EXPECT_EQ(bytes, std::string("b\0c", 3));
-}
-
-TEST(DiskFiles, AKillAtAnyMomentLeavesTheOldContentOrTheNew) {
-    const TemporaryFolder folder;
-    const std::string path = folder.file("document", std::string(300000, 'a'));
-    std::mt19937 random(11);
-    for (int round = 0; round < (Instrumented ? 50 : 200); ++round) {
-        const pid_t child = ::fork();
-        if (child == 0) {
-            DiskFiles files;
-            for (char c = 'a';; c = c == 'z' ? 'a' : static_cast<char>(c + 1))
-                static_cast<void>(files.ReplaceWhole(path, std::string(300000, c)));
-        }
-        ::usleep(static_cast<useconds_t>(random() % 8000));
-        ::kill(child, SIGKILL);
-        ::waitpid(child, nullptr, 0);
-        const std::string content = folder.content("document");
-        ASSERT_EQ(content.size(), 300000U);
-        ASSERT_EQ(content, std::string(300000, content.front()));
-    }
 }
 
 /// A small file system of its own in a process of its own, since mounting needs rights and must
