@@ -2,6 +2,7 @@
 
 #include "base/Product.h"
 
+#include <map>
 
 namespace corvane {
 namespace {
@@ -9,31 +10,29 @@ namespace {
 using namespace std::chrono_literals;
 using testing::HasSubstr;
 
-TEST_F(BenchProgram, IdentifyNamesEachProduct) {
-    const std::vector<std::pair<std::string, std::string>> lines{
-        {"lumora-1.1", "Lumora\t1.1\t3.7\n"}, {"lumora-1.2", "Lumora\t1.2\t3.7\n"},
-        {"pactor-2.1", "Pactor\t2.1\t3.7\n"}, {"pactor-3.1", "Pactor\t3.1\t3.7\n"},
-        {"eeprom", "KOEEPROM\t255.1\t3.7\n"},
+TEST_F(BenchProgram, EachProductOfTheVendorIsNamedAndAnotherToldOf) {
+    struct Case {
+        const char* product;
+        const char* line;
+        const char* program = "corvanectl";
     };
-    for (const auto& [product, line] : lines) {
+    for (const auto& [product, line, program] :
+         {Case{"lumora-1.1", "Lumora\t1.1\t3.7\n"}, Case{"lumora-1.2", "Lumora\t1.2\t3.7\n"},
+          Case{"pactor-2.1", "Pactor\t2.1\t3.7\n"}, Case{"pactor-3.1", "Pactor\t3.1\t3.7\n"},
+          Case{"eeprom", "KOEEPROM\t255.1\t3.7\n"}, Case{"quillon", ""},
+          Case{"quillon", "Quillon\t100.1\t3.7\n", "corvanectl-rq"},
+          Case{"pactor-3.1", "", "corvanectl-rq"}}) {
         Process bench("corvane-bench", {product});
         waitFor(product);
-        Process identify("corvanectl", {"identify"});
-        EXPECT_EQ(identify.wait(), 0) << product;
-        EXPECT_EQ(identify.output(), line);
+        const bool known = *line != '\0';
+        const Ran identify = ctl({"identify", "--debug"}, program);
+        EXPECT_EQ(identify.status, known ? 0 : 1) << product;
+        EXPECT_EQ(identify.output, line);
+        EXPECT_EQ(identify.errors.find("\nUnrecognized product.\n") == std::string::npos, known);
         bench.signal(SIGTERM);
         EXPECT_EQ(bench.wait(), 0);
         EXPECT_FALSE(std::filesystem::exists(socketOf(product)));
     }
-}
-
-TEST_F(BenchProgram, IdentifyTellsOfAProductThatItDoesNotKnow) {
-    Process bench("corvane-bench", {"quillon", "--firmware", "1.0"});
-    waitFor("quillon");
-    Process identify("corvanectl", {"identify", "--debug"});
-    EXPECT_EQ(identify.wait(), 1);
-    EXPECT_EQ(identify.output(), "");
-    EXPECT_THAT(identify.errors(), HasSubstr("\nUnrecognized product.\n"));
 }
 
 TEST_F(BenchProgram, AVirtualLinkThatAnotherProgramHoldsIsCalledBusy) {
@@ -53,21 +52,6 @@ TEST_F(BenchProgram, AVirtualLinkThatAnotherProgramHoldsIsCalledBusy) {
     EXPECT_EQ(ctl({"identify"}).status, 0);
 }
 
-TEST_F(BenchProgram, LeavesAloneWhatIsNoLink) {
-    const std::string precious = folder.file("keep.link", "precious");
-    Process bench("corvane-bench", {"eeprom", "--name", "keep"});
-    EXPECT_EQ(bench.wait(), 1);
-    EXPECT_THAT(bench.errors(), HasSubstr("Choose another name with --name."));
-    EXPECT_EQ(folder.content("keep.link"), "precious");
-}
-
-TEST_F(BenchProgram, DevicesTellsWhyItDoesNotLookForVirtualLinks) {
-    EXPECT_EQ(ctl({"devices"}).errors, "");
-    std::filesystem::permissions(folder.path(), std::filesystem::perms(0755));
-    EXPECT_THAT(ctl({"devices"}).errors,
-                HasSubstr("Try: chmod 700 " + folder.path().string() + "\n"));
-}
-
 TEST_F(BenchProgram, TheWindowTellsInASentenceThatThereIsNoDesktop) {
     for (const auto& [name, value] : {std::pair("QT_QPA_PLATFORM", "xcb"), std::pair("DISPLAY", ""),
                                       std::pair("WAYLAND_DISPLAY", "")})
@@ -80,26 +64,23 @@ TEST_F(BenchProgram, TheWindowTellsInASentenceThatThereIsNoDesktop) {
 }
 
 TEST_F(BenchProgram, WrongUsageIsToldApartFromFailure) {
-    for (const std::vector<std::string>& arguments : std::vector<std::vector<std::string>>{
-             {}, {"frobnicate"}, {"identify", "--device", "-1"}, {"identify", "--device"}}) {
-        Process ctl("corvanectl", arguments);
-        EXPECT_EQ(ctl.wait(), 2);
-        EXPECT_NE(ctl.errors(), "");
-    }
-    for (const std::vector<std::string>& arguments :
-         std::vector<std::vector<std::string>>{{"toaster"},
-                                               {},
-                                               {"eeprom", "--fault", "drop=2"},
-                                               {"eeprom", "--firmware", "x"},
-                                               {"eeprom", "--name", "../x"},
-                                               {"eeprom", "--eeprom", "/nowhere/at/all"}}) {
-        Process bench("corvane-bench", arguments);
-        EXPECT_EQ(bench.wait(), 2);
-        EXPECT_NE(bench.errors(), "");
-    }
-    Process version("corvanectl", {"--version"});
-    EXPECT_EQ(version.wait(), 0);
-    EXPECT_EQ(version.output(), std::string("corvanectl ") + ProgramVersion + "\n");
+    using Arguments = std::vector<std::string>;
+    for (const auto& [program, all] : std::map<const char*, std::vector<Arguments>>{
+             {"corvanectl",
+              {{}, {"frobnicate"}, {"identify", "--device", "-1"}, {"identify", "--device"}}},
+             {"corvane-bench",
+              {{"toaster"},
+               {},
+               {"eeprom", "--fault", "drop=2"},
+               {"eeprom", "--firmware", "x"},
+               {"eeprom", "--name", "../x"},
+               {"eeprom", "--eeprom", "/nowhere/at/all"}}}})
+        for (const Arguments& arguments : all) {
+            const Ran wrong = ctl(arguments, program);
+            EXPECT_EQ(wrong.status, 2);
+            EXPECT_NE(wrong.errors, "");
+        }
+    EXPECT_EQ(ctl({"--version"}).output, std::string("corvanectl ") + ProgramVersion + "\n");
 }
 
 TEST_F(BenchProgram, ListsLinksByNameAndPicksOne) {
@@ -108,14 +89,10 @@ TEST_F(BenchProgram, ListsLinksByNameAndPicksOne) {
     Process c("corvane-bench", {"blank", "--name", "c"});
     for (const char* name : {"a", "b", "c"})
         waitFor(name);
-    Process list("corvanectl", {"devices"});
-    EXPECT_EQ(list.wait(), 0);
-    EXPECT_EQ(list.output(), "0\tCorvane\tOrtaline Works\tKO\tKO0000001\n"
-                             "1\tCorvane\tOrtaline Works\tKO\tKO0000001\n"
-                             "2\tFT232R USB UART\tFTDI\tFT\tFT0000001\n");
-    Process identify("corvanectl", {"identify", "--device", "0"});
-    EXPECT_EQ(identify.wait(), 0);
-    EXPECT_EQ(identify.output(), "Lumora\t1.1\t3.7\n");
+    EXPECT_EQ(ctl({"devices"}).output, "0\tCorvane\tOrtaline Works\tKO\tKO0000001\n"
+                                       "1\tCorvane\tOrtaline Works\tKO\tKO0000001\n"
+                                       "2\tFT232R USB UART\tFTDI\tFT\tFT0000001\n");
+    EXPECT_EQ(ctl({"identify", "--device", "0"}).output, "Lumora\t1.1\t3.7\n");
 }
 
 TEST_F(BenchProgram, AKilledBenchLeavesASocketThatTheNextOneReplaces) {
@@ -128,66 +105,27 @@ TEST_F(BenchProgram, AKilledBenchLeavesASocketThatTheNextOneReplaces) {
     EXPECT_TRUE(countBecomes(*device, 0));
     Process next("corvane-bench", {"eeprom"});
     EXPECT_TRUE(countBecomes(*device, 1));
-    Process second("corvane-bench", {"eeprom"});
-    EXPECT_EQ(second.wait(), 1);
-    EXPECT_THAT(second.errors(), HasSubstr("plugged in already"));
+    const Ran second = ctl({"eeprom"}, "corvane-bench");
+    EXPECT_EQ(second.status, 1);
+    EXPECT_THAT(second.errors, HasSubstr("plugged in already"));
 }
 
-TEST_F(BenchProgram, UnpluggingAndPluggingShow) {
-    const auto device = devices();
-    EXPECT_TRUE(countBecomes(*device, 0));
-    Process bench("corvane-bench", {"blank"});
-    EXPECT_TRUE(countBecomes(*device, 1));
-    device->OpenDevice(0);
-    EXPECT_EQ(device->GetDeviceState2(), -1);
-    const DeviceInfo strings{"Corvane", "Ortaline Works", "KO", "KO1234567"};
-    EXPECT_TRUE(device->ProgramDevice(strings));
-    EXPECT_EQ(device->GetDeviceInfo(0).Manufacturer, "FTDI"); // until it is plugged in again
-    bench.signal(SIGUSR1);
-    EXPECT_TRUE(eventually([&] { return device->GetDeviceState2() != -1; }));
-    device->CloseDevice();
-    EXPECT_TRUE(countBecomes(*device, 0));
-    bench.signal(SIGUSR1);
-    EXPECT_TRUE(countBecomes(*device, 1));
-    EXPECT_EQ(device->GetDeviceInfo(0), strings);
-}
-
-TEST_F(BenchProgram, ALinkServesOneComputerAtATime) {
-    Process bench("corvane-bench", {"eeprom"});
-    const auto first = devices();
-    ASSERT_TRUE(countBecomes(*first, 1));
-    wire::HostSession otherPackets(clock, {});
-    std::vector<std::unique_ptr<LinkSource>> sources;
-    sources.push_back(std::make_unique<VirtualLinkSource>(folder.path(), clock));
-    LinkDevices second(std::move(sources), otherPackets, debug, clock);
-    ASSERT_TRUE(countBecomes(second, 1));
-    first->OpenDevice(0);
-    ASSERT_TRUE(packets.SendHello(125));
-    ASSERT_TRUE(
-        eventually([&] { return first->GetDeviceState2() == -1 && packets.ReceivedHello(); }));
-    second.OpenDevice(0);
-    EXPECT_TRUE(eventually([&] { return second.GetDeviceState2() != -1; }));
-    EXPECT_EQ(first->GetDeviceState2(), -1);
-    first->CloseDevice();
-    EXPECT_TRUE(eventually([&] { // the bench may notice the closing a little later
-        second.OpenDevice(0);
-        static_cast<void>(otherPackets.SendHello(125));
-        return eventually(
-            [&] { return second.GetDeviceState2() == -1 && otherPackets.ReceivedHello(); }, 50ms);
-    }));
-}
-
-TEST_F(BenchProgram, AFolderThatOthersMayEnterIsNotLookedInto) {
+TEST_F(BenchProgram, ForeignFilesAndFoldersThatOthersMayEnterAreLeftAlone) {
+    folder.file("keep.link", "precious");
+    const Ran keep = ctl({"eeprom", "--name", "keep"}, "corvane-bench");
+    EXPECT_EQ(keep.status, 1);
+    EXPECT_THAT(keep.errors, HasSubstr("Choose another name with --name."));
+    EXPECT_EQ(folder.content("keep.link"), "precious");
     Process bench("corvane-bench", {"eeprom"});
     waitFor("eeprom");
+    EXPECT_EQ(ctl({"devices"}).errors, "");
     std::filesystem::permissions(folder.path(), std::filesystem::perms(0755));
-    const auto device = devices();
-    device->EnumerateDevices();
-    EXPECT_FALSE(device->EnumerationPending());
-    EXPECT_EQ(device->GetDeviceCount(), 0);
-    Process other("corvane-bench", {"blank"});
-    EXPECT_EQ(other.wait(), 1);
-    EXPECT_THAT(other.errors(), HasSubstr("mode 0700"));
+    const Ran devices = ctl({"devices"});
+    EXPECT_EQ(devices.output, "");
+    EXPECT_THAT(devices.errors, HasSubstr("Try: chmod 700 " + folder.path().string() + "\n"));
+    const Ran other = ctl({"blank"}, "corvane-bench");
+    EXPECT_EQ(other.status, 1);
+    EXPECT_THAT(other.errors, HasSubstr("mode 0700"));
 }
 
 } // namespace

@@ -15,58 +15,23 @@ namespace {
 using namespace std::chrono_literals;
 using testing::ElementsAre;
 
-/// An image with one channel's blocks, written out by hand.
-Bytes imageWith(const Bytes& top, const Bytes& bottom, std::uint8_t trip = 127,
-                std::uint8_t band = 10, std::uint8_t turnOff = 0, std::uint8_t onLoss = 1) {
-    Bytes image(255, 0);
-    image[0] = trip;
-    image[7] = image[8] = image[9] = image[10] = image[11] = image[12] =
-        static_cast<std::uint8_t>(top.size() + bottom.size());
-    for (std::size_t c = 1; c < 6; ++c)
-        image[13 + c] = image[12];
-    image[13] = static_cast<std::uint8_t>(top.size());
-    image[19] = band;
-    std::copy(top.begin(), top.end(), image.begin() + 25);
-    std::copy(bottom.begin(), bottom.end(),
-              image.begin() + 25 + static_cast<std::ptrdiff_t>(top.size()));
-    image[239] = onLoss;
-    image[245] = turnOff;
-    return image;
-}
-
-int at(const LightPlayer& player, Time time) {
-    return player.currents(time)[0];
-}
-
 TEST(LightPlayer, HoldsTheTrackWithinTheBand) {
+    Bytes image(255, 0);
+    std::fill(image.begin() + 7, image.begin() + 13, std::uint8_t{4}); // where the channels end
+    std::fill(image.begin() + 13, image.begin() + 19, std::uint8_t{4});
+    image[0] = 127; // trip point, and band
+    image[19] = 25;
+    image[13] = 2; // where the bottom track begins
+    const Bytes blocks{100, 1, 100, 2};
+    std::copy(blocks.begin(), blocks.end(), image.begin() + 25);
     LightPlayer player;
     player.setStick(0, 0ms);
-    player.start(readImage(imageWith({100, 1}, {100, 2}, 127, 25)), 0ms);
-    const auto trackAt = [&](int stick) {
+    player.start(readImage(image), 0ms);
+    // 150 lies below 152, and 102 is the lower end.
+    for (const auto& [stick, current] : {std::pair(59, 2), {60, 1}, {40, 1}, {39, 2}}) {
         player.setStick(stick, 0ms);
-        return at(player, 0ms);
-    };
-    EXPECT_EQ(trackAt(59), 2); // 150 lies below 152
-    EXPECT_EQ(trackAt(60), 1);
-    EXPECT_EQ(trackAt(40), 1); // 102 is the lower end
-    EXPECT_EQ(trackAt(39), 2);
-}
-
-TEST(LightPlayer, FollowsTheStickInProportion) {
-    LightPlayer player;
-    player.start(readImage(imageWith({100, 251, 200, 100}, {100, 252, 250, 0}, 51, 0)), 0ms);
-    const auto currentAt = [&](int stick) {
-        player.setStick(stick, 0ms);
-        return at(player, 0ms);
-    };
-    EXPECT_EQ(currentAt(100), 200);
-    EXPECT_EQ(currentAt(50), 149);
-    EXPECT_EQ(currentAt(10), 122); // 25 of 51
-    EXPECT_EQ(currentAt(0), 0);
-    player.start(readImage(imageWith({100, 252, 204, 0}, {100, 252, 250, 0}, 51, 0)), 0ms);
-    EXPECT_EQ(currentAt(100), 204);
-    EXPECT_EQ(currentAt(60), 102); // (153 - 51) of 204
-    EXPECT_EQ(currentAt(20), 0);
+        EXPECT_EQ(player.currents(0ms)[0], current) << stick;
+    }
 }
 
 TEST(LightPlayer, SurvivesAnyMemoryAsTheKitsDoes) {

@@ -9,9 +9,6 @@ namespace {
 
 class WindowSize : public testing::TestWithParam<ProductUnderTest> {
   protected:
-    static bool asksForASize(const ProductWalk& walk) {
-        return walk.form.control()->GetSuggestedClientSize().has_value();
-    }
     static void expectWholeOnScreen(const ProductWalk& walk) {
         EXPECT_TRUE(
             walk.window.screen()->availableGeometry().contains(walk.window.frameGeometry()));
@@ -42,7 +39,8 @@ TEST_P(WindowSize, IsKeptAndFitsTheScreenAndWhatItShows) {
     }
     {
         ProductWalk walk(GetParam(), &sizes);
-        EXPECT_EQ(walk.window.view()->size() == left, !asksForASize(walk));
+        EXPECT_EQ(walk.window.view()->size() == left,
+                  !walk.form.control()->GetSuggestedClientSize());
         walk.window.resize(10, 10);
         QApplication::processEvents();
         const QSize least = walk.window.view()->minimumSizeHint();

@@ -8,7 +8,6 @@
 #include <gmock/gmock.h>
 
 #include <chrono>
-#include <sstream>
 #include <thread>
 
 namespace corvane {
@@ -67,21 +66,6 @@ struct Ran {
     Process process(program, arguments);
     const int status = process.wait();
     return {status, process.output(), process.errors()};
-}
-
-inline std::vector<std::string> LinesOf(const std::string& text) {
-    std::vector<std::string> lines;
-    std::istringstream stream(text);
-    for (std::string line; std::getline(stream, line);)
-        lines.push_back(line);
-    return lines;
-}
-
-/// What the bench tells of a product's wire until it ends.
-inline std::vector<std::string> FramesOf(Process& bench) {
-    bench.signal(SIGTERM);
-    bench.wait();
-    return LinesOf(bench.output());
 }
 
 } // namespace corvane

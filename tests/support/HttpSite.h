@@ -2,9 +2,7 @@
 
 #include <QTcpServer>
 #include <QTcpSocket>
-#include <QTimer>
 
-#include <functional>
 #include <map>
 #include <string>
 #include <vector>
@@ -15,16 +13,10 @@ namespace corvane {
 class HttpSite {
   public:
     struct Page {
-        Page(std::string content = {}, int httpStatus = 200, std::string redirect = {})
-            : body(std::move(content)), status(httpStatus), location(std::move(redirect)) {}
-
         std::string body;
-        int status;
-        std::string location;   ///< Of a redirect; empty for none.
+        int status = 200;
         bool knowsParts = true; ///< Answers a request for a part with that part.
         int cutAfter = -1;      ///< Breaks the connection after so many bytes, once.
-        bool endless = false;   ///< Sends the body again and again.
-        bool silent = false;    ///< Never answers.
     };
 
     HttpSite() {
@@ -45,7 +37,6 @@ class HttpSite {
     [[nodiscard]] std::string url(const std::string& path) const {
         return "http://127.0.0.1:" + std::to_string(server_.serverPort()) + path;
     }
-    void close() { server_.close(); }
 
     std::vector<std::string> requests; ///< Path of each, and the part asked for.
 
@@ -63,28 +54,9 @@ class HttpSite {
             return;
         }
         Page& page = found->second;
-        if (page.silent)
-            return;
-        if (!page.location.empty()) {
-            socket.write("HTTP/1.1 302 Found\r\nContent-Length: 0\r\nLocation: " +
-                         QByteArray::fromStdString(page.location) + "\r\n\r\n");
-            return;
-        }
         QByteArray body = QByteArray::fromStdString(page.body);
-        if (page.endless) {
-            socket.write("HTTP/1.1 200 OK\r\n\r\n");
-            auto* pump = new QTimer(&socket);
-            QObject::connect(pump, &QTimer::timeout, &socket,
-                             [&socket, body] { socket.write(body); });
-            pump->start(1);
-            return;
-        }
         QByteArray head = "HTTP/1.1 " + QByteArray::number(page.status) + " Status\r\n";
         if (from > 0 && page.knowsParts) {
-            if (from >= body.size()) {
-                socket.write("HTTP/1.1 416 No\r\nContent-Length: 0\r\n\r\n");
-                return;
-            }
             head = "HTTP/1.1 206 Part\r\nContent-Range: bytes " + QByteArray::number(from) + "-" +
                    QByteArray::number(body.size() - 1) + "/" + QByteArray::number(body.size()) +
                    "\r\n";

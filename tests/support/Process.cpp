@@ -54,10 +54,6 @@ int Process::waitForSignal() {
     return WIFSIGNALED(status) ? WTERMSIG(status) : 0;
 }
 
-bool Process::running() {
-    return ::kill(pid_, 0) == 0;
-}
-
 std::string Process::output() const {
     return folder_.content("out");
 }

@@ -23,7 +23,6 @@ class Process {
     /// The signal that ended it, or 0 if none did.
     int waitForSignal();
     [[nodiscard]] int id() const { return pid_; }
-    [[nodiscard]] bool running();
     /// What it has written to its two outputs; whole after `wait`.
     [[nodiscard]] std::string output() const;
     [[nodiscard]] std::string errors() const;

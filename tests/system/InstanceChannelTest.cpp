@@ -35,13 +35,6 @@ class Instances : public testing::Test {
             betweenPasses(++pass);
         });
     }
-    /// What has arrived at the first instance, by number.
-    std::vector<std::uint32_t> arrived() {
-        std::vector<std::uint32_t> all;
-        while (const auto delivery = first.Receive())
-            all.push_back(delivery->record.dwData);
-        return all;
-    }
     /// Runs in another process, which is killed with what it has.
     template<class Work>
     int inChild(Work work) const {
@@ -51,14 +44,6 @@ class Instances : public testing::Test {
         int status = 0;
         ::waitpid(child, &status, 0);
         return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    }
-    /// The next record, for which it waits if need be.
-    std::optional<InstanceChannel::Delivery> next() {
-        pollfd descriptor{first.descriptor(), POLLIN, 0};
-        while (::poll(&descriptor, 1, 5000) == 1)
-            if (auto delivery = first.Receive())
-                return delivery;
-        return std::nullopt;
     }
     [[nodiscard]] Handle connected() const {
         sockaddr_un address{};
@@ -86,24 +71,6 @@ TEST_F(Instances, OnlyOneRunsAtATime) {
     first.Unmark();
     EXPECT_FALSE(second.Post({InstanceRecord::Foreground, {}}));
     EXPECT_FALSE(second.EarlierInstanceRuns());
-}
-
-TEST_F(Instances, TheSenderOfAFileWaitsUntilItIsDealtWith) {
-    ASSERT_TRUE(first.Mark());
-    std::atomic<bool> back = false;
-    std::thread sender([&] {
-        EXPECT_TRUE(second.Deliver({InstanceRecord::Path, "/home/me/Übung.lumora"}));
-        back = true;
-    });
-    auto delivery = next();
-    ASSERT_TRUE(delivery);
-    EXPECT_EQ(delivery->record, (InstanceRecord{InstanceRecord::Path, "/home/me/Übung.lumora"}));
-    std::this_thread::sleep_for(std::chrono::milliseconds(50));
-    EXPECT_FALSE(back);
-    delivery->confirm();
-    delivery.reset();
-    sender.join();
-    EXPECT_TRUE(back);
 }
 
 TEST_F(Instances, WhatAKilledInstanceLeavesIsNoInstance) {
@@ -216,32 +183,28 @@ TEST_F(Instances, LongFolderNamesDoNotMatter) {
     EXPECT_TRUE(one.Receive());
 }
 
-TEST_F(Instances, AStartWithoutAFileShowsTheOtherAndEnds) {
-    ASSERT_TRUE(first.Mark());
-    EXPECT_TRUE(handOver({}, [](int) {}));
-    EXPECT_EQ(clock.now(), 5500U);
-    EXPECT_EQ(arrived(), std::vector(11, InstanceRecord::Foreground));
-}
-
-TEST_F(Instances, AStartGoesOnWhenTheOtherHasGone) {
-    EXPECT_FALSE(handOver("a.lumora", [](int) {}));
-    EXPECT_EQ(clock.now(), 5500U);
-}
-
 TEST_F(Instances, PassesWithAndWithoutAWindowCancelOut) {
-    EXPECT_TRUE(handOver({}, [&](int pass) {
-        if (pass == 5)
-            first.Mark();
-    }));
-    EXPECT_EQ(clock.now(), (5 + 5 + 11) * 500U);
-    first.Unmark();
-    clock = ManualClock(0);
-    ASSERT_TRUE(first.Mark());
-    EXPECT_FALSE(handOver({}, [&](int pass) {
-        if (pass == 3)
-            first.Unmark();
-    }));
-    EXPECT_EQ(clock.now(), (3 + 3 + 11) * 500U);
+    struct Case {
+        bool runs;     // the other one, when this one starts
+        int changesAt; // pass
+        bool handsOver;
+        unsigned passes;
+    };
+    for (const auto& [runs, changesAt, handsOver, passes] : {Case{true, 0, true, 11},
+                                                             {false, 0, false, 11},
+                                                             {false, 5, true, 5 + 5 + 11},
+                                                             {true, 3, false, 3 + 3 + 11}}) {
+        const auto run = [&](bool now) { now ? static_cast<void>(first.Mark()) : first.Unmark(); };
+        run(runs);
+        clock = ManualClock(0);
+        EXPECT_EQ(handOver({},
+                           [&](int pass) {
+                               if (pass == changesAt)
+                                   run(!runs);
+                           }),
+                  handsOver);
+        EXPECT_EQ(clock.now(), passes * 500);
+    }
 }
 
 TEST_F(Instances, AStartWithAFileEndsAtTheFirstPassThatFindsTheWindow) {
