@@ -2,9 +2,8 @@
 // was done the work is on the screen and safe, or the person was told that it is not, once.
 #include "support/FaultyDisk.h"
 
-#include "history/LostJournal.h"
 #include "support/Notes.h"
-#include "support/TemporaryFolder.h"
+#include "support/Worker.h"
 #include "system/KORegistry.h"
 
 #include <gmock/gmock.h>
@@ -15,34 +14,15 @@
 namespace corvane {
 namespace {
 
-namespace fs = std::filesystem;
-
 /// A document, its file, its journal and the settings on one disk.
-struct DiskWorker {
-    [[nodiscard]] std::string whole() const {
-        std::string bytes;
-        EXPECT_TRUE(notes.history.Compose(bytes));
-        return bytes;
-    }
+struct DiskWorker : Worker<Notes> {
     [[nodiscard]] int told() const { return static_cast<int>(person.messages.size()) + failures; }
-    /// What would come back after a crash.
-    [[nodiscard]] std::string kept() {
-        const fs::path copy = folder.path() / "copy.journal";
-        std::error_code error;
-        for (const auto& entry : fs::directory_iterator(journals.folder(), error))
-            fs::copy_file(entry.path(), copy, fs::copy_options::overwrite_existing);
-        std::string document = LostJournal(Handle(), copy, files).document();
-        fs::remove(copy);
-        return document;
-    }
     void save() {
         const std::string before = folder.content("a.note");
-        const bool wasNew = notes.history.savePath().empty();
-        if (wasNew)
-            person.files = {folder.path() / "a.note"};
+        person.files = {folder.path() / "a.note"}; // asked for once
         const int toldBefore = told();
-        notes.history.SaveHistory();
-        if (notes.history.SaveDirty()) {
+        history.SaveHistory();
+        if (history.SaveDirty()) {
             EXPECT_EQ(folder.content("a.note"), before); // whole, as it was
             EXPECT_EQ(told(), toldBefore + 1);
         } else {
@@ -61,9 +41,9 @@ struct DiskWorker {
         }
     }
     void expectSafe() {
-        if (!notes.history.SaveDirty()) {
+        if (!history.SaveDirty()) {
             EXPECT_EQ(folder.content("a.note"), whole());
-        } else if (notes.history.isJournalUpToDate()) {
+        } else if (history.isJournalUpToDate()) {
             EXPECT_EQ(kept(), whole());
         } else {
             EXPECT_EQ(told(), 1);
@@ -71,13 +51,10 @@ struct DiskWorker {
         EXPECT_LE(told(), 1);
     }
 
-    TemporaryFolder folder;
-    Person person;
-    DiskFiles files;
+    Notes& notes = document;
+    const TemporaryFolder& folder = *place;
     SettingsStore store{folder.path() / "config", files};
     RegistryKey key{store};
-    Journals journals{folder.path() / "journals", files};
-    Notes notes{person, person, files, &journals};
     int failures = 0;
     Connection onFailed = journals.Failed.connect([this](const std::string&) { ++failures; });
 };
@@ -95,8 +72,8 @@ TEST(FaultyDisk, LosesNothingAtAnyCall) {
                 const FaultyDisk disk(call, n, std::strcmp(call, "flock") == 0 ? EWOULDBLOCK : EIO);
                 const std::vector<std::function<void()>> steps{
                     [&] { worker.notes.add("one"); },
-                    [&] { worker.notes.history.Undo(); },
-                    [&] { worker.notes.history.Redo(); },
+                    [&] { worker.history.Undo(); },
+                    [&] { worker.history.Redo(); },
                     [&] { worker.setting(1); },
                     [&] { worker.save(); },
                     [&] { worker.notes.add("two"); },
@@ -117,7 +94,7 @@ TEST(FaultyDisk, LosesNothingAtAnyCall) {
             SCOPED_TRACE(std::string(call) + " " + std::to_string(n) + " afterwards");
             EXPECT_EQ(worker.notes.lines, (std::vector<std::string>{"one", "two", "three"}));
             worker.notes.add("four");
-            EXPECT_TRUE(worker.notes.history.isJournalUpToDate());
+            EXPECT_TRUE(worker.history.isJournalUpToDate());
             EXPECT_EQ(worker.kept(), worker.whole());
             worker.save();
             EXPECT_EQ(worker.folder.content("a.note"), worker.whole());

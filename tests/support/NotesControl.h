@@ -11,7 +11,7 @@ namespace corvane {
 class NotesControl final : public ProductControl, public ClipboardCommands {
   public:
     explicit NotesControl(Desk& desk, Dialogs* dialogs = nullptr)
-        : notes(dialogs == nullptr ? desk.person : *dialogs, desk.person, desk.files) {
+        : notes({dialogs == nullptr ? desk.person : *dialogs, desk.person, desk.files}) {
         desk.bench.link.setMaintainConnection(false);
         options.Initialize(optionsMessenger);
     }
