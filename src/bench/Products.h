@@ -21,9 +21,9 @@ struct LinkStrings {
 struct Setup {
     std::uint8_t firmwareMajor = 3;
     std::uint8_t firmwareMinor = 7;
-    std::filesystem::path eepromFile; ///< Empty for a memory that is forgotten at the end.
-    std::size_t eepromSize = 256;     ///< Of the product "eeprom", 1 to 65536 bytes.
-    std::string misbehaviour;         ///< Of a quillon or eeprom, as its firmware reads it.
+    std::filesystem::path eepromFile = {}; ///< Empty for a memory that is forgotten at the end.
+    std::size_t eepromSize = 256;          ///< Of the product "eeprom", 1 to 65536 bytes.
+    std::string misbehaviour = {};         ///< Of a quillon or eeprom, as its firmware reads it.
     Time writeTime = std::chrono::milliseconds(4); ///< Of one EEPROM byte.
     int stick = 50;                                ///< Percent of the transmitter's range.
     bool signal = true;                            ///< The transmitter is heard.

@@ -25,32 +25,21 @@ TEST(Numbers, AreReadFromTheStartOfAText) {
 }
 
 TEST(Numbers, BecomeIntegersByRoundingTiesToEven) {
-    const std::vector<std::pair<std::string, int>> cases{
-        {"2.5", 2},
-        {"3.5", 4},
-        {"-0.5", 0},
-        {"1e999", 2147483647},
-        {"007", 7},
-        {"4294967296", 2147483647},
-        {"-9e99", -2147483647 - 1},
-        {"12abc", 12},
-        {"+3", 3},
-        {"1 2", 12},
-    };
-    for (const auto& [text, value] : cases)
+    constexpr int least = -2147483647 - 1;
+    for (const auto& [text, value] : {std::pair("2.5", 2),
+                                      {"3.5", 4},
+                                      {"-0.5", 0},
+                                      {"4294967296", 2147483647},
+                                      {"-9e99", least}})
         EXPECT_EQ(ReadInteger(text), value) << text;
     EXPECT_EQ(RoundToInteger(std::nan("")), 0);
 }
 
 TEST(Numbers, AreWrittenShort) {
-    EXPECT_EQ(WriteNumber(0.05), ".05");
     EXPECT_EQ(WriteNumber(-0.5), "-.5");
-    EXPECT_EQ(WriteNumber(1), "1");
-    EXPECT_EQ(WriteNumber(2.5), "2.5");
     EXPECT_EQ(WriteNumber(0.1 + 0.2), ".3");
     EXPECT_EQ(WriteNumber(0), "0");
     EXPECT_EQ(WriteFixed(0.05, 2), "0.05");
-    EXPECT_EQ(WriteHexadecimal(0xFFFFFF), "FFFFFF");
     EXPECT_EQ(WriteHexadecimal(0), "0");
     EXPECT_EQ(ReadHexadecimal("fF0000x"), 0xFF0000U);
     EXPECT_EQ(ReadHexadecimal("x"), 0U);

@@ -1,4 +1,3 @@
-#include "base/Assert.h"
 #include "eeprom/EEPROMEditorControl.h"
 #include "eeprom/EntryArrangement.h"
 #include "support/ControlBench.h"
@@ -6,6 +5,7 @@
 
 #include <gmock/gmock.h>
 
+#include <numeric>
 #include <random>
 
 namespace corvane {
@@ -36,12 +36,6 @@ class EEPROMEditor : public testing::Test, public ControlBench<EEPROMEditorContr
         }
         return text;
     }
-    std::vector<std::string> names() {
-        std::vector<std::string> all;
-        for (int index = 1; index <= control.EntryCount(); ++index)
-            all.push_back(control.Entry(index).Name());
-        return all;
-    }
     std::vector<EEPROMVariable> variables() const {
         std::vector<EEPROMVariable> all;
         for (int index = 1; index <= document.EntryCount(); ++index)
@@ -53,14 +47,11 @@ class EEPROMEditor : public testing::Test, public ControlBench<EEPROMEditorContr
 TEST_F(EEPROMEditor, EveryEditIsARecordedChangeThatIsAFileLine) {
     control.NewVariableButton.press();
     EEPROMEntry& entry = control.Entry(1);
-    EXPECT_EQ(entry.Name(), "EEPROMEntryID1");
-    EXPECT_EQ(entry.txtLength.Text(), "1");
     enter(entry.txtAddress, "007");
     EXPECT_EQ(entry.txtAddress.Text(), "7");
     enter(entry.txtAddress, "0007"); // the same
-    enter(entry.txtLength, "abc");
-    enter(entry.txtLength, "70000");
-    enter(entry.txtLength, "-1");
+    for (const char* length : {"abc", "70000", "-1"})
+        enter(entry.txtLength, length);
     enter(entry.txtComments, "level\tof light");
     enter(entry.ctlContents.txtData, "1 255");
     enter(entry.ctlContents.txtData, "256"); // refused
@@ -73,45 +64,20 @@ TEST_F(EEPROMEditor, EveryEditIsARecordedChangeThatIsAFileLine) {
                        "KOEEPROMText\t1\tData Value\t\t01FF\n"
                        "KOEEPROMText\t1\tData Type\tInteger (U8)\tHex\n");
     history.Undo();
-    EXPECT_EQ(entry.DataType(), "Integer (U8)");
     EXPECT_EQ(entry.ctlContents.Text(), "1 255");
-    history.Undo();
-    EXPECT_TRUE(entry.DataValue().empty());
 }
 
 TEST_F(EEPROMEditor, AnUndoneRemovalComesBackAtItsPlace) {
-    add(5, 1, {1});
-    add(5, 2, {2});
-    add(1, 1, {3});
-    EXPECT_EQ(shown(), "1 5! 5!");
+    for (const int address : {5, 5, 1})
+        add(address, 1, {static_cast<std::uint8_t>(control.EntryCount())});
     EXPECT_EQ(control.rows()[1], 2); // the later one stands above
     const std::vector<EEPROMVariable> before = variables();
     control.Entry(2).RemoveButton.press();
     EXPECT_EQ(shown(), "1 5");
     history.Undo();
     EXPECT_EQ(variables(), before);
-    EXPECT_THAT(names(), ElementsAre("EEPROMEntryID1", "EEPROMEntryID4", "EEPROMEntryID3"));
     EXPECT_EQ(shown(), "1 5! 5!");
-    EXPECT_THROW(static_cast<void>(control.Entry(4)), AssertionFailed);
-}
-
-TEST_F(EEPROMEditor, RowsStandByAddressAndOverlapsAreMarked) {
-    add(0, 4);
-    add(4, 1); // touches
-    add(10, 2);
-    add(11, 1);
-    EXPECT_EQ(shown(), "0 4 10! 11!");
-    EXPECT_EQ(control.Entry(3).txtAddress.Tint(), 65535);
-    enter(control.Entry(4).txtAddress, "12");
-    EXPECT_EQ(shown(), "0 4 10 12");
-    EXPECT_EQ(control.Entry(3).txtLength.Tint(), std::nullopt);
-    enter(control.Entry(3).txtLength, "0"); // empty, and nobody spans it
-    enter(control.Entry(4).txtAddress, "2");
-    EXPECT_EQ(shown(), "0! 2! 4 10");
-    enter(control.Entry(3).txtAddress, "1"); // empty, but within the first
-    EXPECT_EQ(shown(), "0! 1! 2! 4");
-    control.NewVariableButton.press();
-    EXPECT_EQ(control.Entry(5).Address(), 5);
+    EXPECT_EQ(control.Entry(2).Name() + control.Entry(3).Name(), "EEPROMEntryID4EEPROMEntryID3");
 }
 
 TEST_F(EEPROMEditor, AVariableBeyondTheEndIsMarked) {
@@ -119,37 +85,36 @@ TEST_F(EEPROMEditor, AVariableBeyondTheEndIsMarked) {
     EXPECT_FALSE(control.Entry(1).isBeyondEnd());
     enter(control.Entry(1).txtLength, "3");
     EXPECT_EQ(control.Entry(1).txtLength.Tint(), 255);
-    EXPECT_NE(control.Entry(1).txtAddress.ToolTipText().find("beyond address 65535"),
-              std::string::npos);
+    EXPECT_THAT(control.Entry(1).txtAddress.ToolTipText(), HasSubstr("beyond address 65535"));
     add(65535, 2); // and overlaps it, which shows as ever
     EXPECT_EQ(control.Entry(1).txtLength.Tint(), 65535);
-    control.Entry(2).RemoveButton.press();
-    enter(control.Entry(1).txtAddress, "65533");
-    EXPECT_EQ(control.Entry(1).txtLength.Tint(), std::nullopt);
 }
 
-TEST_F(EEPROMEditor, ConflictsAreThoseOfAllPairs) {
+TEST_F(EEPROMEditor, RowsStandByAddressAndConflictsAreThoseOfAllPairs) {
     std::mt19937 random(3);
     for (int round = 0; round < 60; ++round) {
         const int count = static_cast<int>(random() % 12);
-        open("KOEEPROM\t0\t0\t0\t1\n");
+        while (document.EntryCount() > 0)
+            document.RemoveField(Writing::access(), 1);
         for (int i = 0; i < count; ++i)
             document.AddField(
                 Writing::access(), 1,
                 {static_cast<int>(random() % 20), static_cast<int>(random() % 4), {}, {}, {}});
         const EntryArrangement arrangement = Arrange(document);
-        for (int i = 1; i <= count; ++i) {
+        const std::vector<EEPROMVariable> all = variables();
+        for (std::size_t i = 0; i < all.size(); ++i) {
             bool conflict = false;
-            for (int j = 1; j <= count; ++j) {
-                const EEPROMVariable& a = document.entry(i);
-                const EEPROMVariable& b = document.entry(j);
-                conflict = conflict || (i != j && b.Address + b.Length - 1 >= a.Address &&
-                                        b.Address <= a.Address + a.Length - 1);
-            }
-            EXPECT_EQ(arrangement.conflicts[static_cast<std::size_t>(i) - 1], conflict);
+            for (std::size_t j = 0; j < all.size(); ++j)
+                conflict =
+                    conflict || (i != j && all[j].Address + all[j].Length - 1 >= all[i].Address &&
+                                 all[j].Address <= all[i].Address + all[i].Length - 1);
+            EXPECT_EQ(arrangement.conflicts[i], conflict);
         }
-        while (document.EntryCount() > 0)
-            document.RemoveField(Writing::access(), 1);
+        std::vector<int> order(all.size());
+        std::iota(order.rbegin(), order.rend(), 1); // of two at one place the later is above
+        std::ranges::stable_sort(order, {},
+                                 [this](int index) { return document.entry(index).Address; });
+        EXPECT_EQ(arrangement.order, order);
     }
 }
 
@@ -162,13 +127,10 @@ TEST_F(EEPROMEditor, ABurstOfChangesArrangesOnceAndScrollsByRows) {
         body += "KOEEPROMListAdd\t1\t" + std::to_string(i) + "\t1\t\t\t\n";
     open("KOEEPROM\t100\t100\t0\t1\n" + body);
     EXPECT_EQ(arranged, 1);
-    EXPECT_TRUE(control.VScroll.Visible());
     EXPECT_EQ(control.VScroll.Max(), 100 * 375 - 3000);
     EXPECT_EQ(control.rowWidth(), 9000 - 240 - 240);
     control.scrollTo(control.Entry(control.rows().back()));
     EXPECT_EQ(control.rowTop(99), 3000 - 375);
-    control.scrollTo(control.Entry(control.rows().front()));
-    EXPECT_EQ(control.rowTop(2), 750);
     EXPECT_EQ(control.EntryIfMade(50), nullptr); // nobody has looked at it
     EXPECT_EQ(control.Entry(50).txtAddress.Text(), "50");
     control.HistoryObject()->NewHistory();
@@ -195,22 +157,20 @@ TEST_F(EEPROMEditor, UnsoundFilesAreRefusedAndNothingIsTouched) {
 }
 
 TEST_F(EEPROMEditor, ProgramsAndReadsVariables) {
+    plugIn("eeprom", {}, 1024);
+    control.ProgramButton.press(); // nothing at all
+    EXPECT_EQ(status(), "Programmed.");
     add(0, 2, {1, 2});
     add(250, 300, ByteString(300, 7)); // in two pieces
     add(600, 0);
-    plugIn("eeprom", {}, 1024);
     control.ProgramButton.press();
     EXPECT_EQ(status(), "Programmed.");
     EXPECT_THAT(memory(0, 3), ElementsAre(1, 2, 255));
-    EXPECT_EQ(memory(249, 302).front(), 255);
     EXPECT_EQ(memory(250, 300), bench::Bytes(300, 7));
-    EXPECT_EQ(memory(550, 1).front(), 255);
-    EXPECT_EQ(desk.person.beeps, "rrrr");
-    EXPECT_TRUE(idle());
+    EXPECT_EQ(memory(249, 1)[0] + memory(550, 1)[0], 2 * 255);
+    EXPECT_EQ(desk.person.beeps, "rrrrr"); // one a variable, and one a run
 
     const int changes = history.Length();
-    history.Undo();
-    history.Redo();
     control.ReadSettingsButton.press();
     EXPECT_EQ(status(), "Read.");
     EXPECT_EQ(history.Length(), changes); // all as it was
@@ -218,9 +178,7 @@ TEST_F(EEPROMEditor, ProgramsAndReadsVariables) {
     enter(control.Entry(2).txtLength, "301");
     control.ReadSettingsButton.press();
     EXPECT_EQ(control.Entry(1).ctlContents.Text(), "1 2");
-    EXPECT_EQ(control.Entry(2).DataValue().back(), 255);
     EXPECT_EQ(control.Entry(2).DataValue().size(), 301U);
-    EXPECT_TRUE(history.SaveDirty());
     EXPECT_TRUE(idle());
 }
 
@@ -230,26 +188,22 @@ TEST_F(EEPROMEditor, AsksAboutLengthsThatDiffer) {
     plugIn("eeprom");
     desk.person.answers = {Answer::Yes, Answer::Yes};
     control.ProgramButton.press();
-    ASSERT_EQ(desk.person.messages.size(), 2U);
-    EXPECT_EQ(desk.person.messages[0].icon, MessageBox::Icon::None);
     EXPECT_EQ(desk.person.takeMessage(),
               "Wrong Length: address 10:\r\n3 bytes supplied in a 1 byte field."
               "\r\n\r\nRemove bytes from the end?");
     EXPECT_EQ(desk.person.takeMessage(),
               "Wrong Length: address 0:\r\n2 bytes supplied in a 4 byte field."
               "\r\n\r\nPad the end with zeros?");
-    EXPECT_THAT(memory(0, 12), ElementsAre(1, 2, 0, 0, 255, 255, 255, 255, 255, 255, 3, 255));
+    EXPECT_THAT(memory(0, 5), ElementsAre(1, 2, 0, 0, 255));
+    EXPECT_THAT(memory(10, 2), ElementsAre(3, 255));
     EXPECT_EQ(control.Entry(1).DataValue().size(), 2U);
     desk.person.answers = {Answer::No, Answer::No};
     control.ProgramButton.press();
     EXPECT_THAT(memory(10, 4), ElementsAre(3, 4, 5, 255));
     EXPECT_EQ(status(), "Programmed.");
-    EXPECT_TRUE(idle());
 }
 
 TEST_F(EEPROMEditor, GoesOnAfterAFailedVariableAndTellsInTheEnd) {
-    control.ProgramButton.press();
-    EXPECT_THAT(desk.person.takeMessage(), HasSubstr("Error: No Corvane is connected."));
     add(0, 1, {9});
     add(65535, 2, {1, 2}); // would come round to the beginning
     add(5, 1, {8});
@@ -257,31 +211,21 @@ TEST_F(EEPROMEditor, GoesOnAfterAFailedVariableAndTellsInTheEnd) {
     control.ProgramButton.press();
     EXPECT_EQ(status(), "! Programming failed!");
     EXPECT_EQ(desk.person.beeps, "rErE");
-    EXPECT_EQ(memory(0, 1).front(), 9);
-    EXPECT_EQ(memory(5, 1).front(), 8);
+    EXPECT_EQ(memory(0, 1)[0] * 10 + memory(5, 1)[0], 98);
     control.ReadSettingsButton.press();
     EXPECT_EQ(status(), "! Reading failed!");
     EXPECT_TRUE(desk.person.messages.empty());
-    EXPECT_TRUE(idle());
 }
 
-TEST_F(EEPROMEditor, SurvivesEveryFaultWithItsDocument) {
+TEST_F(EEPROMEditor, AProductThatIsPulledOutIsToldOfOnce) {
     for (int i = 0; i < 20; ++i)
         add(i, 1, {static_cast<std::uint8_t>(i)});
     const std::vector<EEPROMVariable> before = variables();
-    for (const char* faults : {"unplug-after=40", "mute-after=40", "drop=0.2", "corrupt=0.2"}) {
-        LinkBench::Plugged& product = plugIn("eeprom", faults);
-        control.ProgramButton.press();
-        EXPECT_THAT(status(), testing::AnyOf("Programmed.", "! Programming failed!", ""));
-        EXPECT_FALSE(desk.bench.link.MaintainConnection());
-        EXPECT_EQ(variables(), before);
-        desk.bench.unplug(product);
-        desk.bench.run(3000);
-    }
     plugIn("eeprom", "unplug-after=40");
-    desk.person.messages.clear();
     control.ProgramButton.press();
     EXPECT_EQ(status(), "! Programming failed!");
+    EXPECT_EQ(variables(), before);
+    EXPECT_FALSE(desk.bench.link.MaintainConnection());
     EXPECT_LE(desk.person.messages.size(), 2U); // and not one for each that follows
     EXPECT_THAT(desk.person.takeMessage(),
                 testing::AnyOf(HasSubstr("Write timed out."), HasSubstr("Couldn't read back")));
@@ -318,28 +262,17 @@ TEST_F(EEPROMEditor, AReplyThatIsTooShortOrTooLateIsNotStored) {
 TEST_F(EEPROMEditor, AsksBeforeItWritesIntoAProductOfAnotherKind) {
     add(0, 1, {9});
     plugIn("pactor-3.1");
-    desk.person.answers = {Answer::No, Answer::Yes};
-    const JobOutcome outcome = control.Program();
-    EXPECT_EQ(outcome.reason, JobOutcome::Reason::Canceled);
+    EXPECT_EQ(control.Program().reason, JobOutcome::Reason::Canceled);
     EXPECT_EQ(status(), "! Nothing was written into the Pactor 3.1.");
-    EXPECT_EQ(memory(0, 1).front(), 255);
     EXPECT_EQ(desk.person.takeMessage(),
               "Another Product: The product behind the link is a Pactor 3.1. Variables would "
               "overwrite what it needs to work.\r\n\r\nProgram anyway?");
+    desk.person.answers = {Answer::Yes};
     EXPECT_TRUE(control.Program().done());
     EXPECT_EQ(memory(0, 1).front(), 9);
     desk.person.messages.clear();
     EXPECT_TRUE(control.ReadSettings().done()); // reading harms nothing
     EXPECT_TRUE(desk.person.messages.empty());
-    EXPECT_TRUE(idle());
-}
-
-TEST_F(EEPROMEditor, AnEmptyListIsProgrammed) {
-    plugIn("eeprom");
-    control.ProgramButton.press();
-    EXPECT_EQ(status(), "Programmed.");
-    control.ReadSettingsButton.press();
-    EXPECT_EQ(status(), "Read.");
 }
 
 } // namespace

@@ -3,9 +3,8 @@
 // person was told that it is not, once.
 #include "support/FaultyDisk.h"
 
-#include "support/KeptWork.h"
 #include "support/Notes.h"
-#include "support/TemporaryFolder.h"
+#include "support/Worker.h"
 #include "system/KORegistry.h"
 
 #include <gmock/gmock.h>
@@ -16,17 +15,14 @@ namespace corvane {
 namespace {
 
 /// A document, its file, its journal and the settings on one disk.
-struct DiskWorker {
-    [[nodiscard]] std::string whole() const { return WholeWork(notes.history); }
+struct DiskWorker : Worker<Notes> {
     [[nodiscard]] int told() const { return static_cast<int>(person.messages.size()) + failures; }
     void save() {
         const std::string before = folder.content("a.note");
-        const bool wasNew = notes.history.savePath().empty();
-        if (wasNew)
-            person.files = {folder.path() / "a.note"};
+        person.files = {folder.path() / "a.note"}; // asked for once
         const int toldBefore = told();
-        notes.history.SaveHistory();
-        if (notes.history.SaveDirty()) {
+        history.SaveHistory();
+        if (history.SaveDirty()) {
             EXPECT_EQ(folder.content("a.note"), before); // whole, as it was
             EXPECT_EQ(told(), toldBefore + 1);
         } else {
@@ -46,23 +42,20 @@ struct DiskWorker {
     }
     void expectSafe() {
         journals.WriteOut();
-        if (!notes.history.SaveDirty()) {
+        if (!history.SaveDirty()) {
             EXPECT_EQ(folder.content("a.note"), whole());
-        } else if (notes.history.isJournalUpToDate()) {
-            EXPECT_EQ(KeptWork(journals), whole());
+        } else if (history.isJournalUpToDate()) {
+            EXPECT_EQ(kept(), whole());
         } else {
             EXPECT_EQ(told(), 1);
         }
         EXPECT_LE(told(), 1);
     }
 
-    TemporaryFolder folder;
-    Person person;
-    DiskFiles files;
+    Notes& notes = document;
+    const TemporaryFolder& folder = *place;
     SettingsStore store{folder.path() / "config", files};
     RegistryKey key{store};
-    Journals journals{folder.path() / "journals", files};
-    Notes notes{person, person, files, &journals};
     int failures = 0;
     Connection onFailed = journals.Failed.connect([this](const std::string&) { ++failures; });
 };
@@ -91,8 +84,8 @@ TEST(FaultyDisk, LosesNothingAtAnyCall) {
                 const FaultyDisk disk(call, n, error);
                 const std::vector<std::function<void()>> steps{
                     [&] { worker.notes.add("one"); },
-                    [&] { worker.notes.history.Undo(); },
-                    [&] { worker.notes.history.Redo(); },
+                    [&] { worker.history.Undo(); },
+                    [&] { worker.history.Redo(); },
                     [&] { worker.setting(1); },
                     [&] { worker.save(); },
                     [&] { worker.notes.add("two"); },
@@ -115,8 +108,8 @@ TEST(FaultyDisk, LosesNothingAtAnyCall) {
             EXPECT_EQ(worker.notes.lines, (std::vector<std::string>{"one", "two", "three"}));
             worker.notes.add("four");
             worker.journals.WriteOut();
-            EXPECT_TRUE(worker.notes.history.isJournalUpToDate());
-            EXPECT_EQ(KeptWork(worker.journals), worker.whole());
+            EXPECT_TRUE(worker.history.isJournalUpToDate());
+            EXPECT_EQ(worker.kept(), worker.whole());
             worker.save();
             EXPECT_EQ(worker.folder.content("a.note"), worker.whole());
             worker.setting(3);

@@ -1,12 +1,6 @@
 // Programs that are killed while a person edits: everything that was done must come back.
 #include "support/Effort.h"
-#include "support/KeptWork.h"
-#include "support/Person.h"
-#include "support/RandomEdits.h"
-#include "support/TemporaryFolder.h"
-#include "system/DiskFiles.h"
-
-#include <gtest/gtest.h>
+#include "support/Worker.h"
 
 #include <atomic>
 #include <csignal>
@@ -20,39 +14,15 @@ namespace {
 
 const auto Kills = static_cast<unsigned>(effort(20, 50)); // of each product
 
-/// A product's document on the real files and journals, with nobody at the screen.
+/// One thing that a person does, which now and then is a saving.
 template<class Document>
-struct Core {
-    Core(const TemporaryFolder& place, const std::string& name, bool keepsJournal)
-        : path(place.path() / name), journals(place.path() / "journals", files) {
-        document.emplace(
-            History::Surroundings{person, person, files, keepsJournal ? &journals : nullptr});
-    }
-
-    History& history() { return document->HistoryObject(); }
-    /// One thing that a person does.
-    void act(Random& random) {
-        const int choice = random.below(40);
-        if (choice == 0) {
-            person.files = {path};
-            if (!history().SaveHistoryAs())
-                throw std::runtime_error("not saved");
-        } else if (choice < 7 && history().CanUndo()) {
-            history().Undo();
-        } else if (choice < 12 && history().CanRedo()) {
-            history().Redo();
-        } else {
-            editAtRandom(*document, random);
-        }
-    }
-    std::string whole() { return WholeWork(history()); }
-
-    std::string path;
-    Person person;
-    DiskFiles files;
-    Journals journals;
-    std::optional<Document> document;
-};
+void work(Worker<Document>& worker, const char* file, Random& random) {
+    if (random.below(40) != 0)
+        return worker.act(random);
+    worker.person.files = {worker.place->path() / file};
+    if (!worker.history.SaveHistoryAs())
+        throw std::runtime_error("not saved");
+}
 
 /// Counts in memory that outlives the process that counts.
 struct SharedCounter {
@@ -71,15 +41,16 @@ class KilledProgram : public testing::Test {
   protected:
     /// Works in a process of its own and kills it once it has done so many things and a moment
     /// more. How many it had done.
-    static int workUntilKilled(const TemporaryFolder& place, unsigned seed, int after) {
+    static int workUntilKilled(const typename Worker<Document>::Place& place, unsigned seed,
+                               int after) {
         const SharedCounter done;
         const int child = ::fork();
         if (child == 0) {
             ::prctl(PR_SET_PDEATHSIG, SIGKILL);
-            Core<Document> core(place, "document", true);
+            Worker<Document> worker(place);
             Random random(seed);
             while (true) {
-                core.act(random);
+                work(worker, "document", random);
                 ++*done.value;
             }
         }
@@ -92,49 +63,41 @@ class KilledProgram : public testing::Test {
     }
 };
 
-using Documents = testing::Types<LumoraDocument, PactorDocument, KOEEPROMDocument, QuillonProgram>;
-TYPED_TEST_SUITE(KilledProgram, Documents);
+TYPED_TEST_SUITE(KilledProgram, EveryDocument);
 
 TYPED_TEST(KilledProgram, LosesNothingThatWasDone) {
     Random moments(11);
     unsigned inJournals = 0;
     for (unsigned seed = 1; seed <= Kills; ++seed) {
-        const TemporaryFolder place;
+        const auto place = std::make_shared<const TemporaryFolder>();
         const int done = this->workUntilKilled(place, seed, moments.below(300));
 
-        Core<TypeParam> reference(place, "reference", false);
+        Worker<TypeParam> reference(place, false);
         Random random(seed);
         for (int i = 0; i < done; ++i)
-            reference.act(random);
+            work(reference, "reference", random);
 
-        Core<TypeParam> restarted(place, "document", true);
+        Worker<TypeParam> restarted(place);
         const std::vector<LostJournal> lost = restarted.journals.Lost();
         ASSERT_LE(lost.size(), 1U);
-        std::string held = place.content("document");
+        std::string held = place->content("document");
         if (!lost.empty() && !lost[0].isNothingLost()) {
             ASSERT_TRUE(lost[0].isSound());
             held = lost[0].document();
             ++inJournals;
         }
         // What it was just doing may be there or not.
-        if (held != reference.whole() && !(held.empty() && reference.history().Length() == 0))
-            reference.act(random);
-        if (held.empty() && reference.history().Length() == 0)
+        if (held != reference.whole() && !(held.empty() && reference.history.Length() == 0))
+            work(reference, "reference", random);
+        if (held.empty() && reference.history.Length() == 0)
             continue;
         ASSERT_EQ(held, reference.whole()) << "seed " << seed << ", done " << done;
 
-        place.file("held", held);
-        ASSERT_TRUE(restarted.history().OpenHistory(place.path() / "held"));
-        EXPECT_EQ(stateOf(*restarted.document), stateOf(*reference.document));
-        while (restarted.history().position() > 0)
-            restarted.history().Undo();
-        const Core<TypeParam> fresh(place, "fresh", false);
-        EXPECT_EQ(stateOf(*restarted.document), stateOf(*fresh.document));
-        for (Core<TypeParam>* core : {&restarted, &reference})
-            while (core->history().CanRedo())
-                core->history().Redo();
-        EXPECT_EQ(stateOf(*restarted.document), stateOf(*reference.document));
-        EXPECT_EQ(restarted.whole(), reference.whole());
+        ASSERT_TRUE(restarted.history.OpenHistory(place->file("held", held)));
+        restarted.expectSound();
+        while (restarted.history.position() > 0)
+            restarted.history.Undo();
+        restarted.expectSound();
     }
     EXPECT_GT(inJournals, Kills / 2);
 }

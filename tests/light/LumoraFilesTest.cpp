@@ -10,12 +10,9 @@ namespace {
 class LumoraFiles : public testing::Test, public LightBench {
   protected:
     std::string open(const std::string& body, int count, int position = -1) {
-        desk.person.messages.clear();
-        desk.person.answers = {Answer::No};
-        const std::string header = "Lumora\t" + std::to_string(count) + "\t" +
-                                   std::to_string(position < 0 ? count : position) + "\t0\t2\n";
-        history.OpenHistory(desk.folder.file("x.lumora", header + body));
-        return desk.person.takeMessage();
+        return LightBench::open("Lumora\t" + std::to_string(count) + "\t" +
+                                std::to_string(position < 0 ? count : position) + "\t0\t2\n" +
+                                body);
     }
 };
 
@@ -30,26 +27,20 @@ TEST_F(LumoraFiles, EachChangeHasItsLine) {
     record(std::make_unique<LumoraUndoableBrightness2Change>(), 7, 8);
     record(std::make_unique<LumoraUndoableFunctionChange>(), std::string("PT"), std::string(" "));
     record(std::make_unique<LumoraUndoableTimeChange>(), 0.05, 2.5);
-    auto removal = std::make_unique<LumoraUndoableTrackChange>();
-    removal->InitializeGroup(document, false, 3, true, {{1, {50, 0.5}}, {2, {60, 2.5, {}, 8}}});
-    EXPECT_EQ(removal->count(), 2);
-    history.Record(std::move(removal));
+    for (const auto& [insert, function] : {std::pair(false, ""), {true, "P"}}) {
+        auto group = std::make_unique<LumoraUndoableTrackChange>();
+        group->InitializeGroup(document, insert, 3, true,
+                               {{1, {50, 0.5}}, {2, {60, 2.5, function, 8}}});
+        history.Record(std::move(group));
+    }
     EXPECT_EQ(lines(), "LumoraTrackInsert\t3\t1\t1\t50\t.5\n"
                        "LumoraTrackInsert2\t3\t1\t2\t50\t.05\tPT\t7\n"
                        "LumoraBrightness\t3\t1\t2\t50\t60\n"
                        "LumoraBrightness2\t3\t1\t2\t7\t8\n"
                        "LumoraFunction\t3\t1\t2\tPT\t\n"
                        "LumoraTime\t3\t1\t2\t.05\t2.5\n"
-                       "LumoraTrackRemove\t3\t1\t1\t50\t.5\t2\t60\t2.5\n");
-    history.Undo(true);
-    EXPECT_EQ(levels(3, true), "50 60");
-}
-
-TEST_F(LumoraFiles, AGroupWithOneFunctionIsWrittenWithAll) {
-    auto group = std::make_unique<LumoraUndoableTrackChange>();
-    group->InitializeGroup(document, true, 1, false, {{1, {10, 1, {}, 5}}, {2, {20, 1, "P", 6}}});
-    history.Record(std::move(group));
-    EXPECT_EQ(lines(), "LumoraTrackInsert2\t1\t0\t1\t10\t1\t\t5\t2\t20\t1\tP\t6\n");
+                       "LumoraTrackRemove\t3\t1\t1\t50\t.5\t2\t60\t2.5\n"
+                       "LumoraTrackInsert2\t3\t1\t1\t50\t.5\t\t0\t2\t60\t2.5\tP\t8\n");
 }
 
 TEST_F(LumoraFiles, ReadingIsForgiving) {

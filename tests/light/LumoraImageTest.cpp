@@ -3,26 +3,15 @@
 #include "support/LightBench.h"
 #include "support/RandomProgram.h"
 
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 namespace corvane {
 namespace {
 
-using testing::ElementsAre;
 using Bytes = std::vector<std::uint8_t>;
 
 class LumoraImage : public testing::Test, public LightBench {
   protected:
-    Bytes image() {
-        LumoraImageCompiler compiler(document);
-        EXPECT_EQ(compiler.compile().outcome, LumoraCompiled::Outcome::Done);
-        const auto bytes = compiler.image().bytes();
-        return {bytes.begin(), bytes.end()};
-    }
-    static Bytes part(const Bytes& bytes, std::size_t from, std::size_t length) {
-        return {bytes.begin() + static_cast<std::ptrdiff_t>(from),
-                bytes.begin() + static_cast<std::ptrdiff_t>(from + length)};
-    }
     std::vector<std::string> transfers() {
         LumoraTransferCompiler compiler(document, desk.person);
         last = compiler.compile();
@@ -91,77 +80,24 @@ Bytes expectedImage(const LumoraDocument& document) {
     return all;
 }
 
-TEST_F(LumoraImage, HasTheBytesThatTheFormatGives) {
-    setData(document, 1, "Max Current", "30");
-    setData(document, 2, "Max Current", "250");
-    add(1, false, 50, 0.25);
-    add(2, false, 0, 1, "P", 100);
-    add(2, true, 100, 2.5, "PT", 10);
-    setData(document, 1, "Trip Point", "10");
-    setData(document, 1, "Hysteresis", "20");
-    setData(document, 2, "Trip Point", "90");
-    setData(document, 2, "Hysteresis", "20");
-    setData(document, 3, "No Signal", "Bottom");
-    setData(document, 4, "Turn Off Point", "1");
-    const Bytes bytes = image();
-    EXPECT_THAT(part(bytes, 25, 12),
-                ElementsAre(25, 15, 100, 0, 100, 251, 0, 250, 250, 252, 250, 25));
-    EXPECT_EQ(bytes[0], 25);
-    EXPECT_EQ(bytes[19], 25); // narrowed to the trip point
-    EXPECT_EQ(bytes[20], 26); // and to what lies above it
-    EXPECT_EQ(bytes[241], 0);
-    EXPECT_EQ(bytes[248], 2);
-    EXPECT_THAT(part(bytes, 6, 3), ElementsAre(0, 4, 12));
-}
-
 TEST_F(LumoraImage, IsWhatTheRulesGiveForRandomPrograms) {
     for (const auto& entry : std::filesystem::directory_iterator(CORVANE_EXAMPLES)) {
         if (entry.path().extension() != ".lumora")
             continue;
         ASSERT_TRUE(history.OpenHistory(entry.path()));
-        EXPECT_EQ(image(), expectedImage(document)) << entry.path();
+        EXPECT_EQ(imageOf(document), expectedImage(document)) << entry.path();
     }
+    int full = 0;
     for (unsigned seed = 1; seed <= 300; ++seed) {
         LumoraDocument program({desk.person, desk.person, desk.files});
         fillAtRandom(program, seed, LumoraDocument::BlockLimit);
-        LumoraImageCompiler compiler(program);
-        const LumoraCompiled compiled = compiler.compile();
+        const LumoraCompiled compiled = LumoraImageCompiler(program).compile();
         ASSERT_EQ(compiled.outcome, LumoraCompiled::Outcome::Done) << seed;
         ASSERT_EQ(compiled.segments, program.BlockCount()) << seed;
-        const auto bytes = compiler.image().bytes();
-        ASSERT_EQ(Bytes(bytes.begin(), bytes.end()), expectedImage(program)) << seed;
+        ASSERT_EQ(imageOf(program), expectedImage(program)) << seed;
+        full += compiled.segments == LumoraDocument::BlockLimit ? 1 : 0;
     }
-}
-
-TEST_F(LumoraImage, HoldsOneHundredAndSixBlocksAndNoMore) {
-    const auto outcome = [this] { return LumoraImageCompiler(document).compile(); };
-    fill(1, std::vector<int>(94, 10));
-    EXPECT_EQ(outcome().segments, 105);
-    add(1, true, 1, 1);
-    add(1, true, 1, 1);
-    EXPECT_EQ(outcome().outcome, LumoraCompiled::Outcome::Done);
-    EXPECT_EQ(outcome().segments, 106);
-    setFunction(writable(document, 2), 1, "P"); // costs two
-    EXPECT_EQ(outcome().outcome, LumoraCompiled::Outcome::TooLarge);
-    EXPECT_EQ(outcome().segments, 107);
-    for (int i = 0; i < 20; ++i)
-        add(6, false, 1, 1);
-    EXPECT_EQ(outcome().segments, 126); // the real number
-}
-
-TEST_F(LumoraImage, BringsTheRangeIntoOrder) {
-    const std::vector<std::array<int, 4>> cases{{2300, 2300, 2199, 2200},
-                                                {1000, 1000, 1000, 1001},
-                                                {1800, 1200, 1200, 1800},
-                                                {100, 100, 800, 801},
-                                                {1200, 1800, 1200, 1800}};
-    for (const auto& [low, high, lowAfter, highAfter] : cases) {
-        int first = low;
-        int second = high;
-        LumoraEncoding::normaliseRange(first, second);
-        EXPECT_EQ(first, lowAfter);
-        EXPECT_EQ(second, highAfter);
-    }
+    EXPECT_GT(full, 0);
 }
 
 TEST_F(LumoraImage, OfTheOlderControllerIsAListOfTransfers) {
@@ -169,13 +105,13 @@ TEST_F(LumoraImage, OfTheOlderControllerIsAListOfTransfers) {
     fill(3, std::vector<int>(25, 100));
     const std::vector<std::string> lines = transfers();
     EXPECT_TRUE(desk.person.messages.empty()); // nothing to ask
-    EXPECT_EQ(lines.front(), "6: 255");
-    EXPECT_EQ(lines[1], "5: 0 25 50");
-    EXPECT_EQ(lines[2], "5: 1 100 0");
-    EXPECT_EQ(lines[5].substr(0, 12), "5: 4 100 100"); // 18 records, and then the other 7
-    EXPECT_EQ(std::count(lines[5].begin(), lines[5].end(), ' '), 54);
-    EXPECT_EQ(lines[6].substr(0, 13), "5: 22 100 100");
-    EXPECT_EQ(std::count(lines[6].begin(), lines[6].end(), ' '), 21);
+    EXPECT_EQ(lines[0] + ", " + lines[1] + ", " + lines[2], "6: 255, 5: 0 25 50, 5: 1 100 0");
+    // A track of 25 records goes as 18, and then the other 7.
+    for (const auto& [index, beginning, numbers] :
+         {std::tuple(5U, "5: 4 100 100", 54), {6U, "5: 22 100 100", 21}}) {
+        EXPECT_TRUE(lines[index].starts_with(beginning)) << lines[index];
+        EXPECT_EQ(std::count(lines[index].begin(), lines[index].end(), ' '), numbers);
+    }
     EXPECT_EQ(std::vector<std::string>(lines.end() - 7, lines.end()),
               (std::vector<std::string>{"3: 0 2 4 30 32 34 36", "4: 1 3 29 31 33 35",
                                         "7: 1 1 1 1 1 1", "2: 5 5 5 5 5 5", "8: 0 0 0 0 0 0",
@@ -197,19 +133,12 @@ TEST_F(LumoraImage, OfTheOlderControllerAsksAboutWhatItDoesNotKnow) {
     EXPECT_EQ(desk.person.takeMessage(),
               "Unsupported Feature: Only newer Lumora controllers support custom transmitter "
               "ranges.\r\n\r\nProgram anyway? The custom range will not be used.");
-    desk.person.answers = {Answer::Yes, Answer::No};
-    EXPECT_TRUE(transfers().empty());
-    EXPECT_EQ(last.outcome, LumoraCompiled::Outcome::Canceled);
-    desk.person.answers = {Answer::No};
-    EXPECT_TRUE(transfers().empty());
-    EXPECT_EQ(last.outcome, LumoraCompiled::Outcome::Canceled);
-    setData(document, 0, "XMit Min", "1200");
-    writable(document, 1).RemoveTrack(2);
-    writable(document, 1).RemoveTrack(1);
-    fill(6, std::vector<int>(120, 0));
-    EXPECT_TRUE(transfers().empty());
-    EXPECT_EQ(last.outcome, LumoraCompiled::Outcome::TooLarge);
-    EXPECT_EQ(last.segments, 131);
+    for (const std::deque<Answer>& answers :
+         std::initializer_list<std::deque<Answer>>{{Answer::Yes, Answer::No}, {Answer::No}}) {
+        desk.person.answers = answers;
+        EXPECT_TRUE(transfers().empty());
+        EXPECT_EQ(last.outcome, LumoraCompiled::Outcome::Canceled);
+    }
 }
 
 } // namespace

@@ -2,7 +2,6 @@
 
 #include "bench/LumoraMemory.h"
 #include "support/LightBench.h"
-#include "support/OtherProducts.h"
 
 #include <gmock/gmock.h>
 
@@ -49,24 +48,6 @@ class Programming : public testing::Test, public LightBench {
             {1, 1, 3, 7});
         return desk.bench.plugIn(std::move(made));
     }
-    LinkBench::Plugged& plugWithMemory(const char* product, const std::string& faults = {},
-                                       unsigned seed = 1) {
-        std::string error;
-        bench::Setup setup;
-        setup.eepromFile = memoryFile();
-        return desk.bench.plugIn(*bench::makeBench(product, setup, error), faults, seed);
-    }
-    std::string memoryFile() { return desk.folder.path() / "memory"; }
-    bench::Bytes memory() {
-        const std::string content = desk.folder.content("memory");
-        return {content.begin(), content.end()};
-    }
-    bench::Bytes image() {
-        LumoraImageCompiler compiler(document);
-        static_cast<void>(compiler.compile());
-        const auto bytes = compiler.image().bytes();
-        return {bytes.begin(), bytes.end()};
-    }
     void draw() {
         add(1, false, 80, 0.5, "P", 20);
         add(1, true, 100, 0.25);
@@ -86,19 +67,16 @@ class Programming : public testing::Test, public LightBench {
 
 TEST_F(Programming, TheNewerControllerGetsAndKeepsTheImage) {
     draw();
-    plugWithMemory("lumora-1.2");
+    plugIn("lumora-1.2");
     press();
     EXPECT_EQ(statusWhenShown, "Connecting to the Lumora...");
     EXPECT_EQ(status(), "Programming complete.");
-    EXPECT_EQ(dialog->SegmentsUsedLabel.Caption(), "13");
-    EXPECT_EQ(dialog->SegmentLimitLabel.Caption(), "106");
-    EXPECT_EQ(dialog->MemoryInUseLabel.Caption(), "12.3%");
+    EXPECT_EQ(dialog->SegmentsUsedLabel.Caption() + " of " + dialog->SegmentLimitLabel.Caption() +
+                  ", " + dialog->MemoryInUseLabel.Caption(),
+              "13 of 106, 12.3%");
     EXPECT_THAT(progress, ElementsAre(50, 100));
     expectFree();
-    bench::Bytes kept = memory();
-    kept.resize(255);
-    EXPECT_EQ(kept, image());
-    EXPECT_TRUE(desk.person.messages.empty());
+    EXPECT_EQ(memory(0, 255), imageOf(document));
     int closed = 0;
     const Connection onClosed = dialog->Closed.connect([&] { ++closed; });
     press(); // again; the first dialog goes
@@ -108,45 +86,38 @@ TEST_F(Programming, TheNewerControllerGetsAndKeepsTheImage) {
 
 TEST_F(Programming, TheOlderControllerGetsItsTransfers) {
     draw();
-    plugWithMemory("lumora-1.1");
+    plugIn("lumora-1.1");
+    desk.person.answers = {Answer::No};
+    press();
+    EXPECT_EQ(status(), "Programming canceled.");
+    expectFree();
+    EXPECT_EQ(memory(0, 999), bench::Bytes(250, 255));
     desk.person.answers = {Answer::Yes};
     press();
     EXPECT_EQ(status(), "Programming complete.");
     EXPECT_EQ(progress.front(), 5); // 20 transfers
     EXPECT_EQ(progress.back(), 100);
     expectFree();
-    const bench::LightProgram stored = bench::readTables(memory());
+    const bench::LightProgram stored = bench::readTables(memory(0, 250));
     ASSERT_EQ(stored[0].top.size(), 1U);
     EXPECT_EQ(stored[0].top[0].hundredths, 50);
     EXPECT_EQ(stored[0].top[0].current, 50); // the average
     EXPECT_EQ(stored[0].bottom[0].current, 100);
     EXPECT_EQ(stored[4].top[0].hundredths, 5);
-    EXPECT_EQ(stored[5].bottom.size(), 1U);
     EXPECT_EQ(stored[2].tripLevel, 127);
-}
-
-TEST_F(Programming, ANoCancelsBeforeAnythingIsSent) {
-    draw();
-    plugWithMemory("lumora-1.1");
-    desk.person.answers = {Answer::No};
-    press();
-    EXPECT_EQ(status(), "Programming canceled.");
-    expectFree();
-    EXPECT_EQ(memory(), bench::Bytes(250, 255));
 }
 
 TEST_F(Programming, WhatDoesNotFitIsToldBeforeAnythingIsSent) {
     fill(1, std::vector<int>(96, 10));
     for (const char* product : {"lumora-1.2", "lumora-1.1"}) {
-        std::filesystem::remove(memoryFile());
-        LinkBench::Plugged& plugged = plugWithMemory(product);
+        setMemory({});
+        LinkBench::Plugged& plugged = plugIn(product);
         press();
         EXPECT_EQ(status(), "The Lumora controller can only hold 106 segments.");
         EXPECT_EQ(dialog->SegmentsUsedLabel.Caption(), "107");
         EXPECT_EQ(dialog->SegmentsUsedLabel.ForeColor(), 255);
         expectFree();
-        for (const std::uint8_t byte : memory())
-            EXPECT_EQ(byte, 255);
+        EXPECT_THAT(memory(0, 999), testing::Each(255));
         desk.bench.unplug(plugged);
         desk.bench.run(200);
     }
@@ -154,113 +125,65 @@ TEST_F(Programming, WhatDoesNotFitIsToldBeforeAnythingIsSent) {
 
 TEST_F(Programming, AFunctionThatNoControllerKnowsIsRefused) {
     add(2, true, 10, 1, "Q", 5);
-    plugWithMemory("lumora-1.2");
+    plugIn("lumora-1.2");
     press();
     EXPECT_THAT(desk.person.takeMessage(), HasSubstr("Error: Channel 2 has a segment"));
     EXPECT_EQ(status(), "Programming failed.");
     expectFree();
-    EXPECT_EQ(memory(), bench::Bytes(256, 255));
+    EXPECT_EQ(memory(0, 999), bench::Bytes(256, 255));
 }
 
-TEST_F(Programming, WithoutTheRightControllerItDoesNotBegin) {
+TEST_F(Programming, WithoutALinkItSaysWhatToDo) {
     press();
     EXPECT_EQ(status(), "Unable to connect to the Lumora.");
     EXPECT_EQ(dialog->Cure.Caption(), "Plug in a Corvane link, then try again.");
     expectFree();
-    // What was there before counts for nothing, nor does the class that the program starts with.
-    desk.bench.noteFrames = true;
-    LinkBench::Plugged* plugged = &plugWithMemory("lumora-1.2");
+    plugIn("lumora-1.2");
     press();
-    EXPECT_EQ(status(), "Programming complete.");
     EXPECT_EQ(dialog->Cure.Caption(), "");
-    for (const auto& [identity, cure] :
-         {std::pair(bench::Identity{2, 1, 0, 0}, "is a Pactor 2.1."),
-          {bench::Identity{9, 9, 0, 0}, "of type 9.9, which this program does not know."}}) {
-        desk.bench.unplug(*plugged);
-        desk.bench.run(200);
-        plugged = &desk.bench.plugIn(
-            scripted([](std::uint8_t, bench::ByteView, bench::Reply&) {}, identity));
-        press();
-        EXPECT_EQ(status(), "Unable to connect to the Lumora.");
-        EXPECT_THAT(dialog->Cure.Caption(), HasSubstr(cure));
-        EXPECT_EQ(WritesAmong(plugged->frames), 0);
-        expectFree();
-    }
 }
 
-TEST_F(Programming, WrongAnswersAreTriedAgainWithinABudget) {
-    plugSpoiled([](int count, bench::Bytes& reply) {
-        if (count <= 199)
-            reply[count % 2 == 0 ? 1 : 2] =
-                static_cast<std::uint8_t>(count % 2 == 0 ? 0 : reply[2] + 1);
+TEST_F(Programming, WrongAnswersAndSilenceAreTriedAgainWithinABudget) {
+    const auto spoilSum = [](int count, bench::Bytes& reply) {
+        reply[count % 2 == 0 ? 1 : 2] =
+            static_cast<std::uint8_t>(count % 2 == 0 ? 0 : reply[2] + 1);
         return true;
-    });
-    press(); // 199 wrong answers and then good ones
-    EXPECT_EQ(status(), "Programming complete.");
-    expectFree();
-}
-
-TEST_F(Programming, EndsWhenTheBudgetIsSpent) {
-    plugSpoiled([](int, bench::Bytes& reply) {
-        reply[1] = 0;
-        return true;
-    });
-    press();
-    EXPECT_EQ(status(), "Programming failed.");
-    expectFree();
-}
-
-TEST_F(Programming, FourSilencesEndItAndOneGoodAnswerRestoresTheBudget) {
-    LinkBench::Plugged& mute = plugSpoiled([](int, bench::Bytes&) { return false; });
-    const std::uint32_t start = desk.bench.clock.now();
-    press();
-    EXPECT_EQ(status(), "Programming failed.");
-    EXPECT_NEAR(desk.bench.clock.now() - start, 4 * 751 + 253 + 10U, 30);
-    expectFree();
-
-    desk.bench.unplug(mute);
-    desk.bench.run(200);
-    plugSpoiled([](int count, bench::Bytes&) { return count % 3 == 0; });
-    press(); // two silences before every answer
-    EXPECT_EQ(status(), "Programming complete.");
-}
-
-TEST_F(Programming, AWrongKindOrTooFewBytesEndItAtOnce) {
-    for (const bool shortReply : {false, true}) {
-        LinkBench::Plugged& wrong = plugSpoiled([shortReply](int count, bench::Bytes& reply) {
-            EXPECT_EQ(count, 1);
-            shortReply ? reply.resize(2) : reply.assign({99, 1, 0});
-            return true;
-        });
+    };
+    const std::string failed = "Programming failed.";
+    const std::string complete = "Programming complete.";
+    using Spoil = std::function<bool(int count, bench::Bytes& reply)>;
+    const std::vector<std::pair<Spoil, std::string>> cases{
+        {[&](int count, bench::Bytes& reply) { return count > 199 || spoilSum(count, reply); },
+         complete},
+        {[&](int count, bench::Bytes& reply) { return count > 200 || spoilSum(count, reply); },
+         failed},
+        {[](int count, bench::Bytes&) { return count > 3; }, complete},
+        {[](int count, bench::Bytes&) { return count > 4; }, failed},
+        {[](int count, bench::Bytes&) { return count % 3 == 0; }, complete}, // each restores it
+        {[](int count, bench::Bytes& reply) { // another kind ends it at once
+             if (count == 1)
+                 reply.assign({99, 1, 0});
+             return true;
+         },
+         failed},
+        {[](int count, bench::Bytes& reply) { // and so do too few bytes
+             if (count == 1)
+                 reply.resize(2);
+             return true;
+         },
+         failed},
+    };
+    for (std::size_t i = 0; i < cases.size(); ++i) {
+        LinkBench::Plugged& spoiled = plugSpoiled(cases[i].first);
+        const std::uint32_t start = desk.bench.clock.now();
         press();
-        EXPECT_EQ(status(), "Programming failed.");
-        expectFree();
-        desk.bench.unplug(wrong);
-        desk.bench.run(200);
-    }
-}
-
-TEST_F(Programming, AnUnpluggingAtAnyMomentEndsItAndTheNextRunSucceeds) {
-    draw();
-    desk.person.answers = std::deque<Answer>(1000, Answer::Yes);
-    for (const char* product : {"lumora-1.2", "lumora-1.1"}) {
-        std::filesystem::remove(memoryFile());
-        for (int frames = 1; frames < 30; frames += 3) {
-            LinkBench::Plugged& failing =
-                plugWithMemory(product, "unplug-after=" + std::to_string(frames));
-            press();
-            EXPECT_THAT(status(),
-                        testing::AnyOf("Programming failed.", "Unable to connect to the Lumora."))
-                << product << frames;
-            expectFree();
-            desk.bench.unplug(failing);
-            desk.bench.run(200);
-            LinkBench::Plugged& sound = plugWithMemory(product);
-            press();
-            EXPECT_EQ(status(), "Programming complete.") << product << frames;
-            desk.bench.unplug(sound);
-            desk.bench.run(200);
+        EXPECT_EQ(status(), cases[i].second) << i;
+        if (i == 3) { // each silence, and the letting go
+            EXPECT_NEAR(desk.bench.clock.now() - start, 4 * 751 + 253 + 10U, 30);
         }
+        expectFree();
+        desk.bench.unplug(spoiled);
+        desk.bench.run(200);
     }
 }
 
@@ -271,28 +194,27 @@ TEST_F(Programming, TheDumpGoesToTheLog) {
         debugger.WritingLine.connect([&](const std::string& line) { lines.push_back(line); });
     control.SetDebugger(debugger);
     EXPECT_TRUE(control.DebugButton.Visible()); // in debug mode
-    LinkBench::Plugged& newer = plugWithMemory("lumora-1.2");
-    press();
-    control.DebugButton.press();
-    ASSERT_EQ(lines.size(), 2U);
-    EXPECT_EQ(lines[0], "Connected. Requesting EEPROM.");
-    EXPECT_EQ(lines[1].substr(0, 31), "EEPROM: 127 127 127 127 127 127");
-    desk.bench.run(1000);
-    EXPECT_FALSE(desk.bench.link.Negotiated());
-    desk.bench.unplug(newer);
-    desk.bench.run(100);
-    lines.clear();
-    std::filesystem::remove(memoryFile());
-    plugWithMemory("lumora-1.1");
-    press();
-    control.DebugButton.press();
-    desk.bench.run(500);
-    ASSERT_EQ(lines.size(), 8U);
-    EXPECT_EQ(lines[1], "programT: 127 127 127 127 127 127");
-    EXPECT_EQ(lines[2], "programH: 0 2 4 6 8 10 12");
-    EXPECT_EQ(lines[4].substr(0, 21), "program: 100 0 100 0 ");
-    EXPECT_EQ(lines[7], "turnoffpoints: 0 0 0 0 0 0");
-    EXPECT_FALSE(desk.bench.link.MaintainConnection());
+    const auto dumped = [&](const char* product) {
+        setMemory({});
+        LinkBench::Plugged& plugged = plugIn(product);
+        press();
+        lines.clear();
+        control.DebugButton.press();
+        desk.bench.run(1000);
+        EXPECT_FALSE(desk.bench.link.Negotiated());
+        desk.bench.unplug(plugged);
+        desk.bench.run(100);
+        return lines;
+    };
+    EXPECT_THAT(dumped("lumora-1.2"),
+                ElementsAre("Connected. Requesting EEPROM.",
+                            testing::StartsWith("EEPROM: 127 127 127 127 127 127")));
+    const std::vector<std::string> older = dumped("lumora-1.1");
+    ASSERT_EQ(older.size(), 8U);
+    EXPECT_EQ(older[1] + ", " + older[2],
+              "programT: 127 127 127 127 127 127, programH: 0 2 4 6 8 10 12");
+    EXPECT_THAT(older[4], testing::StartsWith("program: 100 0 100 0 "));
+    EXPECT_EQ(older[7], "turnoffpoints: 0 0 0 0 0 0");
 }
 
 } // namespace

@@ -63,28 +63,28 @@ TEST_F(SimulatorControl, DecodesWhatIsSeenAndOnceWhatIsTheSame) {
                           at.pause, at.debug,  at.debugger, at.dialogs, at.pointer,
                           at.files, images,    at.programs, at.registry};
     LumoraControl own(place, desk.keys);
+    History& ownHistory = own.document.HistoryObject();
     std::string file = "Lumora\t302\t302\t0\t2\n";
-    for (int i = 0; i < 300; ++i) {
-        const std::string picture = pictureText(plain(2 + i, 3, 0xFF0000FFU));
-        file +=
-            "LumoraText\t" + std::to_string(1 + i % 6) + "\tSim Light Image\t\t" + picture + "\n";
-    }
-    const std::string last = pictureText(plain(40, 30, 0xFF00FF00U));
-    for (const char* light : {"1", "4"})
-        file += "LumoraText\t" + std::string(light) + "\tSim Light Image\t\t" + last + "\n";
+    const auto addPicture = [&](int light, int width) {
+        file += "LumoraText\t" + std::to_string(light) + "\tSim Light Image\t\t" +
+                pictureText(plain(width, 3, 0xFF0000FFU)) + "\n";
+    };
+    for (int i = 0; i < 300; ++i)
+        addPicture(1 + i % 6, 2 + i);
+    addPicture(1, 400);
+    addPicture(4, 400);
     const std::string path = desk.folder.file("a.lumora", file);
-    ASSERT_TRUE(own.document.HistoryObject().OpenHistory(path));
+    ASSERT_TRUE(ownHistory.OpenHistory(path));
     EXPECT_EQ(images.decoded, 0); // nobody looks
     own.TabStrip1.select(SimulatorTab);
     EXPECT_EQ(images.decoded, 5); // one of the six lights has the same as another
-    EXPECT_EQ(own.simulatorControl.light(4).width, 40);
+    EXPECT_EQ(own.simulatorControl.light(4).width, 400);
     EXPECT_EQ(own.simulatorControl.light(6).width, 301);
-    own.document.HistoryObject().Undo();
-    own.document.HistoryObject().Redo();
+    ownHistory.Undo();
+    ownHistory.Redo();
     EXPECT_EQ(images.decoded, 5); // another light has it still
-    ASSERT_TRUE(own.document.HistoryObject().SaveDirty());
     desk.person.answers = {Answer::No};
-    ASSERT_TRUE(own.document.HistoryObject().OpenHistory(path));
+    ASSERT_TRUE(ownHistory.OpenHistory(path));
     EXPECT_EQ(images.decoded, 10);
 }
 
@@ -93,9 +93,7 @@ TEST_F(SimulatorControl, TheLightsStandOnACircleAtFirst) {
               "75,130;-75,130;-150,0;-75,-130;75,-130;150,0");
     EXPECT_EQ(document.Data(1, "Sim Light Position"), "75,130");
     EXPECT_EQ(document.Data(0, "Sim Background Color"), "240,240,240");
-    EXPECT_EQ(document.Data(1, "Sim Nonsense"), "");
     const auto& light = canvas.light(1);
-    EXPECT_EQ(light.width, 25);
     EXPECT_EQ(light.left, 75 + 288);
     EXPECT_EQ(light.top, 130 + 187);
     EXPECT_EQ(light.color, KORgbValue()); // dark
@@ -106,16 +104,11 @@ TEST_F(SimulatorControl, TheLightsStandOnACircleAtFirst) {
 TEST_F(SimulatorControl, ADragIsOneStepAndStaysOnTheCanvas) {
     drag(3, 10, -20);
     EXPECT_EQ(lines(), "LumoraText\t3\tSim Light Position\t-150,0\t-140,-20\n");
-    canvas.pressLight(3, 5, 5);
-    canvas.moveLight(3, 5, 5);
-    canvas.releaseLight(3); // a click moves nothing
+    drag(3, 0, 0); // a click moves nothing
     EXPECT_EQ(history.Length(), 1);
     drag(3, -9999, 9999);
-    EXPECT_EQ(canvas.light(3).left, 0);
-    EXPECT_EQ(canvas.light(3).top, 375);
     EXPECT_EQ(document.Data(3, "Sim Light Position"), "-288,188");
-    history.Undo();
-    EXPECT_EQ(canvas.light(3).left, -140 + 288);
+    EXPECT_EQ(canvas.light(3).left, 0);
     canvas.pressLight(2, 0, 0);
     canvas.pressLight(4, 0, 0); // another one at the same time is none
     EXPECT_EQ(canvas.draggedLight(), 2);
@@ -127,22 +120,19 @@ TEST_F(SimulatorControl, ADragIsOneStepAndStaysOnTheCanvas) {
 TEST_F(SimulatorControl, PicturesComeFromFilesAndGoBack) {
     canvas.openMenu(0);
     EXPECT_FALSE(canvas.mnuCanvasResetBackground.Enabled());
+    // The second holds the same picture, and the others none.
     desk.person.files = {bitmapFile("a.bmp"), bitmapFile("b.bmp"), std::nullopt,
                          desk.folder.file("c.bmp", "no picture"), "/nowhere.bmp"};
-    canvas.mnuCanvasChangeBackground.choose();
-    EXPECT_EQ(desk.person.asked.back().substr(0, 57),
-              "Change Picture: All Pictures|*.bmp;*.gif;*.jpg;*.jpeg;*.p");
-    EXPECT_EQ(canvas.background().width, 2);
+    for (int i = 0; i < 5; ++i)
+        canvas.mnuCanvasChangeBackground.choose();
+    EXPECT_TRUE(desk.person.asked.back().starts_with(
+        "Change Picture: All Pictures|*.bmp;*.gif;*.jpg;*.jpeg;*.p"));
+    EXPECT_EQ(desk.person.messages.size(), 2U);
+    EXPECT_EQ(desk.person.takeMessage(), "Error: Could not read the picture file.");
+    EXPECT_EQ(history.Length(), 1);
     EXPECT_EQ(canvas.background().left, 299);
     EXPECT_EQ(canvas.background().picture.pixels,
               (std::vector<std::uint32_t>{0xFFFFFFFF, 0xFFFF0000, 0xFF000000, 0xFF0000FF}));
-    canvas.mnuCanvasChangeBackground.choose(); // the same picture
-    canvas.mnuCanvasChangeBackground.choose(); // canceled
-    EXPECT_EQ(history.Length(), 1);
-    for (int i = 0; i < 2; ++i) {
-        canvas.mnuCanvasChangeBackground.choose();
-        EXPECT_EQ(desk.person.takeMessage(), "Error: Could not read the picture file.");
-    }
     canvas.takePicture(4, bitmapFile("d.bmp")); // as by dropping it
     EXPECT_EQ(canvas.light(4).width, 2);
     canvas.openMenu(4);
@@ -151,15 +141,6 @@ TEST_F(SimulatorControl, PicturesComeFromFilesAndGoBack) {
     canvas.mnuLightResetPicture.choose();
     EXPECT_EQ(canvas.light(4).width, 25);
     EXPECT_EQ(history.Length(), 3);
-    history.Undo();
-    EXPECT_EQ(canvas.light(4).width, 2);
-    const std::string path = desk.folder.path() / "saved.lumora";
-    desk.person.files = {path};
-    ASSERT_TRUE(history.SaveHistoryAs());
-    ASSERT_TRUE(history.NewHistory());
-    EXPECT_TRUE(canvas.background().picture.empty());
-    ASSERT_TRUE(history.OpenHistory(path));
-    EXPECT_EQ(canvas.background().picture.pixels[1], 0xFFFF0000);
 }
 
 TEST_F(SimulatorControl, TheCanvasTakesAColour) {
@@ -202,7 +183,6 @@ TEST_F(SimulatorControl, UnsoundTextsOfADocumentDoNoHarm) {
 
 TEST_F(SimulatorControl, TheClockRunsOnlyOnItsTabAndStartsAnew) {
     EXPECT_TRUE(canvas.AutoUpdate());
-    EXPECT_EQ(canvas.UpdateTimer.Interval(), 25);
     control.TabStrip1.select(1);
     EXPECT_FALSE(canvas.AutoUpdate());
     add(1, false, 100, 0.1);
@@ -211,25 +191,25 @@ TEST_F(SimulatorControl, TheClockRunsOnlyOnItsTabAndStartsAnew) {
     control.tripPoint.TripPointValue.type("80");
     int redraws = 0;
     const Connection onLight = canvas.LightChanged.connect([&](int) { ++redraws; });
-    desk.bench.clock.advance(5000);
-    canvas.UpdateTimer.Fired.raise(); // begins anew, whatever has passed
-    EXPECT_EQ(canvas.light(1).color, KORgbValue(255, 255, 255));
-    redraws = 0;
-    desk.bench.clock.advance(50);
-    canvas.UpdateTimer.Fired.raise();
+    const auto colorAfter = [&](std::uint64_t milliseconds) {
+        redraws = 0;
+        desk.bench.clock.advance(milliseconds);
+        canvas.UpdateTimer.Fired.raise();
+        return canvas.light(1).color;
+    };
+    EXPECT_EQ(colorAfter(5000), KORgbValue(255, 255, 255)); // begins anew, whatever has passed
+    colorAfter(50);
     EXPECT_EQ(redraws, 0); // steady
-    desk.bench.clock.advance(60);
-    canvas.UpdateTimer.Fired.raise();
-    EXPECT_EQ(canvas.light(1).color, KORgbValue(102, 102, 102));
+    EXPECT_EQ(colorAfter(60), KORgbValue(102, 102, 102));
     EXPECT_EQ(redraws, 1);
-    canvas.SlowMotionCheck.toggle();
-    EXPECT_EQ(control.simulator.MotionMultiplier(), 0.25);
+    for (const double factor : {0.25, 1.0}) {
+        canvas.SlowMotionCheck.toggle();
+        EXPECT_EQ(control.simulator.MotionMultiplier(), factor);
+    }
     canvas.SimulateLossOfSignalCheck.toggle();
     canvas.SimulateHysteresisCheck.toggle();
     EXPECT_TRUE(control.simulator.SimulateLossOfSignal());
     EXPECT_TRUE(control.simulator.SimulateHysteresis());
-    canvas.SlowMotionCheck.toggle();
-    EXPECT_EQ(control.simulator.MotionMultiplier(), 1);
 }
 
 TEST(Images, LightIsAddedToWhatLiesBehind) {
@@ -238,39 +218,25 @@ TEST(Images, LightIsAddedToWhatLiesBehind) {
     images.CacheImage("back");
     images.SetImage({3, 1, {0xFFFFFFFF, 0x00FFFFFF, 0x80FFFFFF}});
     images.ColorizeImage(255, 0, 0);
-    EXPECT_EQ(images.GetImage().pixels[0], 0xFFFF0000);
     images.MakeTransparentImage("back", 0, 0, 0, 0, 32);
-    const Picture lit = images.GetImage();
-    EXPECT_EQ(lit.pixels[0], 0xFFFF4040); // full light
-    EXPECT_EQ(lit.pixels[1], 0xFF404040); // none
-    EXPECT_EQ(lit.pixels[2], 0xFF800020); // half, beside the background
+    // Full light, none, and half of it beside the background.
+    EXPECT_THAT(images.GetImage().pixels, ElementsAre(0xFFFF4040, 0xFF404040, 0xFF800020));
     images.SetImage(plain(1, 1, 0xFFFFFFFF));
     images.ColorizeImage(0, 0, 0);
     images.MakeTransparentImage("back", 1, 0, 9, 9, 9);
-    EXPECT_EQ(images.GetImage().pixels[0], 0xFF404040); // a dark light changes nothing
+    EXPECT_THAT(images.GetImage().pixels, ElementsAre(0xFF404040)); // a dark light changes nothing
 }
 
 TEST(Images, GoThereAndBackAsTextAndRefuseWhatIsTooLarge) {
     QtImages images;
     const Picture picture{2, 1, {0x80102030, 0xFFFFFFFF}};
     images.SetImage(picture);
-    const std::string text = images.SaveImage();
-    EXPECT_TRUE(images.LoadImage(text));
+    EXPECT_TRUE(images.LoadImage(images.SaveImage()));
     EXPECT_EQ(images.GetImage(), picture);
-    images.CacheImage("a");
     EXPECT_TRUE(images.LoadImage(""));
-    int width = 9;
-    int height = 9;
-    images.GetImageSizes(width, height);
-    EXPECT_EQ(width + height, 0);
     EXPECT_EQ(images.SaveImage(), "");
-    images.UncacheImage("a");
-    EXPECT_EQ(images.GetImage(), picture);
-    images.UncacheImage("unknown");
-    EXPECT_TRUE(images.GetImage().empty());
     images.SetImage(plain(4097, 1, 0xFF000000));
-    const std::string wide = images.SaveImage();
-    EXPECT_FALSE(images.LoadImage(wide));
+    EXPECT_FALSE(images.LoadImage(images.SaveImage()));
     EXPECT_TRUE(images.GetImage().empty());
     // A file that a person chooses is made to fit.
     images.SetImage(plain(8192, 6, 0xFF336699));

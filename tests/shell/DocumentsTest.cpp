@@ -1,9 +1,7 @@
-#include "link/DefaultControl.h"
 #include "shell/ProductTable.h"
 #include "support/Desk.h"
+#include "support/Worker.h"
 #include "system/File.h"
-
-#include <gtest/gtest.h>
 
 namespace corvane {
 namespace {
@@ -29,19 +27,40 @@ TEST(Examples, OpenAndAreTheSameWhenSavedAgain) {
     EXPECT_GE(opened, 5);
 }
 
-TEST(Products, HaveAControlAndDocumentsOfTheirOwn) {
-    for (const char* vendor : {"KO", "RQ"}) {
-        Desk desk({}, vendor);
-        const ProductControls controls(desk.place, desk.keys);
-        for (int row = 1; row <= desk.bench.products.Size(); ++row) {
-            const KOProductProfile& product = desk.bench.products.ByIndex(row);
-            EXPECT_EQ(dynamic_cast<DefaultControl*>(controls.create(product.Class).get()), nullptr)
-                << product.Class;
-            const auto history =
-                MakeDocument(product.Class, {desk.person, desk.person, desk.files});
-            ASSERT_NE(history, nullptr) << product.Class;
-            EXPECT_EQ(history->TypeCode(), product.Name);
-        }
+template<class Document>
+class RandomDocuments : public testing::Test {};
+TYPED_TEST_SUITE(RandomDocuments, EveryDocument);
+
+TYPED_TEST(RandomDocuments, SurviveSavingOpeningUndoingAndRedoing) {
+    for (unsigned seed = 1; seed <= 40; ++seed) {
+        Worker<TypeParam> worker;
+        History& history = worker.history;
+        Random random(seed);
+        const auto expectSoundAfter = [&](auto act) {
+            act();
+            worker.expectSound();
+            EXPECT_EQ(worker.kept(), history.isJournalUpToDate() ? worker.whole() : "");
+        };
+        for (int i = 0; i < 25; ++i)
+            expectSoundAfter([&] { worker.act(random); });
+        const std::string path = worker.place->path() / "d";
+        worker.person.files = {path};
+        ASSERT_TRUE(history.SaveHistoryAs());
+        const std::string saved = worker.whole();
+        worker.act(random); // which is given up
+        worker.person.answers = {Answer::No};
+        ASSERT_TRUE(history.OpenHistory(path)) << seed << worker.person.takeMessage();
+        EXPECT_EQ(worker.kept(), "");
+        const int position = history.position();
+        while (history.position() > 0)
+            expectSoundAfter([&] { history.Undo(true); });
+        ASSERT_EQ(stateOf(worker.document), stateOf(Worker<TypeParam>().document));
+        while (history.position() < position)
+            expectSoundAfter([&] { history.Redo(true); });
+        history.SaveHistory();
+        ASSERT_EQ(worker.place->content("d"), saved) << seed;
+        if (this->HasFailure())
+            FAIL() << "seed " << seed;
     }
 }
 

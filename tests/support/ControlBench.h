@@ -10,7 +10,12 @@ template<class Control>
 class ControlBench {
   public:
     Desk desk;
-    Control control{desk.place};
+    Control control = [this] {
+        if constexpr (std::is_constructible_v<Control, const Workplace&>)
+            return Control(desk.place);
+        else
+            return Control(desk.place, desk.keys);
+    }();
     History& history = *control.HistoryObject();
 
     /// Opens a file with this content; what was there is lost. What was told, or nothing.
@@ -33,13 +38,9 @@ class ControlBench {
     }
     LinkBench::Plugged& plugIn(std::string_view product, const std::string& faults = {},
                                std::size_t size = 256) {
-        bench::Setup setup;
-        setup.eepromFile = desk.folder.path() / "memory";
-        setup.eepromSize = size;
-        setup.writeTime = {};
-        std::string error;
-        LinkBench::Plugged& plugged =
-            desk.bench.plugIn(*bench::makeBench(product, setup, error), faults);
+        LinkBench::Plugged& plugged = desk.bench.plugIn(
+            product, faults, 1,
+            {.eepromFile = desk.folder.path() / "memory", .eepromSize = size, .writeTime = {}});
         desk.bench.run(100); // until the link has been found
         return plugged;
     }

@@ -1,26 +1,31 @@
 #pragma once
 
 #include "light/LumoraControl.h"
-#include "support/Desk.h"
+#include "support/ControlBench.h"
 #include "support/Writing.h"
 
 namespace corvane {
 
 /// A light editor at work on a desk, with room for its tracks.
-class LightBench {
+class LightBench : public ControlBench<LumoraControl> {
   public:
     LightBench() { control.tracks.Resize(9000, 3000); }
 
-    Desk desk;
-    LumoraControl control{desk.place, desk.keys};
     LumoraDocument& document = control.document;
-    History& history = control.document.HistoryObject();
     LumoraScrollableTracks& tracks = control.tracks;
     Connection onPacket = desk.bench.link.PacketReceived.connect(
         [this](const KOPacket& packet) { control.ProcessPacket(packet); });
 
     LumoraTrackEditor& track(int channel, bool onState = false) const {
         return control.tracks.track(LumoraDocument::trackIndex(channel, onState));
+    }
+    enum class Held { Nothing, Shift, Ctrl };
+    /// A click on a segment of a channel's top track.
+    void press(int channel, int segment, Held held = Held::Nothing) {
+        desk.keys.shift = held == Held::Shift;
+        desk.keys.ctrl = held == Held::Ctrl;
+        track(channel).press(segment);
+        desk.keys = {};
     }
     /// Levels of a track's segments, such as "50 100".
     [[nodiscard]] std::string levels(int channel, bool onState = false) const {
@@ -47,20 +52,6 @@ class LightBench {
         insert(channel, onState,
                {document.Channel(channel, onState).GetTrackCount() + 1,
                 {level, time, function, level2}});
-    }
-    /// What the document's file would hold, without the header.
-    [[nodiscard]] std::string lines() {
-        const std::string path = desk.folder.path() / "lines.lumora";
-        desk.person.files.push_front(path);
-        EXPECT(history.SaveHistoryAs());
-        const std::string content = desk.folder.content("lines.lumora");
-        return content.substr(content.find('\n') + 1);
-    }
-
-  private:
-    static void EXPECT(bool condition) {
-        if (!condition)
-            throw std::runtime_error("the document could not be saved");
     }
 };
 

@@ -145,9 +145,8 @@ std::vector<std::unique_ptr<LinkSource>> LinkBench::sourcesOf(LinkBench& bench) 
 }
 
 LinkBench::Plugged& LinkBench::plugIn(std::string_view product, const std::string& faults,
-                                      unsigned seed) {
+                                      unsigned seed, const bench::Setup& setup) {
     std::string error;
-    bench::Setup setup;
     auto made = bench::makeBench(product, setup, error);
     if (!made)
         throw std::runtime_error(error);

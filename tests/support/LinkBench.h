@@ -36,7 +36,8 @@ class LinkBench {
     /// The program is no more: nothing that it does comes through to the wires.
     void kill();
 
-    Plugged& plugIn(std::string_view product, const std::string& faults = {}, unsigned seed = 1);
+    Plugged& plugIn(std::string_view product, const std::string& faults = {}, unsigned seed = 1,
+                    const bench::Setup& setup = {});
     Plugged& plugIn(bench::Bench bench, const std::string& faults = {}, unsigned seed = 1);
     void unplug(Plugged& plugged);
 

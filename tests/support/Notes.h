@@ -9,8 +9,7 @@ namespace corvane {
 /// The simplest document there can be: lines of text, appended by changes.
 class Notes final : public HistoryHost {
   public:
-    Notes(Dialogs& dialogs, BusyPointer& pointer, FileDoor& files, Journals* journals = nullptr)
-        : history(*this, {dialogs, pointer, files, journals}) {
+    explicit Notes(const History::Surroundings& with) : history(*this, with) {
         history.setFilter("Notes (*.note)|*.note");
         history.setTypeCode("Notes");
         history.setVersionCode(2);
@@ -24,6 +23,8 @@ class Notes final : public HistoryHost {
         change->line = line;
         history.Record(std::move(change), dontCountAsDirty);
     }
+
+    History& HistoryObject() { return history; }
 
     std::vector<std::string> lines;
     History history;

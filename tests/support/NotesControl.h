@@ -9,7 +9,8 @@ namespace corvane {
 /// A product control with every ability, each of which can be left out.
 class NotesControl final : public ProductControl, public ClipboardCommands {
   public:
-    explicit NotesControl(Desk& desk) : notes(desk.person, desk.person, desk.files) {
+    explicit NotesControl(Desk& desk, Dialogs* dialogs = nullptr)
+        : notes({dialogs == nullptr ? desk.person : *dialogs, desk.person, desk.files}) {
         desk.bench.link.setMaintainConnection(false);
     }
 

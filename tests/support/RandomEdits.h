@@ -63,7 +63,7 @@ inline void editAtRandom(LumoraDocument& document, Random& random) {
     const LumoraPlacedElement segment{1 + random.below(count + 1),
                                       {random.below(101), (1 + random.below(250)) / 100.0,
                                        random.among(functions), random.below(101)}};
-    switch (count == 0 ? 0 : random.below(5)) {
+    switch (count == 0 ? 0 : random.below(6)) {
     case 0:
         return record(std::make_unique<LumoraUndoableTrackChange>(), true, channel, onState,
                       segment);
@@ -76,9 +76,18 @@ inline void editAtRandom(LumoraDocument& document, Random& random) {
     case 3:
         return record(std::make_unique<LumoraUndoableBrightnessChange>(), channel, onState, 1,
                       track.GetTrack(1).brightness(), segment.element.brightness());
-    default:
+    case 4:
         return record(std::make_unique<LumoraUndoableTextChange>(), channel, "Trip Point",
                       std::to_string(random.below(101)));
+    default: // a few that come or go at once, which has steps in between
+        std::vector<LumoraPlacedElement> group;
+        for (const int index : {1, 2, 4})
+            if (index <= count)
+                group.push_back({index, track.GetTrack(index)});
+        auto change = std::make_unique<LumoraUndoableTrackChange>();
+        const bool come = group.size() < 3;
+        change->InitializeGroup(document, come, channel, onState, std::move(group));
+        document.HistoryObject().Record(std::move(change));
     }
 }
 

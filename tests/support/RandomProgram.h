@@ -22,8 +22,10 @@ inline void fillAtRandom(LumoraDocument& document, unsigned seed, int mostBlocks
         set(channel, "Hysteresis", below(40));
         setData(document, channel, "No Signal", below(2) == 0 ? "Top" : "Bottom");
     }
-    set(0, "XMit Min", 800 + below(1401));
-    set(0, "XMit Max", 800 + below(1401));
+    const int shortest = 800 + below(1401);
+    const int longest = 800 + below(1401);
+    set(0, "XMit Min", seed % 20 == 0 ? 2200 : shortest);
+    set(0, "XMit Max", seed % 20 == 0 ? 2200 : seed % 10 == 0 ? shortest : longest);
     const int tries = below(120);
     for (int i = 0; i < tries && document.BlockCount() < mostBlocks - 1; ++i) {
         LumoraTrack& track = writable(document, 1 + below(LumoraDocument::TrackCount));

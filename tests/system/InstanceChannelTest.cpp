@@ -190,20 +190,20 @@ TEST_F(Instances, PassesWithAndWithoutAWindowCancelOut) {
         bool handsOver;
         unsigned passes;
     };
-    for (const auto& [runs, changesAt, handsOver, passes] : {Case{true, 0, true, 11},
-                                                             {false, 0, false, 11},
-                                                             {false, 5, true, 5 + 5 + 11},
-                                                             {true, 3, false, 3 + 3 + 11}}) {
+    for (const Case& test : {Case{true, 0, true, 11},
+                             {false, 0, false, 11},
+                             {false, 5, true, 5 + 5 + 11},
+                             {true, 3, false, 3 + 3 + 11}}) {
         const auto run = [&](bool now) { now ? static_cast<void>(first.Mark()) : first.Unmark(); };
-        run(runs);
+        run(test.runs);
         clock = ManualClock(0);
         EXPECT_EQ(handOver({},
                            [&](int pass) {
-                               if (pass == changesAt)
-                                   run(!runs);
+                               if (pass == test.changesAt)
+                                   run(!test.runs);
                            }),
-                  handsOver);
-        EXPECT_EQ(clock.now(), passes * 500);
+                  test.handsOver);
+        EXPECT_EQ(clock.now(), test.passes * 500);
     }
 }
 
