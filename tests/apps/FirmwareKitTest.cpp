@@ -20,7 +20,7 @@ TEST_P(FirmwareKit, IsIdentifiedProgrammedAndRead) {
         folder.file("a.lumora", "Lumora\t1\t1\t0\t2\nLumoraTrackInsert2\t2\t0\t1\t100\t1\tP\t0\n");
     const Ran programmed = ctl({"program", light});
     EXPECT_EQ(programmed.status, 0) << programmed.errors;
-    EXPECT_EQ(ctl({"read", "25", "8"}).output, "100 0 100 0 100 251 30 0\n");
+    EXPECT_EQ(ctl({"read", "25", "8"}).output, "100 0 100 0 100 251 100 0\n");
     EXPECT_EQ(ctl({"write", "250", "1", "0", "255", "0", "9"}).status, 0);
     EXPECT_EQ(ctl({"read", "249", "7"}).output, "0 1 0 255 0 9 255\n");
     lights.reset();
