@@ -143,14 +143,25 @@ TEST_P(BoxWalk, WhatIsTypedCountsOnceHoweverItIsLeft) {
     if (walk.form.HistoryObject() == nullptr)
         GTEST_SKIP() << "nothing is typed here";
     int walked = 0;
-    walk.eachTab([&](const QString& tab) {
-        for (QWidget* box : boxes())
-            // A simulator's stick is no part of the document.
-            if (tab != "Simulator" && !box->accessibleName().startsWith("Stick")) {
-                ASSERT_NO_FATAL_FAILURE(leaveInEachWay(box, box->accessibleName().toStdString()));
-                ++walked;
-            }
-    });
+    for (int tab = 0; tab < walk.tabs()->count(); ++tab) {
+        // The channels are alike, and a simulator's stick is no part of the document.
+        const QString text = walk.tabs()->tabText(tab);
+        if ((text.startsWith("Channel") && tab > 1) || text == "Simulator")
+            continue;
+        Hands::clickTab(*walk.tabs(), tab);
+        for (QPushButton* more : walk.window.view()->findChildren<QPushButton*>())
+            if (more->text() == "Advanced >>" && more->isVisible())
+                Hands::click(*more);
+        QApplication::processEvents();
+        for (QWidget* box : boxes()) {
+            if (box->accessibleName().startsWith("Stick"))
+                continue;
+            leaveInEachWay(box, (text + ", " + box->accessibleName()).toStdString());
+            if (HasFatalFailure())
+                return;
+            ++walked;
+        }
+    }
     EXPECT_GE(walked, 3);
 }
 

@@ -5,6 +5,8 @@
 #include "support/ProductWindow.h"
 
 #include <QClipboard>
+#include <QScrollBar>
+#include <QWheelEvent>
 
 namespace corvane {
 namespace {
@@ -27,12 +29,23 @@ class EEPROMWindow : public ProductWindow {
         QTest::keyClicks(QApplication::focusWidget(), text);
         key(Qt::Key_Tab);
     }
+    void openMany(int count) {
+        std::string lines =
+            "KOEEPROM\t" + std::to_string(count) + "\t" + std::to_string(count) + "\t0\t1\n";
+        for (int i = 1; i <= count; ++i)
+            lines += "KOEEPROMListAdd\t" + std::to_string(i) + "\t" + std::to_string(2 * i) +
+                     "\t2\tvariable\t0102\tHex\n";
+        form.OpenFile(desk.folder.file("many.ko_eeprom", lines));
+        QApplication::processEvents();
+    }
 };
 
-TEST_F(EEPROMWindow, VariablesAreTypedMarkedAndTakenAway) {
+TEST_F(EEPROMWindow, VariablesAreAddedMarkedRefusedProgrammedAndRead) {
     press("New Variable"); // begins with its address
-    for (const char* text : {"16", "2", "speed", "1 2"})
-        type(text);
+    type("16");
+    type("2");
+    type("speed");
+    type("1 2");
     press("New Variable"); // at 18
     press("New Variable");
     EXPECT_EQ(QApplication::focusWidget(), &box(3, 0));
@@ -40,20 +53,37 @@ TEST_F(EEPROMWindow, VariablesAreTypedMarkedAndTakenAway) {
     EXPECT_EQ(QApplication::focusWidget(), &box(3, 1)); // its own length, though the row has moved
     EXPECT_LT(row(3).y(), row(2).y());
     EXPECT_NE(box(1, 0).palette().color(QPalette::Base), box(2, 0).palette().color(QPalette::Base));
-    Hands::retype(box(3, 3), "256");
+    box(3, 3).setFocus();
+    QTest::keyClicks(&box(3, 3), "256");
     EXPECT_NE(box(3, 3).palette().color(QPalette::Base), box(3, 2).palette().color(QPalette::Base));
     key(Qt::Key_Return);
     EXPECT_TRUE(control().Entry(3).DataValue().empty());
     EXPECT_EQ(box(3, 3).text(), "256");
     box(3, 3).selectAll();
     type("9");
-    key(Qt::Key_Up); // in the list beside it, from Integer (U8) to Hex
+    auto& list = dynamic_cast<DropDown&>(*row(3).stops()[4]);
+    EXPECT_EQ(QApplication::focusWidget(), &list);
+    key(Qt::Key_Up); // from Integer (U8) to Hex
     EXPECT_EQ(box(3, 3).text(), "09");
     key(Qt::Key_Z, Qt::ControlModifier); // the type that was chosen, and nothing more
     EXPECT_EQ(box(3, 3).text(), "9");
     EXPECT_EQ(control().Entry(3).DataValue(), ByteString{9});
+
+    box(3, 0).setFocus();
+    box(3, 0).selectAll();
+    type("20");
     QTest::mouseClick(row(2).stops()[5], Qt::LeftButton);
     EXPECT_EQ(control().EntryCount(), 2);
+    desk.bench.plugIn("eeprom");
+    desk.bench.run(100);
+    press("Program");
+    EXPECT_EQ(control().ProgrammingLabel.Caption(), "Programmed.");
+    box(1, 3).setFocus();
+    box(1, 3).selectAll();
+    type("7 7");
+    press("Read Settings");
+    EXPECT_EQ(control().ProgrammingLabel.Caption(), "Read.");
+    EXPECT_EQ(box(1, 3).text(), "1 2");
 }
 
 TEST_F(EEPROMWindow, AValueThatIsNoneStopsTheRunAndAQuestionNamesTheVariable) {
@@ -96,16 +126,13 @@ TEST_F(EEPROMWindow, AValueThatIsNoneStopsTheRunAndAQuestionNamesTheVariable) {
 }
 
 TEST_F(EEPROMWindow, OnlyRowsInViewHaveWidgetsAndTabReachesAll) {
-    std::string lines = "KOEEPROM\t5000\t5000\t0\t1\n";
-    for (int i = 1; i <= 5000; ++i)
-        lines += "KOEEPROMListAdd\t" + std::to_string(i) + "\t" + std::to_string(2 * i) +
-                 "\t2\tvariable\t0102\tHex\n";
-    form.OpenFile(desk.folder.file("many.ko_eeprom", lines));
-    QApplication::processEvents();
+    openMany(5000);
     const int inView = entries().height() / 25 + 2;
     EXPECT_LE(entries().rowsMade(), inView);
+    QWheelEvent wheel(QPointF(100, 100), entries().mapToGlobal(QPointF(100, 100)), {},
+                      QPoint(0, -1200), {}, {}, Qt::NoScrollPhase, false);
     for (int i = 0; i < 50; ++i)
-        Hands::turnWheel(entries(), QPoint(100, 100), -1200);
+        QApplication::sendEvent(&entries(), &wheel);
     EXPECT_EQ(entries().rowOf(control().Entry(1)), nullptr);
     EXPECT_LE(entries().rowsMade(), inView + 1);
     control().scrollTo(control().Entry(4999));

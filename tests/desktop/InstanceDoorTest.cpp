@@ -1,5 +1,6 @@
 #include "desktop/InstanceDoor.h"
 
+#include "shell/Startup.h"
 #include "support/TemporaryFolder.h"
 
 #include <QMessageBox>
@@ -32,18 +33,11 @@ class Door : public testing::Test {
         opened.push_back(path);
         whileOpening(path);
     }
-    std::atomic<int> heard = 0; // how many senders know that theirs has been dealt with
     void deliver(const std::string& path) {
         senders.emplace_back([this, path] {
-            heard += other.Deliver({InstanceRecord::Path, path}) ? 1 : 0;
+            static_cast<void>(other.Deliver({InstanceRecord::Path, path}));
         });
     }
-    struct Question : QMessageBox {
-        Question() {
-            setModal(true);
-            show();
-        }
-    };
 };
 
 TEST_F(Door, AnotherStartBringsTheWindowBack) {
@@ -61,22 +55,47 @@ TEST_F(Door, FilesOpenOneAfterTheOtherAndNeverInAQuestion) {
         if (path != "first")
             return;
         // The first asks; meanwhile the second arrives.
-        const Question question;
+        QMessageBox question;
+        question.setModal(true);
+        question.show();
         deliver("second");
         QTest::qWait(300);
         EXPECT_EQ(opened, std::vector<std::string>{"first"});
     };
     deliver("first");
-    EXPECT_TRUE(QTest::qWaitFor([this] { return opened.size() == 2 && heard == 2; }));
+    EXPECT_TRUE(QTest::qWaitFor([this] { return opened.size() == 2; }));
     EXPECT_EQ(opened.back(), "second");
 
-    Question question;
+    QMessageBox question;
+    question.setModal(true);
+    question.show();
     deliver("third");
     QTest::qWait(300);
     EXPECT_EQ(opened.size(), 2U);
-    EXPECT_EQ(heard, 2);
     question.close();
-    EXPECT_TRUE(QTest::qWaitFor([this] { return opened.size() == 3 && heard == 3; }));
+    EXPECT_TRUE(QTest::qWaitFor([this] { return opened.size() == 3; }));
+}
+
+TEST_F(Door, AFileThatComesWhileItClosesIsSaidToBeUnheard) {
+    window.show();
+    QMessageBox question; // whether to save, say
+    question.setModal(true);
+    question.show();
+    std::atomic<int> heard = -1;
+    senders.emplace_back([&] { heard = other.Deliver({InstanceRecord::Path, "late"}) ? 1 : 0; });
+    QTest::qWait(100);
+    EXPECT_EQ(heard, -1); // waits until the question is answered
+    door.close();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return heard != -1; }));
+    EXPECT_EQ(heard, 0); // and opens it itself then
+    EXPECT_TRUE(opened.empty());
+    EXPECT_FALSE(HandOver(other, "late", {}, [](std::chrono::milliseconds) {}));
+}
+
+TEST_F(Door, NothingOpensOnceItIsClosed) {
+    door.close();
+    EXPECT_FALSE(other.Post({InstanceRecord::Foreground, {}}));
+    EXPECT_EQ(channel.descriptor(), -1);
 }
 
 } // namespace

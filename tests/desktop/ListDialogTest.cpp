@@ -18,6 +18,13 @@ const ListQuestion LostOnes{"Corvane",
                              {"Damaged: 1-3.journal, 2026-03-01 17:22", false, false}},
                             "Get Back"};
 
+void pressIn(const ListDialog& dialog, const char* caption) {
+    for (QPushButton* button : dialog.findChildren<QPushButton*>())
+        if (button->text() == caption)
+            return QTest::mouseClick(button, Qt::LeftButton);
+    FAIL() << caption;
+}
+
 TEST(ListDialogTest, APersonTicksWithTheKeyboard) {
     QtDialogs dialogs;
     whenShown<ListDialog>([](ListDialog& dialog) {
@@ -27,11 +34,11 @@ TEST(ListDialogTest, APersonTicksWithTheKeyboard) {
         QTest::keyClick(list, Qt::Key_Space);
         QTest::keyClick(list, Qt::Key_Down);
         QTest::keyClick(list, Qt::Key_Space);
-        for (QPushButton* button : dialog.findChildren<QPushButton*>())
-            if (button->text() == "Get Back")
-                QTest::mouseClick(button, Qt::LeftButton);
+        pressIn(dialog, "Get Back");
     });
     EXPECT_EQ(dialogs.PickFromList(LostOnes), (std::vector<bool>{false, true, false}));
+    whenShown<ListDialog>([](ListDialog& dialog) { pressIn(dialog, "Get Back"); });
+    EXPECT_EQ(dialogs.PickFromList(LostOnes), (std::vector<bool>{true, false, false}));
     whenShown<ListDialog>([](ListDialog& dialog) { QTest::keyClick(&dialog, Qt::Key_Escape); });
     EXPECT_EQ(dialogs.PickFromList(LostOnes), std::nullopt);
     whenShown<ListDialog>([](ListDialog& dialog) {

@@ -1,24 +1,54 @@
 // What every screen owes a person: text that can be read, a name and a tip for everything that the
 // keyboard reaches, an order that follows the eye, and keys that do not clash.
 #include "desktop/Theme.h"
-#include "support/EveryProduct.h"
+#include "support/ProductWindow.h"
 
+#include <QAbstractButton>
 #include <QAccessible>
 #include <QComboBox>
 #include <QLabel>
+#include <QMenuBar>
+#include <QTabBar>
 
 namespace corvane {
 namespace {
 
 constexpr double Readable = 4.5;
 
-class Look : public testing::TestWithParam<ProductUnderTest> {
-  protected:
-    ProductWalk walk{GetParam()};
-    MainWindow& window = walk.window;
+struct ScreenOf {
+    const char* vendor;
+    const char* extension;
+    const char* document;
+};
 
+void PrintTo(const ScreenOf& screen, std::ostream* out) {
+    *out << screen.extension;
+}
+
+class Look : public ProductWindow, public testing::WithParamInterface<ScreenOf> {
+  protected:
+    Look()
+        : ProductWindow(GetParam().vendor,
+                        {.DebugMode = true, .ProgramMode = *GetParam().document == '\0'}) {}
+
+    void SetUp() override {
+        const std::string name = std::string("a.") + GetParam().extension;
+        open(*GetParam().document == '\0' ? std::string()
+                                          : desk.folder.file(name, GetParam().document));
+    }
+    /// Calls for the window's view with each of its tabs selected.
     void eachTab(const std::function<void()>& look) {
-        walk.eachTab([&look](const QString&) { look(); });
+        auto* bar = window.view()->findChild<QTabBar*>();
+        for (int tab = 0; tab < (bar == nullptr ? 1 : bar->count()); ++tab) {
+            SCOPED_TRACE(bar == nullptr ? "" : bar->tabText(tab).toStdString());
+            if (bar != nullptr)
+                bar->setCurrentIndex(tab);
+            for (QPushButton* more : window.view()->findChildren<QPushButton*>())
+                if (more->text() == "Advanced >>" && more->isVisible())
+                    Hands::click(*more);
+            QApplication::processEvents();
+            look();
+        }
     }
     [[nodiscard]] std::vector<QWidget*> shown() const {
         std::vector<QWidget*> all;
@@ -150,7 +180,18 @@ TEST_P(Look, MenuLettersDoNotClash) {
         EXPECT_TRUE(QKeySequence::mnemonic(button->text()).isEmpty()) << nameOf(button);
 }
 
-INSTANTIATE_TEST_SUITE_P(OfEveryProduct, Look, testing::ValuesIn(EveryProduct()), nameOfProduct);
+INSTANTIATE_TEST_SUITE_P(
+    OfEveryScreen, Look,
+    testing::Values(
+        ScreenOf{"KO", "lumora",
+                 "Lumora\t3\t3\t0\t2\nLumoraTrackInsert\t1\t0\t1\t50\t.5\n"
+                 "LumoraTrackInsert2\t1\t0\t2\t60\t1\tP\t20\nLumoraTrackInsert\t1\t1\t1\t0\t2\n"},
+        ScreenOf{"KO", "relay", "Pactor\t0\t0\t0\t1\n"},
+        ScreenOf{"KO", "ko_eeprom",
+                 "KOEEPROM\t2\t2\t0\t1\nKOEEPROMListAdd\t1\t16\t2\tspeed\t\t\n"
+                 "KOEEPROMListAdd\t2\t20\t1\tgain\t05\t\n"},
+        ScreenOf{"RQ", "Quillon", "Quillon\t0\t0\t0\t1\n"}, ScreenOf{"KO", "start", ""}),
+    [](const auto& screen) { return std::string(screen.param.extension); });
 
 } // namespace
 } // namespace corvane

@@ -6,8 +6,12 @@
 #include "support/ProductWindow.h"
 
 #include <QLabel>
+#include <QMenu>
+#include <QMenuBar>
+#include <QPointer>
 #include <QProgressBar>
 #include <QScreen>
+#include <QTabBar>
 #include <QToolTip>
 
 namespace corvane {
@@ -21,6 +25,8 @@ class LumoraWindow : public ProductWindow {
     LumoraView& view() { return dynamic_cast<LumoraView&>(*window.view()); }
     TracksCanvas& canvas() { return view().canvas(); }
 
+    void startDrag(QPoint from, QPoint to) { hands.startDrag(canvas(), from, to); }
+    void release(QPoint at) { hands.release(canvas(), at); }
     QTabBar& tabs() { return *view().findChild<QTabBar*>(); }
     void showTab(int number) { hands.click(tabs(), tabs().tabRect(number - 1).center()); }
     /// A point of a segment where neither its handle nor its boxes are.
@@ -32,41 +38,74 @@ class LumoraWindow : public ProductWindow {
 
 TEST_F(LumoraWindow, TheStickBecomesNoSettingOfAChannelThatAnUndoShows) {
     control().options.record(2, "Trip Point", "20");
-    showTab(9);
+    constexpr int simulator = 9;
+    showTab(simulator);
     for (QLineEdit* stick : view().findChildren<QLineEdit*>())
         if (stick->isVisible())
             Hands::retype(*stick, "43");
-    whenShown<QMessageBox>([](QMessageBox& box) { QTest::keyClick(&box, Qt::Key_Return); });
+    QTimer agreeing;
+    QObject::connect(&agreeing, &QTimer::timeout, [] {
+        if (auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget()))
+            QTest::keyClick(box, Qt::Key_Return);
+    });
+    agreeing.start(5);
     EXPECT_TRUE(Hands::choose(*window.menuBar(), {"&Edit", "&Undo"}));
     EXPECT_EQ(control().ActiveChannel(), 2);
     EXPECT_EQ(document().HistoryObject().position(), 0);
     EXPECT_EQ(document().HistoryObject().Length(), 1);
 }
 
-TEST_F(LumoraWindow, AProgramIsDrawnWithMouseAndKeysAndSaved) {
+TEST_F(LumoraWindow, AProgramIsDrawnWithMouseAndKeysSavedAndReopened) {
     press("Add"); // 50 percent, 1 s
-    Hands::retype(canvas().brightnessBox(), "100");
+    ASSERT_TRUE(canvas().brightnessBox().isVisible());
+    QTest::mouseClick(&canvas().brightnessBox(), Qt::LeftButton);
+    canvas().brightnessBox().selectAll();
+    QTest::keyClicks(&canvas().brightnessBox(), "100");
     key(Qt::Key_Tab); // commits, and goes on to the time
     EXPECT_EQ(QApplication::focusWidget(), &canvas().timeBox());
-    hands.type("0.8");
+    canvas().timeBox().selectAll();
+    QTest::keyClicks(&canvas().timeBox(), "0.8");
     key(Qt::Key_Return);
     EXPECT_EQ(QApplication::focusWidget(), &canvas());
     press("Add");
     // Drag its right edge by 0.2 s to the right, at 160 pixels a second.
-    const QPoint edge = canvas().geometryOf(1, 2).handle.center();
-    hands.startDrag(canvas(), edge, edge + QPoint(32, 0));
+    const BlockGeometry second = canvas().geometryOf(1, 2);
+    startDrag(second.handle.center(), second.handle.center() + QPoint(32, 0));
     EXPECT_EQ(document().track(1).GetTrack(2).time(), 0.8); // not before it is let go
-    hands.release(canvas(), edge + QPoint(32, 0));
+    release(second.handle.center() + QPoint(32, 0));
+    // Drag its brightness down.
     const QRect gradient = canvas().geometryOf(1, 2).gradient;
-    hands.drag(canvas(), gradient.center(), gradient.bottomLeft() + QPoint(3, 0));
+    startDrag(gradient.center(), gradient.bottomLeft() + QPoint(3, 0));
+    release(gradient.bottomLeft() + QPoint(3, 0));
+    key(Qt::Key_Left);
+    key(Qt::Key_C, Qt::ControlModifier);
+    key(Qt::Key_End);
+    key(Qt::Key_V, Qt::ControlModifier);
+    key(Qt::Key_Down);
+    press("Add");
     saveAs("drawn.lumora");
     EXPECT_EQ(window.windowTitle(),
               "Lumora - " + QString::fromStdString(desk.folder.path() / "drawn.lumora"));
-    EXPECT_EQ(desk.folder.content("drawn.lumora"),
-              "Lumora\t6\t6\t0\t2\nLumoraTrackInsert\t1\t0\t1\t50\t1\n"
-              "LumoraBrightness\t1\t0\t1\t50\t100\nLumoraTime\t1\t0\t1\t1\t.8\n"
-              "LumoraTrackInsert\t1\t0\t2\t100\t.8\nLumoraTime\t1\t0\t2\t.8\t1\n"
-              "LumoraBrightness\t1\t0\t2\t100\t0\n");
+
+    const std::string drawn = desk.folder.content("drawn.lumora");
+    EXPECT_EQ(drawn, "Lumora\t8\t8\t0\t2\nLumoraTrackInsert\t1\t0\t1\t50\t1\n"
+                     "LumoraBrightness\t1\t0\t1\t50\t100\nLumoraTime\t1\t0\t1\t1\t.8\n"
+                     "LumoraTrackInsert\t1\t0\t2\t100\t.8\nLumoraTime\t1\t0\t2\t.8\t1\n"
+                     "LumoraBrightness\t1\t0\t2\t100\t0\n"
+                     "LumoraTrackInsert\t1\t0\t2\t100\t.8\n"
+                     "LumoraTrackInsert\t1\t1\t1\t50\t1\n");
+    for (int i = 0; i < 8; ++i)
+        key(Qt::Key_Z, Qt::ControlModifier);
+    EXPECT_FALSE(form.menu.mnuEditUndo.Enabled());
+    EXPECT_EQ(document().BlockCount(), 12);
+    for (int i = 0; i < 8; ++i)
+        key(Qt::Key_Y, Qt::ControlModifier);
+    key(Qt::Key_S, Qt::ControlModifier);
+    EXPECT_EQ(desk.folder.content("drawn.lumora"), drawn);
+    key(Qt::Key_N, Qt::ControlModifier);
+    EXPECT_EQ(document().track(1).GetTrackCount(), 0);
+    form.menu.mnuFileMRU.item(1).choose();
+    EXPECT_EQ(document().track(1).GetTrackCount(), 3);
 }
 
 TEST_F(LumoraWindow, AfterACutTheSegmentInTheGapIsSelected) {
@@ -162,11 +201,20 @@ TEST_F(LumoraWindow, ClicksSelectAndTheContextMenuActs) {
     hands.click(canvas(), pointOf(2), Qt::RightButton);
     auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
     ASSERT_NE(menu, nullptr);
-    hands.click(*menu, menu->actionGeometry(hands.entryOf(*menu, "&Delete")).center());
+    QStringList captions;
+    for (const QAction* action : menu->actions())
+        captions.push_back(action->isSeparator() ? "-" : action->text());
+    EXPECT_EQ(captions,
+              (QStringList{"Change &Brightness...", "Change Ti&me...", "-", "&Function", "-",
+                           "&Add", "&Insert", "&Delete", "-", "Cu&t", "&Copy", "&Paste"}));
+    hands.click(*menu, menu->actionGeometry(menu->actions()[7]).center());
     EXPECT_EQ(document().track(1).GetTrackCount(), 2);
+    key(Qt::Key_Delete);
+    EXPECT_EQ(document().track(1).GetTrackCount(), 1);
     // A click beside the blocks clears the selection.
-    hands.click(canvas(), canvas().geometryOf(1, 2).block.topRight() + QPoint(40, 10));
-    EXPECT_TRUE(selected().empty());
+    QTest::mouseClick(&canvas(), Qt::LeftButton, {},
+                      canvas().geometryOf(1, 1).block.topRight() + QPoint(40, 10));
+    EXPECT_EQ(control().tracks.track(1).SelectedIndexCount(), 0);
 }
 
 TEST_F(LumoraWindow, SegmentsCanBeReadAndDrawNothingOverTheirNeighbours) {
@@ -205,7 +253,7 @@ TEST_F(LumoraWindow, TheButtonsStayWhereTheyAreOnEveryTab) {
         return QPoint();
     };
     const QPoint first = corner();
-    for (int tab = 7; tab <= 9; ++tab) {
+    for (int tab = 2; tab <= 9; ++tab) {
         showTab(tab);
         QApplication::processEvents();
         EXPECT_EQ(corner(), first) << tab;
@@ -215,77 +263,94 @@ TEST_F(LumoraWindow, TheButtonsStayWhereTheyAreOnEveryTab) {
 TEST_F(LumoraWindow, TheWheelScrollsAndZoomsAboutThePointer) {
     for (int i = 0; i < 12; ++i)
         press("Add");
-    const QPoint pointer(200, 30);
-    const LumoraScrollableTracks& tracks = control().tracks;
-    const int offset = tracks.scrollOffset();
-    hands.turnWheel(canvas(), pointer, 120);
+    const auto turn = [this](Qt::KeyboardModifiers modifiers, int delta) {
+        hands.turnWheel(canvas(), QPoint(200, 30), delta, modifiers);
+    };
+    const int offset = control().tracks.scrollOffset();
+    turn({}, 120);
+    EXPECT_NEAR(control().tracks.scrollOffset(), offset - 900, 5);
     for (int i = 0; i < 8; ++i)
-        hands.turnWheel(canvas(), pointer, 15); // small steps of a touchpad add up
-    EXPECT_NEAR(tracks.scrollOffset(), offset - 1800, 10);
-    const auto timeThere = [&] { return (tracks.scrollOffset() + 3000) / tracks.TimeScale(); };
-    const double before = timeThere();
-    hands.turnWheel(canvas(), pointer, 120, Qt::ControlModifier);
-    EXPECT_FLOAT_EQ(tracks.TimeScale(), 3000);
-    EXPECT_NEAR(timeThere(), before, 0.002);
+        turn({}, 15); // small steps of a touchpad add up
+    EXPECT_NEAR(control().tracks.scrollOffset(), offset - 1800, 10);
+    const double before = (control().tracks.scrollOffset() + 3000) / control().tracks.TimeScale();
+    turn(Qt::ControlModifier, 120);
+    EXPECT_FLOAT_EQ(control().tracks.TimeScale(), 3000);
+    EXPECT_NEAR((control().tracks.scrollOffset() + 3000) / control().tracks.TimeScale(), before,
+                0.002);
 }
 
 TEST_F(LumoraWindow, ADragOfAnEdgePaintsItsTrackAlone) {
     press("Add");
     QApplication::processEvents();
-    const QPoint edge = canvas().geometryOf(1, 1).handle.center();
-    hands.press(canvas(), edge);
+    const BlockGeometry block = canvas().geometryOf(1, 1);
+    hands.press(canvas(), block.handle.center());
     const PaintCounter watch(canvas());
     for (int x = 4; x < 40; x += 4)
-        hands.moveTo(canvas(), edge + QPoint(x, 0));
+        hands.moveTo(canvas(), block.handle.center() + QPoint(x, 0));
+    const int top = control().tracks.TrackTop(2) / 15;
     EXPECT_FALSE(watch.painted().isEmpty());
-    EXPECT_LT(watch.painted().boundingRect().bottom(), control().tracks.TrackTop(2) / 15);
-    hands.release(canvas(), edge);
+    EXPECT_LT(watch.painted().boundingRect().bottom(), top);
+    release(block.handle.center());
 }
 
 TEST_F(LumoraWindow, ProgramsTheControllerAndSaysHowItWent) {
     press("Add");
     desk.bench.plugIn("lumora-1.2");
     press("Program");
-    auto* dialog = window.findChild<QDialog*>();
+    const QPointer<QDialog> dialog = window.findChild<QDialog*>();
     ASSERT_NE(dialog, nullptr);
     EXPECT_EQ(dialog->windowTitle(), "Program Lumora");
     EXPECT_EQ(dialog->findChild<QLabel*>()->text(), "Programming complete.");
     EXPECT_EQ(dialog->findChild<QProgressBar*>()->value(), 100);
+    QApplication::processEvents();
+    hands.click(*dialog->findChild<QPushButton*>());
+    EXPECT_TRUE(dialog.isNull() || !dialog->isVisible());
 }
 
-TEST_F(LumoraWindow, ALightsPictureIsDroppedDraggedUndoneAndResetOnTheScreen) {
+TEST_F(LumoraWindow, ThePictureOfTheModelIsDraggedUndoneSavedAndReopened) {
     showTab(9);
     SimulatorCanvas& canvas = view().simulator().canvas();
-    LumoraSimulatorControl& simulator = control().simulatorControl;
-    const auto middle = [&simulator] {
-        const auto& patch = simulator.light(2);
+    const LumoraSimulatorControl& simulator = control().simulatorControl;
+    const auto middleOf = [&simulator](int light) {
+        const auto& patch = simulator.light(light);
         return QPoint(patch.left + patch.width / 2, patch.top + patch.height / 2);
     };
-    const auto shown = [&] {
-        simulator.setAutoUpdate(false); // so that pictures can be compared
+    hands.drop(canvas, QPoint(3, 3), CORVANE_EXAMPLES "/model.png");
+    EXPECT_EQ(simulator.background().width, 640);
+    hands.drop(canvas, middleOf(2), CORVANE_EXAMPLES "/light.png");
+    EXPECT_EQ(simulator.light(2).width, 60);
+    const QPoint from = middleOf(2);
+    const QPoint to = from + QPoint(120, -60);
+    hands.drag(canvas, from, to);
+    EXPECT_EQ(middleOf(2), to);
+    control().simulatorControl.setAutoUpdate(false); // so that pictures can be compared
+    window.setFocus();
+    const QImage dragged = canvas.grab().toImage();
+    key(Qt::Key_Z, Qt::ControlModifier);
+    EXPECT_EQ(middleOf(2), from);
+    EXPECT_NE(canvas.grab().toImage(), dragged);
+    key(Qt::Key_Y, Qt::ControlModifier);
+    EXPECT_EQ(canvas.grab().toImage(), dragged);
+    saveAs("picture.lumora");
+    form.menu.mnuFileNew.choose();
+    EXPECT_NE(canvas.grab().toImage(), dragged);
+    form.menu.mnuFileMRU.item(1).choose();
+    EXPECT_EQ(canvas.grab().toImage(), dragged);
+    // A smaller picture leaves nothing of the larger one on the screen.
+    control().simulatorControl.setAutoUpdate(false);
+    const auto onScreen = [this] {
         QApplication::processEvents();
         return window.screen()->grabWindow(window.winId()).toImage();
     };
-    hands.drop(canvas, QPoint(3, 3), CORVANE_EXAMPLES "/model.png");
-    hands.drop(canvas, middle(), CORVANE_EXAMPLES "/light.png");
-    const QPoint from = middle();
-    hands.drag(canvas, from, from + QPoint(120, -60));
-    EXPECT_EQ(middle(), from + QPoint(120, -60));
-    const QImage dragged = shown();
-    window.setFocus();
-    key(Qt::Key_Z, Qt::ControlModifier);
-    EXPECT_EQ(middle(), from);
-    EXPECT_NE(shown(), dragged);
-    // A smaller picture leaves nothing of the larger one.
     for (QPushButton* button : view().findChildren<QPushButton*>())
         if (button->accessibleName() == "Light of channel 2")
-            hands.click(*button);
+            hands.click(*button, button->rect().center());
     hands.key(Qt::Key_R); // Reset Picture
     EXPECT_EQ(simulator.light(2).width, 25);
-    const QImage left = shown();
+    const QImage left = onScreen();
     EXPECT_FALSE(left.isNull());
     canvas.update();
-    EXPECT_EQ(shown(), left);
+    EXPECT_EQ(onScreen(), left);
 }
 
 } // namespace

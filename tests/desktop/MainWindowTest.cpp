@@ -1,44 +1,73 @@
+#include "desktop/MainWindow.h"
+
 #include "desktop/DefaultView.h"
+#include "desktop/QtDialogs.h"
 #include "desktop/Theme.h"
-#include "relay/PactorControl.h"
-#include "support/ProductWindow.h"
+#include "support/Hands.h"
+#include "support/NotesControl.h"
+#include "support/Screen.h"
 
 #include <QAccessible>
+#include <QDialogButtonBox>
+#include <QFileDialog>
 #include <QLabel>
+#include <QLineEdit>
+#include <QMenu>
+#include <QMenuBar>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QTest>
 #include <QToolTip>
+#include <gtest/gtest.h>
 
 #include <fstream>
 
 namespace corvane {
 namespace {
 
-class MainWindowTest : public ProductWindow {
+class MainWindowTest : public testing::Test {
   protected:
-    using ProductWindow::ProductWindow;
-
-    /// A relay's settings, of which one is changed.
-    void openChanged(const std::string& name = "a.relay") {
-        open(desk.folder.file(name, "Pactor\t0\t0\t0\t1\n"));
-        dynamic_cast<PactorControl&>(*form.control()).optRelay[2].choose();
+    explicit MainWindowTest(RunModes modes = {.DebugMode = true}) : desk(modes) {
+        dialogs.setFolder(QString::fromStdString(desk.folder.path()));
+        controls.add("Corvane.LumoraControl", [this] {
+            // Its questions are asked in real boxes.
+            return std::make_unique<NotesControl>(desk, &dialogs);
+        });
     }
+    void open(const std::string& file = {}) {
+        window.show();
+        EXPECT_TRUE(QTest::qWaitForWindowExposed(&window));
+        form.Initialize(file);
+    }
+    Notes& notes() { return dynamic_cast<NotesControl&>(*form.control()).notes; }
+
     void choose(const QStringList& path) {
         EXPECT_TRUE(Hands::choose(*window.menuBar(), path)) << path.back().toStdString();
     }
+
+    Desk desk;
+    QtDialogs dialogs;
+    Application application{desk.programs, dialogs};
+    ProductControls controls{desk.place, desk.keys};
+    MainForm form{desk.place, controls, application};
+    LinkStatus status{desk.bench.link};
+    MainWindow window{form, status};
 };
 
 class StartWindow : public MainWindowTest {
   protected:
-    StartWindow() : MainWindowTest("KO", RunModes{.ProgramMode = true}) {}
+    StartWindow() : MainWindowTest({.ProgramMode = true}) {}
 };
 
 TEST_F(MainWindowTest, ANameThatWouldNotShowAgainIsAskedAbout) {
-    openChanged();
-    const std::string other = desk.folder.file("taken.relay", "precious");
-    std::string questions;
+    open();
+    notes().add("one");
+    EXPECT_EQ(window.windowTitle(), "Notes*");
+    const std::string other = desk.folder.file("taken.note", "precious");
+    std::vector<std::string> questions;
     const auto name = [](const char* text) {
         return [text](QFileDialog& dialog) {
-            EXPECT_EQ(dialog.nameFilters(),
-                      (QStringList{"Relay Settings Files (*.relay)", "All Files (*)"}));
+            EXPECT_EQ(dialog.nameFilters(), (QStringList{"Notes (*.note)", "All Files (*)"}));
             Hands::key(Qt::Key_A, Qt::ControlModifier);
             dialog.findChild<QLineEdit*>("fileNameEdit")->setText(text);
             Hands::key(Qt::Key_Return);
@@ -46,7 +75,7 @@ TEST_F(MainWindowTest, ANameThatWouldNotShowAgainIsAskedAbout) {
     };
     const auto answer = [&questions](QMessageBox::StandardButton button) {
         return [&questions, button](QMessageBox& box) {
-            questions += box.text().section('\n', 0, 0).toStdString() + "|";
+            questions.push_back(box.text().section('\n', 0, 0).toStdString());
             Hands::click(*box.button(button));
         };
     };
@@ -64,32 +93,36 @@ TEST_F(MainWindowTest, ANameThatWouldNotShowAgainIsAskedAbout) {
         });
     });
     choose({"&File", "Save &As..."});
-    EXPECT_EQ(questions, "Save as 'my police.relay'?|Save as 'taken.relay'?|"
-                         "taken.relay already exists.|Save as 'plain.txt.relay'?|");
-    EXPECT_EQ(desk.folder.content("taken.relay"), "precious");
-    EXPECT_EQ(desk.folder.content("plain.txt"), "Pactor\t1\t1\t0\t1\nPactorText\t1\tRelay\t\tON\n");
+    EXPECT_EQ(questions, (std::vector<std::string>{
+                             "Save as 'my police.note'?", "Save as 'taken.note'?",
+                             "taken.note already exists.", "Save as 'plain.txt.note'?"}));
+    EXPECT_EQ(desk.folder.content("taken.note"), "precious");
+    EXPECT_EQ(desk.folder.content("plain.txt"), "Notes\t1\t1\t0\t2\nNote\tone\n");
     EXPECT_EQ(window.windowTitle(),
-              "Dervan/Maltrex - " + QString::fromStdString(desk.folder.path() / "plain.txt"));
+              "Notes - " + QString::fromStdString(desk.folder.path() / "plain.txt"));
 }
 
 TEST_F(MainWindowTest, AnOddNameAmongTheRecentFilesCostsThatNameOnly) {
-    open({});
+    open();
+    int number = 0;
     for (const char* name : {"a.lumora", "\xFF.lumora", "b.lumora"})
-        form.OpenFile(desk.folder.file(name, "Lumora\t0\t0\t0\t1\n"));
+        form.OpenFile(
+            desk.folder.file(name, "Notes\t1\t1\t0\t2\nNote\t" + std::to_string(++number) + "\n"));
     EXPECT_TRUE(window.close());
     std::ofstream(desk.store.file(), std::ios::app) << "texts\tOther\t\xFF\n";
     // The next start has it in its menu.
-    MainForm next(place, controls, application);
+    MainForm next(desk.place, controls, application);
     MainWindow nextWindow(next, status);
     nextWindow.show();
     ASSERT_TRUE(QTest::qWaitForWindowExposed(&nextWindow));
     next.Initialize({});
     EXPECT_TRUE(Hands::choose(*nextWindow.menuBar(), {"&File", "&2 a.lumora"}));
-    EXPECT_EQ(next.Title(), "Lumora - " + (desk.folder.path() / "a.lumora").string());
+    EXPECT_EQ(dynamic_cast<NotesControl&>(*next.control()).notes.lines,
+              std::vector<std::string>{"1"});
 }
 
 TEST_F(MainWindowTest, UpdatesThatThereAreNoneOfCanNotBeChosenAndTheEntrySaysWhy) {
-    open({});
+    open();
     const KOOptions options(desk.registry);
     const QString caption = "Automatically Check for &Updates";
     choose({"&Options", caption});
@@ -106,14 +139,15 @@ TEST_F(MainWindowTest, UpdatesThatThereAreNoneOfCanNotBeChosenAndTheEntrySaysWhy
 }
 
 TEST_F(MainWindowTest, ATitleShowsEveryName) {
-    openChanged("x[*].relay");
-    EXPECT_TRUE(window.windowHandle()->title().contains("x[*].relay*"))
+    open();
+    form.OpenFile(desk.folder.file("x[*].note", "Notes\t1\t1\t0\t2\nNote\tone\n"));
+    EXPECT_TRUE(window.windowHandle()->title().contains("x[*].note"))
         << window.windowHandle()->title().toStdString();
 }
 
 TEST_F(MainWindowTest, ARestartThatFailsIsToldWithTheWindowGone) {
     desk.programs.fails = true;
-    open({});
+    open();
     bool gone = false;
     whenShown<QMessageBox>([&](QMessageBox& box) {
         gone = !window.isVisible();
@@ -124,7 +158,7 @@ TEST_F(MainWindowTest, ARestartThatFailsIsToldWithTheWindowGone) {
 }
 
 TEST_F(MainWindowTest, TheAboutBoxsLinkOpensWithTheKeyboardAndStaysAsItIs) {
-    open({});
+    open();
     choose({"&Help", "&About..."});
     auto* about = window.findChild<QDialog*>();
     ASSERT_TRUE(QTest::qWaitForWindowActive(about));
@@ -145,16 +179,23 @@ TEST_F(MainWindowTest, TheAboutBoxsLinkOpensWithTheKeyboardAndStaysAsItIs) {
     EXPECT_EQ(form.about.Site.ForeColor(), HyperlinkControl::Normal);
 }
 
-TEST_F(MainWindowTest, ASecondKeyRedoes) {
-    openChanged();
-    Hands::key(Qt::Key_Z, Qt::ControlModifier);
-    EXPECT_TRUE(form.HistoryObject()->CanRedo());
-    Hands::key(Qt::Key_Z, Qt::ControlModifier | Qt::ShiftModifier);
-    EXPECT_FALSE(form.HistoryObject()->CanRedo());
+TEST_F(MainWindowTest, KeysUndoAndRedo) {
+    open();
+    notes().add("one");
+    QTest::keyClick(&window, Qt::Key_Z, Qt::ControlModifier);
+    EXPECT_TRUE(notes().lines.empty());
+    QTest::keyClick(&window, Qt::Key_Z, Qt::ControlModifier | Qt::ShiftModifier);
+    EXPECT_EQ(notes().lines.size(), 1U);
+    QTest::keyClick(&window, Qt::Key_Z, Qt::ControlModifier);
+    QTest::keyClick(&window, Qt::Key_Y, Qt::ControlModifier);
+    EXPECT_EQ(notes().lines.size(), 1U);
+    EXPECT_EQ(Hands::entryOf(*window.menuBar(), "&Edit")->menu()->actions()[1]->toolTip(),
+              "There is nothing to redo.");
 }
 
 TEST_F(MainWindowTest, AsksBeforeItCloses) {
-    openChanged();
+    open();
+    notes().add("one");
     whenShown<QMessageBox>([](QMessageBox& box) {
         EXPECT_EQ(box.text(), "Changes have been made. Would you like to save them?");
         QTest::keyClick(&box, Qt::Key_Escape);
@@ -172,21 +213,46 @@ TEST_F(MainWindowTest, AsksBeforeItCloses) {
     EXPECT_TRUE(form.Unload()); // a second time changes nothing
 }
 
-TEST_F(StartWindow, GivesWayToAChoice) {
-    open({});
-    EXPECT_NE(dynamic_cast<DefaultView*>(window.view()), nullptr);
+TEST_F(MainWindowTest, AFileDroppedOnItOpens) {
+    open();
+    Hands::drop(window, QPoint(50, 50),
+                desk.folder.file("x.note", "Notes\t1\t1\t0\t2\nNote\tdropped\n"));
+    EXPECT_EQ(notes().lines, std::vector<std::string>{"dropped"});
+}
+
+TEST_F(MainWindowTest, TellsWhatIsWrongWithAFile) {
+    std::string told;
+    whenShown<QMessageBox>([&](QMessageBox& box) {
+        told = box.text().toStdString();
+        QTest::mouseClick(box.button(QMessageBox::Ok), Qt::LeftButton);
+    });
+    open(desk.folder.file("x.lumora", "nonsense"));
+    EXPECT_EQ(told, "Can't understand the file format.");
+}
+
+TEST_F(StartWindow, GivesWayToAChoiceAndEverythingHasAName) {
+    open();
+    auto* view = dynamic_cast<DefaultView*>(window.view());
+    ASSERT_NE(view, nullptr);
+    for (QAbstractButton* button : view->findChildren<QAbstractButton*>())
+        EXPECT_FALSE(button->accessibleName().isEmpty());
     EXPECT_EQ(QAccessible::queryAccessibleInterface(window.menuBar()->cornerWidget())
                   ->text(QAccessible::Name),
               "Link: No link is plugged in. Plug in a Corvane link to begin.");
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
     Hands::key(Qt::Key_Space); // where the focus is at first
     EXPECT_TRUE(desk.programs.started.empty());
+    EXPECT_EQ(form.interface().InterfaceClass(), "Corvane.LumoraControl");
+    EXPECT_EQ(form.HistoryObject(), &notes().history);
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     EXPECT_EQ(dynamic_cast<DefaultView*>(window.view()), nullptr);
-    EXPECT_EQ(window.windowTitle(), "Lumora");
+    EXPECT_EQ(window.windowTitle(), "Notes");
 }
 
 TEST_F(StartWindow, GoesOnLookingAfterAPowerCycle) {
-    open({});
+    controls.add("Corvane.PactorControl",
+                 [this] { return std::make_unique<NotesControl>(desk, &dialogs); });
+    open();
     choose({"&Help", "&Troubleshooting", "Power &Cycle Corvane-Attached Device"});
     desk.bench.plugIn("pactor-3.1");
     EXPECT_TRUE(QTest::qWaitFor([this] {
@@ -195,24 +261,25 @@ TEST_F(StartWindow, GoesOnLookingAfterAPowerCycle) {
     }));
 }
 
-TEST_F(StartWindow, ShowsTheLinkAndLeadsToTheDriversWhereItMayNotBeOpened) {
-    open({});
-    auto& sign = dynamic_cast<QLabel&>(*window.menuBar()->cornerWidget());
-    const auto says = [&sign](const char* text) {
-        return QTest::qWaitFor([&] { return sign.text().contains(text); });
+TEST_F(StartWindow, ShowsTheLinkAsItComesAndGoes) {
+    open();
+    const auto sign = [this] {
+        return dynamic_cast<QLabel&>(*window.menuBar()->cornerWidget()).text().mid(2);
     };
     LinkBench::Plugged& plugged = desk.bench.plugIn("blank");
-    EXPECT_TRUE(says("Link hardware is plugged in"));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return sign() == "Link hardware is plugged in"; }));
     desk.bench.unplug(plugged);
-    EXPECT_TRUE(says("No link is plugged in"));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return sign() == "No link is plugged in"; }));
+}
+
+TEST_F(StartWindow, ASignOfALinkThatMayNotBeOpenedLeadsToTheDrivers) {
+    open();
+    auto& sign = dynamic_cast<QLabel&>(*window.menuBar()->cornerWidget());
     desk.bench.plugIn("lumora-1.2").accessible = false;
-    ASSERT_TRUE(says("may not be opened"));
-    whenShown<QMessageBox>([](QMessageBox& box) {
-        EXPECT_EQ(box.windowTitle(), "Restart Needed");
-        box.reject();
-    });
-    Hands::click(sign);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return sign.text().contains("may not be opened"); }));
+    QTest::mouseClick(&sign, Qt::LeftButton, {}, sign.rect().center());
     EXPECT_EQ(desk.programs.started, std::vector<std::string>{"/opt/corvane/Install Drivers.exe|"});
+    EXPECT_EQ(desk.person.messages.at(0).title, "Restart Needed");
 }
 
 TEST(ToolkitFilter, TakesTheFormOfTheToolkit) {
@@ -224,15 +291,15 @@ TEST(ToolkitFilter, TakesTheFormOfTheToolkit) {
 TEST(Theme, TextColoursCanBeReadOnEitherGround) {
     const QPalette light;
     for (const QPalette& palette : {light, Theme::darkPalette()})
-        for (const auto ground : {QPalette::Window, QPalette::Base}) {
-            std::vector<QColor> texts{Theme::hintColor(palette, ground)};
-            if (ground == QPalette::Window)
-                for (const int color : {0xFF0000, 0x0000FF, 0x9F009F, 255, 0})
-                    texts.push_back(Theme::textColor(palette, color));
-            for (const QColor& text : texts)
-                EXPECT_GE(Theme::contrast(text, palette.color(ground)), 4.5)
-                    << text.name().toStdString();
-        }
+        for (const int color : {0xFF0000, 0x0000FF, 0x9F009F, 255, 0})
+            EXPECT_GE(
+                Theme::contrast(Theme::textColor(palette, color), palette.color(QPalette::Window)),
+                4.5)
+                << color;
+    for (const QPalette& palette : {light, Theme::darkPalette()})
+        for (const auto ground : {QPalette::Window, QPalette::Base})
+            EXPECT_GE(Theme::contrast(Theme::hintColor(palette, ground), palette.color(ground)),
+                      4.5);
     EXPECT_EQ(Theme::textColor(light, 0xFF0000), QColor(0, 0, 255));
     EXPECT_TRUE(Theme::isDark(Theme::darkPalette()));
 }

@@ -1,8 +1,10 @@
 #include "desktop/relay/PactorView.h"
 
+#include "eeprom/GenericEEPROMProgrammer.h"
 #include "support/ProductWindow.h"
 
 #include <QCheckBox>
+#include <QLabel>
 #include <QRadioButton>
 #include <QTabBar>
 
@@ -20,29 +22,60 @@ class RelayWindow : public ProductWindow {
                 return *widget;
         throw std::runtime_error("nothing is named " + name.toStdString());
     }
+    void choose(const QString& name) {
+        auto& button = named<QRadioButton>(name);
+        QTest::mouseClick(&button, Qt::LeftButton, {}, QPoint(8, button.height() / 2));
+    }
+    void showTab(int index) {
+        auto& bar = named<QTabBar>("Settings or simulator");
+        QTest::mouseClick(&bar, Qt::LeftButton, {}, bar.tabRect(index).center());
+    }
 };
 
-TEST_F(RelayWindow, ItsOutputsAreChosenAndSimulated) {
-    const auto choose = [this](const QString& name) {
-        auto& button = named<QRadioButton>(name);
-        hands.click(button, QPoint(8, button.height() / 2));
-    };
+TEST_F(RelayWindow, IsChangedSimulatedProgrammedReadAndUndone) {
     choose("Below Trip Point, Relay On");
     choose("Above Trip Point, Indicator LED Off");
+    auto& tripPoint = named<QLineEdit>("Trip Point in percent");
+    tripPoint.setFocus();
+    tripPoint.selectAll();
+    QTest::keyClicks(&tripPoint, "30");
+    key(Qt::Key_Return);
     EXPECT_EQ(control().document.settings(),
-              (PactorSettings{50, 0, {false, false}, {true, true, false}}));
-    auto& tabs = named<QTabBar>("Settings or simulator");
-    hands.clickTab(tabs, 1);
+              (PactorSettings{30, 0, {false, false}, {true, true, false}}));
+
+    showTab(1);
     EXPECT_EQ(control().SimulatorRelay.RelayLabel.Caption(), "RELAY ON");
     EXPECT_FALSE(control().SimulatorRelay.IndicatorOn());
     auto* loss = window.findChild<QCheckBox*>();
-    hands.click(*loss, QPoint(8, loss->height() / 2));
+    QTest::mouseClick(loss, Qt::LeftButton, {}, QPoint(8, loss->height() / 2));
     EXPECT_EQ(control().SimulatorRelay.RelayLabel.Caption(), "RELAY OFF");
     EXPECT_TRUE(QTest::qWaitFor([&] { return control().SimulatorRelay.IndicatorOn(); }));
-    hands.clickTab(tabs, 0);
-    hands.key(Qt::Key_Z, Qt::ControlModifier);
-    hands.key(Qt::Key_Z, Qt::ControlModifier);
+    showTab(0);
+
+    desk.bench.plugIn("pactor-3.1");
+    desk.bench.run(100);
+    press("Program");
+    EXPECT_EQ(control().ProgrammingLabel.Caption(), "Programmed.");
+
+    // Somebody else changes the product meanwhile.
+    GenericEEPROMProgrammer other(place);
+    KOBuffer hysteresis;
+    hysteresis.Append(255);
+    ASSERT_TRUE(other.Connect("Corvane.PactorControl", "relay", false));
+    ASSERT_TRUE(other.WriteEEPROM(1, hysteresis));
+    other.Disconnect(false);
+
+    whenShown<QMessageBox>(
+        [](QMessageBox& box) { QTest::mouseClick(box.button(QMessageBox::No), Qt::LeftButton); });
+    press("Read Settings");
+    EXPECT_EQ(control().ProgrammingLabel.Caption(), "Settings read.");
+    EXPECT_EQ(named<QLineEdit>("Hysteresis in percent").text(), "100");
+    EXPECT_EQ(window.windowTitle(), "Dervan/Maltrex");
+    window.activateWindow();
+    ASSERT_TRUE(QTest::qWaitForWindowActive(&window));
+    QTest::keyClick(&window, Qt::Key_Z, Qt::ControlModifier); // the relay below
     EXPECT_FALSE(named<QRadioButton>("Below Trip Point, Relay On").isChecked());
+    EXPECT_EQ(control().ProgrammingLabel.Caption(), "");
 }
 
 TEST_F(RelayWindow, NothingStandsThereOfTheLastJob) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "support/Dismissing.h"
 #include "support/ProductWindow.h"
 
 namespace corvane {
@@ -20,10 +21,8 @@ inline void PrintTo(const ProductUnderTest& product, std::ostream* out) {
 inline const std::vector<ProductUnderTest>& EveryProduct() {
     static const std::vector<ProductUnderTest> all{
         {"KO", "lumora",
-         "Lumora\t5\t4\t0\t2\nLumoraTrackInsert\t5\t0\t1\t100\t1.2\t2\t0\t1.2\n"
-         "LumoraTrackInsert\t1\t0\t1\t50\t.5\n"
-         "LumoraTrackInsert2\t1\t0\t2\t60\t1\tP\t20\t3\t10\t.05\t\t0\n"
-         "LumoraTrackInsert\t1\t1\t1\t0\t2\n"
+         "Lumora\t4\t3\t0\t2\nLumoraTrackInsert\t1\t0\t1\t50\t.5\n"
+         "LumoraTrackInsert2\t1\t0\t2\t60\t1\tP\t20\nLumoraTrackInsert\t1\t1\t1\t0\t2\n"
          "LumoraText\t1\tTrip Point\t50\t60\n",
          "lumora-1.2", "Program"},
         {"KO", "relay",
@@ -77,24 +76,6 @@ class ProductWalk : public ProductDesk {
     const std::string file;
 
     [[nodiscard]] QTabBar* tabs() { return window.view()->findChild<QTabBar*>(); }
-    /// Calls with each tab in front, all that can be unfolded unfolded. Of the channels, which are
-    /// alike, the first two count.
-    void eachTab(const std::function<void(const QString& tab)>& visit) {
-        for (int tab = 0; tab < (tabs() == nullptr ? 1 : tabs()->count()); ++tab) {
-            const QString text = tabs() == nullptr ? QString() : tabs()->tabText(tab);
-            if (text.startsWith("Channel") && tab > 1)
-                continue;
-            SCOPED_TRACE(text.toStdString());
-            if (tabs() != nullptr)
-                Hands::clickTab(*tabs(), tab);
-            if (QAbstractButton* more = button("Advanced >>"))
-                Hands::click(*more);
-            QApplication::processEvents();
-            visit(text);
-            if (testing::Test::HasFatalFailure())
-                return;
-        }
-    }
     [[nodiscard]] QAbstractButton* button(const QString& name) {
         for (auto* found : window.view()->findChildren<QAbstractButton*>())
             if (found->isVisible() && (found->accessibleName() == name || found->text() == name))

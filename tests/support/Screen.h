@@ -3,7 +3,6 @@
 #include <QApplication>
 #include <QPaintEvent>
 #include <QScopedValueRollback>
-#include <QTest>
 #include <QTimer>
 #include <QWidget>
 #include <gtest/gtest.h>
@@ -29,34 +28,6 @@ class PaintCounter final : public QObject {
   private:
     int paints_ = 0;
     QRegion painted_;
-};
-
-/// As long as it lives, every dialog that stops everything is shown to `look` and then left with
-/// Escape.
-class Dismissing final : public QObject {
-  public:
-    explicit Dismissing(std::function<void(QWidget&)> look = {}) : look_(std::move(look)) {
-        connect(&timer_, &QTimer::timeout, this, [this] {
-            QWidget* dialog = QApplication::activeModalWidget();
-            if (dialog == nullptr || !dialog->isVisible() || busy_)
-                return;
-            busy_ = true;
-            ++count;
-            dialog->activateWindow();
-            if (look_)
-                look_(*dialog);
-            if (dialog == QApplication::activeModalWidget())
-                QTest::keyClick(dialog, Qt::Key_Escape);
-            busy_ = false;
-        });
-        timer_.start(1);
-    }
-    int count = 0;
-
-  private:
-    std::function<void(QWidget&)> look_;
-    QTimer timer_;
-    bool busy_ = false;
 };
 
 /// What is acted on stays on the screen until its click is over, and is not what comes next.
