@@ -12,11 +12,15 @@ namespace corvane {
 [[nodiscard]] JobOutcome ReachProduct(const Workplace& place, const std::string& desiredClass,
                                       bool anyDevice);
 
-/// Steps of the link, with pauses between them, until `over`, for so many milliseconds at most.
+/// Steps of the link, with pauses between them, until `over`, for so many milliseconds at most. On
+/// a machine that gave this program no turn meanwhile, what has come by then still counts: some
+/// steps are taken in any case.
 template<class Over>
 void AwaitLink(const Workplace& place, std::int32_t longest, Over over) {
+    constexpr int leastSteps = 20;
     const std::uint32_t start = place.clock.now();
-    while (!over() && Elapsed(place.clock.now(), start) < longest) {
+    for (int steps = 0;
+         !over() && (steps < leastSteps || Elapsed(place.clock.now(), start) < longest); ++steps) {
         place.link.Update();
         if (!over())
             place.pause.pause();
