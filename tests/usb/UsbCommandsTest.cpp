@@ -9,7 +9,7 @@ namespace {
 using namespace std::chrono_literals;
 using testing::HasSubstr;
 
-/// Real commands, each on a link of its own, and all at the same time.
+/// Real commands, each on a link of its own.
 class UsbCommands : public UsbTest {
   protected:
     struct Command {
@@ -61,10 +61,11 @@ class UsbCommands : public UsbTest {
 };
 
 TEST_F(UsbCommands, EachLeavesTheLinkAsItWas) {
-    for (const Command& command : commands)
+    // One after the other: a program that gets no turn for long takes its product for a dead one.
+    for (const Command& command : commands) {
         start(command, {});
-    for (const Job& job : jobs) {
-        SCOPED_TRACE(job.command.product + " " + job.command.words.front());
+        const Job& job = jobs.back();
+        SCOPED_TRACE(command.product + " " + command.words.front());
         EXPECT_EQ(job.process->wait(), job.command.status) << job.process->errors();
         EXPECT_EQ(job.process->output(), job.command.output);
         expectLeftSound(job.chip, job.command.powerCycles);

@@ -453,13 +453,13 @@ udev_device* udev_device_new_from_syspath(udev*, const char* path) {
     return new udev_device{"", std::strrchr(path, '/') + 1, node};
 }
 const char* udev_device_get_action(udev_device* device) {
-    return device->action.c_str();
+    return device == nullptr ? nullptr : device->action.c_str(); // it may just have gone
 }
 const char* udev_device_get_sysname(udev_device* device) {
-    return device->name.c_str();
+    return device == nullptr ? nullptr : device->name.c_str();
 }
 const char* udev_device_get_devnode(udev_device* device) {
-    return device->node.c_str();
+    return device == nullptr ? nullptr : device->node.c_str();
 }
 udev_device* udev_device_unref(udev_device* device) {
     delete device;
