@@ -36,17 +36,11 @@ cmake --preset release >/dev/null
 cmake --build --preset release
 
 step "build the instrumented tests and fuzzers"
-# Beside it what mostly waits: the package, and a person's way on a screen.
-ctest --preset release -j 1 "${without[@]}" >build/release/people.log 2>&1 &
-people=$!
-trap 'kill $people 2>/dev/null || true' EXIT
 cmake --preset checks -DCORVANE_LONG=$long >/dev/null
 cmake --build --preset checks
 
 step "the package, and a person's way on a screen"
-wait $people || { cat build/release/people.log; exit 1; }
-tail -n +2 build/release/people.log
-trap - EXIT
+ctest --preset release -j "$jobs" "${without[@]}"
 
 step "all tests, instrumented"
 ctest --preset checks -j $((jobs + 1)) "${without[@]}" # some wait

@@ -57,7 +57,7 @@ void cv_memory_session(void) {
     requests[0].answered = requests[1].answered = false;
 }
 
-static uint8_t byte_at(uint8_t index) {
+static uint8_t cell_at(uint8_t index) {
     return cv_memory_read((uint16_t)(reading_from + index));
 }
 
@@ -68,7 +68,7 @@ void cv_memory_work(void) {
         return;
     if (!first->bytes) {
         reading_from = first->address;
-        (void)cv_stream(READ_REPLY, first->count, byte_at);
+        (void)cv_stream(READ_REPLY, first->count, cell_at);
         drop_first();
     } else if (first->done < first->count) {
         const uint16_t address = (uint16_t)(first->address + first->done);

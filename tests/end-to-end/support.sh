@@ -60,9 +60,11 @@ openScreen() { # of this size
 isShown() { xdotool search --onlyvisible --name "$1"; }
 # The window with such a title, once it is there; in `window`.
 awaitWindow() {
-  eventually "there is no window '$1'" isShown "$1"
+  eventually "there is no window '$1'" isInFront "$1"
+}
+isInFront() { # one that goes meanwhile is not
   window=$(xdotool search --onlyvisible --name "$1" | tail -1)
-  xdotool windowactivate --sync "$window"
+  [ -n "$window" ] && xdotool windowactivate --sync "$window"
 }
 isTitle() { [[ $(xdotool getwindowname "$window") == $1 ]]; }
 awaitTitle() { eventually "the window's title is not $1 but $(xdotool getwindowname "$window")" isTitle "$1"; }

@@ -255,8 +255,9 @@ TEST_P(FirmwareLibrary, ItsMemoryHoldsWhatTheComputerWroteOverABadWire) {
             }
         }
         // The program is killed, perhaps while the product is at it.
-        if (random() % 2 == 0)
+        if (random() % 2 == 0) {
             ASSERT_TRUE(both.session.SendPacket(208, Bytes{0, 0, 255}));
+        }
     }
 }
 
