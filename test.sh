@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Checks everything that must hold before a change goes in. There are two builds: one is what people
 # run, and its package and a person's way through it are tried; the other is instrumented (address
-# and undefined behaviour, coverage), and runs all tests and all fuzzers.
+# and undefined behaviour, coverage), and runs all tests and all fuzzers. The long check also builds
+# the core as on a machine without Qt.
 #   ./test.sh          what takes about ten minutes on two cores without a compiler cache
 #   ./test.sh --long   all, below three quarters of an hour
 set -euo pipefail
@@ -11,7 +12,7 @@ case ${1:-} in
   "") long=OFF without=(-LE long) fuzz_seconds=${FUZZ_SECONDS:-2} ;;
   --long) long=ON without=() fuzz_seconds=${FUZZ_SECONDS:-30}; export CORVANE_LONG=1 ;;
   *)
-    sed -n '2,7s/^# \{0,1\}//p' "$0" >&2
+    sed -n '2,8s/^# \{0,1\}//p' "$0" >&2
     exit 2
     ;;
 esac

@@ -1,4 +1,4 @@
-#include "support/KeptWork.h"
+#include "history/LostJournal.h"
 #include "support/Notes.h"
 #include "support/TemporaryFolder.h"
 

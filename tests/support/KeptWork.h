@@ -15,14 +15,14 @@ inline std::string WholeWork(const History& history) {
     return bytes;
 }
 
-/// What would come back if the program were killed now: the document that the only journal holds.
+/// What would come back if the program were killed now: the documents that the journals hold.
 inline std::string KeptWork(const Journals& journals) {
     DiskFiles files;
-    std::string document;
+    std::string documents;
     std::error_code error;
     for (const auto& entry : std::filesystem::directory_iterator(journals.folder(), error))
-        document = LostJournal(Handle(), entry.path(), files).document();
-    return document;
+        documents += LostJournal(Handle(), entry.path(), files).document();
+    return documents;
 }
 
 } // namespace corvane

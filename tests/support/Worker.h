@@ -1,6 +1,6 @@
 #pragma once
 
-#include "history/LostJournal.h"
+#include "support/KeptWork.h"
 #include "support/Person.h"
 #include "support/RandomEdits.h"
 #include "support/TemporaryFolder.h"
@@ -33,20 +33,8 @@ struct Worker {
         else
             editAtRandom(document, random);
     }
-    /// As a file holds it.
-    [[nodiscard]] std::string whole() const {
-        std::string bytes;
-        EXPECT_TRUE(history.Compose(bytes));
-        return bytes;
-    }
-    /// What would come back if the program were killed now.
-    [[nodiscard]] std::string kept() {
-        std::string all;
-        std::error_code error;
-        for (const auto& entry : std::filesystem::directory_iterator(journals.folder(), error))
-            all += LostJournal(Handle(), entry.path(), files).document();
-        return all;
-    }
+    [[nodiscard]] std::string whole() const { return WholeWork(history); }
+    [[nodiscard]] std::string kept() const { return KeptWork(journals); }
     /// The document is what its changes make of a new one.
     void expectSound() {
         Document other({person, person, files});
